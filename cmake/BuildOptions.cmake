@@ -1,0 +1,31 @@
+# Flags that every target of ours is built with.
+set(ORU_USES_LIBCXX OFF)
+if(CMAKE_CXX_FLAGS MATCHES "-stdlib=libc\\+\\+")
+    set(ORU_USES_LIBCXX ON)
+endif()
+
+# Assertions are part of what the program prints: no build type turns them off.
+foreach(type RELEASE RELWITHDEBINFO MINSIZEREL)
+    string(REPLACE "-DNDEBUG" "" CMAKE_CXX_FLAGS_${type} "${CMAKE_CXX_FLAGS_${type}}")
+    string(REPLACE "-DNDEBUG" "" CMAKE_C_FLAGS_${type} "${CMAKE_C_FLAGS_${type}}")
+endforeach()
+
+add_compile_options(-ffunction-sections -fdata-sections)
+add_link_options(-Wl,--gc-sections -Wl,--as-needed)
+if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    add_link_options(-fuse-ld=lld)
+endif()
+
+if(ORU_SANITIZE)
+    add_compile_options(-fsanitize=${ORU_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${ORU_SANITIZE})
+endif()
+if(ORU_COVERAGE)
+    add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+    add_link_options(-fprofile-instr-generate)
+endif()
+
+# Warnings are errors in our own code only.
+add_library(oru-warnings INTERFACE)
+target_compile_options(oru-warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Werror
+    $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)

@@ -83,7 +83,8 @@ gdouble oru_map_get_double(OruMap* map, const gchar* key, gdouble def);
 gboolean oru_map_get_boolean(OruMap* map, const gchar* key, gboolean def);
 
 // The string is owned by the map and lives until the map changes or is released; `def` is returned
-// as it is and may be NULL. `length`, unless NULL, receives the text's length in bytes (0 for NULL).
+// as it is and may be NULL. `length`, unless NULL, receives the text's length in bytes (0 for
+// NULL).
 const gchar* oru_map_get_string(OruMap* map, const gchar* key, gsize* length, const gchar* def);
 
 // A pair of 32-bit values in one 64-bit value, the pair's first in the low half.

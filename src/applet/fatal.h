@@ -1,0 +1,18 @@
+// The tools' fatal exits: the tool's name and one line on standard error, then exit(1). A standard
+// error that cannot be written changes nothing about the exit.
+#pragma once
+
+#include <exception>
+#include <format>
+
+#include <glib.h>
+
+#include "report/gerror_format.h"
+
+// The feeder tool's: the message itself, an option error, or an exception that reached the tool.
+[[noreturn]] void tlm_fatal(const char* message);
+[[noreturn]] void tlm_fatal(GError* option_error);
+[[noreturn]] void tlm_fatal(const std::exception& exception);
+
+// The server-report tool's: `format` with the message of `error`, which may be NULL, for its {}.
+[[noreturn]] void serverreport_fatal(std::format_string<GError*&> format, GError* error);

@@ -1,0 +1,97 @@
+// JSON for the reports, through glaze, with the two text forms that are the reports' own hooked
+// in: numbers held as double (see number.h) and strings. Whoever writes JSON includes this header,
+// so that every part of the program writes the same forms.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include <glaze/core/write.hpp>
+
+#include "report/number.h"
+
+// The two forms come before glaze's JSON headers, which use the string form themselves.
+namespace glz {
+
+template <>
+struct to<JSON, double> {
+    template <auto Options>
+    static void op(double value, is_context auto&& context, auto&& buffer, auto& position) {
+        if (ensure_space(context, buffer, position + max_number_size + write_padding_bytes)) {
+            char* start = &buffer[position];
+            position += static_cast<std::size_t>(write_number(value, start) - start);
+        }
+    }
+};
+
+// glaze's own string writer puts two NULs in place of a control character that has no short escape;
+// the reports copy such a byte as it is.
+template <>
+struct to<JSON, std::string> {
+    template <auto Options>
+    static void op(const std::string& text, is_context auto&& context, auto&& buffer,
+                   auto& position) {
+        if (!ensure_space(context, buffer, position + 2 * text.size() + 2 + write_padding_bytes)) {
+            return;
+        }
+        char* out = &buffer[position];
+        *out++ = '"';
+        for (const char character : text) {
+            if (const char escape = short_escape(character); escape != 0) {
+                *out++ = '\\';
+                *out++ = escape;
+            } else {
+                *out++ = character;
+            }
+        }
+        *out++ = '"';
+        position = static_cast<std::size_t>(out - &buffer[0]);
+    }
+
+    static constexpr char short_escape(char character) {
+        switch (character) {
+            case '"':
+            case '\\':
+                return character;
+            case '\b':
+                return 'b';
+            case '\f':
+                return 'f';
+            case '\n':
+                return 'n';
+            case '\r':
+                return 'r';
+            case '\t':
+                return 't';
+            default:
+                return 0;
+        }
+    }
+};
+
+}  // namespace glz
+
+#include <glaze/json.hpp>
+
+// A JSON value; objects keep their members in ascending byte order of the keys.
+using json = glz::generic_json<glz::num_mode::f64, glz::generic_sorted_map>;
+
+// What the two documents of the feeder tool look like.
+struct document_options : glz::opts {
+    bool prettify = true;
+    uint8_t indentation_width = 4;
+    bool new_lines_in_arrays = false;
+};
+
+// Returns a view of the objects `parts` that is written as one object, their members in turn.
+template <class... Parts>
+glz::merge<const Parts&...> merged(const Parts&... parts) {
+    return {glz::tie(parts...)};
+}
+
+// Writes `value` compactly into `out`, whose old text goes. Returns false when glaze reports an
+// error; the text is then not to be printed.
+template <class Value>
+bool write_json(const Value& value, std::string& out) {
+    return !glz::write_json(value, out);
+}

@@ -1,0 +1,87 @@
+#include "report/output.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <system_error>
+
+namespace {
+
+[[noreturn]] void throw_output_error(int code) {
+    throw std::system_error(code != 0 ? code : EIO, std::generic_category(),
+                            "cannot write standard output");
+}
+
+const char* help_exit_prefix = nullptr;
+
+void check_help_exit() {
+    if (help_exit_prefix == nullptr) {
+        return;
+    }
+    try {
+        check_standard_output();
+    } catch (const std::exception& error) {
+        std::fputs(help_exit_prefix, stderr);
+        std::fputs(error.what(), stderr);
+        std::fputs("\n", stderr);
+        _exit(EXIT_FAILURE);
+    }
+}
+
+}  // namespace
+
+void print(std::string_view text) {
+    errno = 0;
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+        throw_output_error(errno);
+    }
+}
+
+void print_line(std::string_view text) {
+    print(text);
+    print("\n");
+}
+
+void print_section_header(std::string_view title) {
+    print("----- ");
+    print(title);
+    print(" -----\n\n");
+}
+
+void print_section_end() {
+    print("\n");
+}
+
+void check_standard_output() {
+    errno = 0;
+    if (std::fflush(stdout) != 0) {
+        throw_output_error(errno);
+    }
+    // GLib ignores a failed write; the stream remembers it, without the reason.
+    if (std::ferror(stdout) != 0) {
+        throw_output_error(EIO);
+    }
+}
+
+help_exit_check::help_exit_check(const char* prefix) {
+    help_exit_prefix = prefix;
+    std::atexit(check_help_exit);
+}
+
+help_exit_check::~help_exit_check() {
+    help_exit_prefix = nullptr;
+}
+
+std::string format_to_name(OruFormat format) {
+    struct release_class {
+        void operator()(gpointer type) const noexcept { g_type_class_unref(type); }
+    };
+    const std::unique_ptr<GEnumClass, release_class> formats{
+        static_cast<GEnumClass*>(g_type_class_ref(oru_format_get_type()))};
+    const GEnumValue* value = g_enum_get_value(formats.get(), static_cast<gint>(format));
+    return value != nullptr ? value->value_nick : "n/a";
+}

@@ -1,0 +1,42 @@
+// The pieces through which report text reaches standard output. Everything goes through the one
+// stdio stream, so that GLib's own prints keep their place among ours.
+#pragma once
+
+#include <format>
+#include <string>
+#include <string_view>
+
+#include <oru.h>
+
+// Prints `text` as it is. A write that fails is thrown as a std::system_error.
+void print(std::string_view text);
+
+// Prints one line: `text`, or the format with `value` in place of its {}. Throws like print().
+void print_line(std::string_view text);
+
+template <class Value>
+void print_line(std::format_string<const Value&> format, const Value& value) {
+    print(std::format(format, value) + '\n');
+}
+
+// The frame of a report section: its title line and an empty line before, an empty line after.
+void print_section_header(std::string_view title);
+void print_section_end();
+
+// Flushes standard output and throws a std::system_error when anything printed so far, GLib's
+// prints included, did not arrive.
+void check_standard_output();
+
+// GLib prints its help itself and then ends the process with status 0. While this object lives,
+// that exit tells a text that did not arrive as well: `prefix` and the reason on standard error,
+// status 1. `prefix` must outlive the process.
+class help_exit_check {
+  public:
+    explicit help_exit_check(const char* prefix);
+    ~help_exit_check();
+    help_exit_check(const help_exit_check&) = delete;
+    help_exit_check& operator=(const help_exit_check&) = delete;
+};
+
+// Returns the nick of a video format's number, or "n/a" when the enumeration does not hold it.
+std::string format_to_name(OruFormat format);

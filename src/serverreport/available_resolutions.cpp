@@ -1,0 +1,61 @@
+#include "serverreport/available_resolutions.h"
+
+#include <format>
+#include <memory>
+#include <span>
+
+#include <oru.h>
+
+#include "report/output.h"
+#include "serverreport/channel_list.h"
+#include "video/owned.h"
+
+namespace {
+
+// The first resolution is followed by a comma even when it is the only one: the readers of the
+// report count on it.
+void print_resolutions(const OruResolutionSet& set) {
+    const std::span resolutions{oru_resolution_set_items(&set), set.count};
+    for (std::size_t index = 0; index < resolutions.size(); ++index) {
+        print(std::format("{}x{}", resolutions[index].width, resolutions[index].height));
+        if (index == 0 || index + 1 < resolutions.size()) {
+            print(",");
+        }
+    }
+}
+
+}  // namespace
+
+void list_available_resolutions() {
+    const owned_object_list channels = all_channels();
+    if (channels == nullptr) {
+        return;
+    }
+
+    print_section_header("Available resolutions");
+    print("{\n");
+    print("    \"available_resolutions\" : [\n");
+    for (const GList* link = channels.get(); link != nullptr; link = link->next) {
+        OruChannel* channel = ORU_CHANNEL(link->data);
+        const owned_object<OruMap> filter{oru_map_new()};
+        if (filter == nullptr) {
+            print("Failed to create new OruMap.\n");
+            return;
+        }
+        oru_map_set_string(filter.get(), "select", "available");
+        print(std::format("        {{\"channel\":\"{}\",", oru_channel_get_id(channel)));
+        owned_error error;
+        const owned_block<OruResolutionSet> resolutions{
+            oru_channel_get_resolutions(channel, filter.get(), std::out_ptr(error))};
+        if (resolutions == nullptr) {
+            g_print("\nFailed to get resolutions: %s\n", error->message);
+            return;
+        }
+        print("\"resolutions\":\"");
+        print_resolutions(*resolutions);
+        print("\"}");
+        print(link->next != nullptr ? ",\n" : "\n");
+    }
+    print("    ]\n}");
+    print_section_end();
+}

@@ -1,0 +1,20 @@
+#include "serverreport/channel_list.h"
+
+#include <memory>
+
+#include <oru.h>
+
+#include "report/output.h"
+
+owned_object_list all_channels() {
+    owned_error error;
+    owned_object_list channels{oru_channel_get_all(std::out_ptr(error))};
+    if (error != nullptr) {
+        g_print("Failed to get all channels: %s\n", error->message);
+        return nullptr;
+    }
+    if (channels == nullptr) {
+        print("No channels.\n");
+    }
+    return channels;
+}

@@ -1,0 +1,90 @@
+#include "serverreport/list_inputs.h"
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <oru.h>
+
+#include "report/output.h"
+#include "serverreport/crop.h"
+#include "video/map_readers.h"
+#include "video/owned.h"
+
+namespace {
+
+owned_object_list input_channels() {
+    const owned_object<OruMap> filter{oru_map_new()};
+    oru_map_set_string(filter.get(), "key", "input");
+    owned_error error;
+    owned_object_list channels{oru_channel_get_filtered(filter.get(), std::out_ptr(error))};
+    if (error != nullptr) {
+        g_print("Failed to get inputs: %s\n", error->message);
+        return nullptr;
+    }
+    if (channels == nullptr) {
+        print("No inputs.\n");
+    }
+    return channels;
+}
+
+// The input's record, or none when its crop rectangle cannot be had.
+std::optional<json> record_of(std::uint32_t number, OruInput* input, OruMap* info) {
+    if (oru_map_get_boolean(info, "crop.possible", FALSE) == FALSE) {
+        return no_crop_record(number);
+    }
+    crop read;
+    if (oru_input_get_crop(input, &read.x, &read.y, &read.width, &read.height, nullptr) == FALSE) {
+        return std::nullopt;
+    }
+    constexpr std::uint64_t no_maximum = std::numeric_limits<std::uint64_t>::max();
+    const auto [width, height] = halves_of(oru_map_get_pair32u(info, "crop.max", no_maximum));
+    read.max_width = width;
+    read.max_height = height;
+    return crop_record(number, read);
+}
+
+}  // namespace
+
+void list_inputs() {
+    const owned_object_list channels = input_channels();
+    if (channels == nullptr) {
+        return;
+    }
+
+    print_section_header("Snapshot of input settings");
+    print("{\n");
+    print("    \"inputs\" : [\n");
+    std::string text;
+    for (const GList* link = channels.get(); link != nullptr; link = link->next) {
+        owned_error error;
+        const owned_object<OruMap> channel_info{
+            oru_channel_get_info(ORU_CHANNEL(link->data), std::out_ptr(error))};
+        if (channel_info == nullptr) {
+            g_print("Failed to get channel info: %s\n", error->message);
+            return;
+        }
+        const std::uint32_t number = oru_map_get_uint32(channel_info.get(), "type.id", 1);
+        const owned_object<OruInput> input{oru_input_new(number, std::out_ptr(error))};
+        if (input == nullptr) {
+            g_print("Failed to get input %u: %s\n", number, error->message);
+            return;
+        }
+        const owned_object<OruMap> info{oru_input_get_info(input.get(), std::out_ptr(error))};
+        if (info == nullptr) {
+            g_print("Failed to get input info: %s\n", error->message);
+            return;
+        }
+        const std::optional<json> record = record_of(number, input.get(), info.get());
+        if (!record || !write_json(*record, text)) {
+            continue;
+        }
+        print("        ");
+        print(text);
+        print(link->next != nullptr ? ",\n" : "\n");
+    }
+    print("    ]\n}");
+    print_section_end();
+}

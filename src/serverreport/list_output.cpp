@@ -1,0 +1,75 @@
+#include "serverreport/list_output.h"
+
+#include <format>
+#include <memory>
+#include <string>
+
+#include <oru.h>
+
+#include "applet/fatal.h"
+#include "report/json.h"
+#include "report/output.h"
+#include "video/owned.h"
+
+namespace {
+
+bool device_has_output() {
+    owned_error error;
+    const owned_object<OruSystem> system{oru_system_new(std::out_ptr(error))};
+    if (system == nullptr) {
+        return false;
+    }
+    const owned_object<OruMap> caps{oru_system_get_caps(system.get(), std::out_ptr(error))};
+    return caps != nullptr && oru_map_get_boolean(caps.get(), "output", FALSE) != FALSE;
+}
+
+json output_state(OruMap* settings, OruMap* info) {
+    json state;
+    if (oru_map_get_boolean(settings, "enabled", FALSE) == FALSE) {
+        state["enabled"] = "No";
+        return state;
+    }
+    state["enabled"] = "Yes";
+    if (oru_map_get_boolean(info, "running", FALSE) == FALSE) {
+        state["running"] = "No";
+        return state;
+    }
+    state["running"] = "Yes";
+    state["vsdb"] = oru_map_get_boolean(info, "vsdb", FALSE) != FALSE ? "HDMI" : "DVI";
+    state["current VIC"] = std::to_string(oru_map_get_uint32(settings, "VIC", 0));
+    state["width"] = std::to_string(oru_map_get_uint32(info, "width", 0));
+    state["height"] = std::to_string(oru_map_get_uint32(info, "height", 0));
+    state["framerate"] = std::format("{:f}", oru_map_get_double(info, "framerate", 0.0));
+    state["aspect ratio"] = oru_map_get_string(info, "aspect.ratio", nullptr, "");
+    return state;
+}
+
+}  // namespace
+
+void list_output() {
+    if (!device_has_output()) {
+        return;
+    }
+    owned_error error;
+    const owned_object<OruOutput> output{oru_output_new(0, std::out_ptr(error))};
+    if (output == nullptr) {
+        serverreport_fatal("Failed to get output: {}", error.get());
+    }
+    const owned_object<OruMap> settings{oru_output_get_settings(output.get(), std::out_ptr(error))};
+    if (settings == nullptr) {
+        serverreport_fatal("Failed to get output settings: {}", error.get());
+    }
+    const owned_object<OruMap> info{oru_output_get_info(output.get(), std::out_ptr(error))};
+    if (info == nullptr) {
+        serverreport_fatal("Failed to get output info: {}", error.get());
+    }
+
+    print_section_header("HDMI output");
+    std::string text;
+    if (!write_json(output_state(settings.get(), info.get()), text)) {
+        return;
+    }
+    print("    ");
+    print_line(text);
+    print_section_end();
+}

@@ -1,0 +1,131 @@
+#include "serverreport/stream_quotas.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include <oru.h>
+
+#include "applet/fatal.h"
+#include "report/json.h"
+#include "report/output.h"
+#include "video/owned.h"
+
+namespace {
+
+struct figure {
+    const char* printed;
+    const char* read;
+};
+
+bool is_encoded(OruStream* stream) {
+    const owned_object<OruMap> settings{oru_stream_get_settings(stream, nullptr)};
+    if (settings == nullptr) {
+        return false;
+    }
+    switch (oru_map_get_uint32(settings.get(), "format", 0xFFFFFFFF)) {
+        case 0:
+        case 1:
+        case 2:
+        case 10:
+        case 11:
+            return true;
+        default:
+            return false;
+    }
+}
+
+owned_object<OruMap> debug_of(const GList* link) {
+    owned_error error;
+    return owned_object<OruMap>{oru_stream_get_debug(ORU_STREAM(link->data), std::out_ptr(error))};
+}
+
+// The service-wide figures in use, as any stream's debug map holds them: the first encoded stream's
+// for preference. NULL when there is none.
+owned_object<OruMap> figures_in_use() {
+    owned_error error;
+    const owned_object_list streams{oru_stream_get_all(std::out_ptr(error))};
+    if (error != nullptr || streams == nullptr) {
+        return nullptr;
+    }
+    for (const GList* link = streams.get(); link != nullptr; link = link->next) {
+        if (is_encoded(ORU_STREAM(link->data))) {
+            if (auto debug = debug_of(link)) {
+                return debug;
+            }
+            break;
+        }
+    }
+    return debug_of(streams.get());
+}
+
+// Prints the line of one array's object. Returns false, with nothing printed, when it cannot be
+// written.
+bool print_figures(OruMap* map, std::initializer_list<figure> figures) {
+    json object;
+    for (const auto& [printed, read] : figures) {
+        object[printed] = std::to_string(oru_map_get_uint32(map, read, 0));
+    }
+    std::string text;
+    if (!write_json(object, text)) {
+        return false;
+    }
+    print("        ");
+    print_line(text);
+    return true;
+}
+
+}  // namespace
+
+void print_stream_quotas() {
+    owned_error quota_error;
+    const owned_object<OruMap> quota{oru_stream_get_quota(std::out_ptr(quota_error))};
+    if (quota == nullptr) {
+        serverreport_fatal("Failed to get quota: {}", quota_error.get());
+    }
+    owned_error limit_error;
+    const owned_object<OruMap> limit{oru_stream_get_limit(std::out_ptr(limit_error))};
+    if (limit == nullptr) {
+        serverreport_fatal("Failed to get limit: {}", limit_error.get());
+    }
+    const owned_object<OruMap> debug = figures_in_use();
+
+    print_section_header("Stream Quotas and Limits");
+    print("{\n");
+    print("    \"streammaximumquota\" : [\n");
+    if (!print_figures(quota.get(), {{"hard", "global.hard.limit"},
+                                     {"soft", "global.soft.limit"},
+                                     {"buffering", "global.buffering.limit"}})) {
+        return;
+    }
+    print("    ],\n");
+    print("\n");
+    if (debug != nullptr) {
+        print("    \"streamcurrentquota\" : [\n");
+        if (!print_figures(debug.get(),
+                           {{"hard", "global.capacity"}, {"soft", "global.capacity"}})) {
+            return;
+        }
+        print("    ],\n");
+        print("\n");
+    }
+    print("    \"streammaximumlimits\" : [\n");
+    if (!print_figures(limit.get(), {{"encode", "global.max.streams.limit.encoded"},
+                                     {"other", "global.max.streams.limit.encoded"}})) {
+        return;
+    }
+    if (debug != nullptr) {
+        print("    ],\n");
+        print("\n");
+        print("    \"streamcurrentlimits\" : [\n");
+        if (!print_figures(debug.get(), {{"motion encoded", "global.encoded.peers"},
+                                         {"jpeg", "global.encoded.jpeg.peers"},
+                                         {"other", "global.raw.peers"}})) {
+            return;
+        }
+    }
+    print("    ]\n");
+    print("}\n");
+    print("\n");
+}

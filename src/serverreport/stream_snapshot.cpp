@@ -1,0 +1,40 @@
+#include "serverreport/stream_snapshot.h"
+
+#include <cstdlib>
+#include <format>
+
+#include "report/output.h"
+#include "video/map_readers.h"
+
+stream_picture picture_of(const stream_snapshot_entry& entry) {
+    const std::uint32_t format = native_map_get_uint(entry.settings, "format", format_code::none);
+    // A raw stream's size follows its source, so the service keeps it with what changes.
+    const bool is_raw = format == format_code::raw;
+    OruMap* size = is_raw ? entry.info : entry.settings;
+    return {
+        .format = format,
+        .name = is_raw ? oru_map_get_string(entry.settings, "subformat", nullptr, "NV12")
+                       : format_to_name(format),
+        .resolution = std::format("{}x{}", oru_map_get_uint32(size, "width", 0),
+                                  oru_map_get_uint32(size, "height", 0)),
+    };
+}
+
+std::string stream_label(std::uint32_t id) {
+    return std::format("id/0x{:04x}", id);
+}
+
+std::string duration_text(std::int64_t microseconds) {
+    const std::int64_t seconds = microseconds / 1'000'000;
+    const std::int64_t magnitude = std::abs(seconds);
+    return std::format("{}{:02}:{:02}:{:02}", seconds < 0 ? "-" : "", magnitude / 3600,
+                       magnitude / 60 % 60, magnitude % 60);
+}
+
+void print_stream_line(std::uint32_t id, std::string_view text, std::uint32_t last_id) {
+    print("        { \"");
+    print(stream_label(id));
+    print("\" : ");
+    print(text);
+    print(id == last_id ? " }\n" : " },\n");
+}

@@ -1,0 +1,80 @@
+#include "tlm/tlm_tool.h"
+
+#include <exception>
+#include <memory>
+
+#include <glib.h>
+
+#include "applet/fatal.h"
+#include "report/output.h"
+#include "tlm/identity_info.h"
+#include "tlm/stream_max_stats.h"
+#include "tlm/system_info.h"
+#include "video/owned.h"
+
+namespace {
+
+gboolean stream_max_stats = FALSE;
+gboolean system_info = FALSE;
+gboolean identity_info = FALSE;
+
+const GOptionEntry options[] = {
+    {"stream-max-stats", 'q', 0, G_OPTION_ARG_NONE, &stream_max_stats,
+     "Display quotas and limits for streams", nullptr},
+    {"system-info", 's', 0, G_OPTION_ARG_NONE, &system_info, "Display relevant system info for oru",
+     nullptr},
+    {"identity-info", 'i', 0, G_OPTION_ARG_NONE, &identity_info,
+     "Display the identity and number of times they started a stream", nullptr},
+    {},
+};
+
+constexpr const char* parameters = "\"{ 'key': <type value>, ... >}\"";
+constexpr const char* summary =
+    "Tool for populating oru information to tlm\n"
+    "Prints everything when no options are provided.\n";
+constexpr const char* description =
+    "Examples:\n"
+    "  oru-tlm-tool --stream-max-stats\n"
+    "  oru-tlm-tool --identity-info\n"
+    "  oru-tlm-tool --system-info\n";
+
+void parse_options(GOptionContext* context, int argc, char** argv) {
+    const help_exit_check check("oru-tlm-tool: Exception: ");
+    owned_error error;
+    if (g_option_context_parse(context, &argc, &argv, std::out_ptr(error)) == FALSE) {
+        tlm_fatal(error.get());
+    }
+}
+
+void run(int argc, char** argv) {
+    const owned_option_context context{g_option_context_new(parameters)};
+    if (context == nullptr) {
+        tlm_fatal("Failed creating option context");
+    }
+    g_option_context_set_summary(context.get(), summary);
+    g_option_context_set_description(context.get(), description);
+    g_option_context_add_main_entries(context.get(), options, nullptr);
+    parse_options(context.get(), argc, argv);
+
+    if (stream_max_stats != FALSE) {
+        print_stream_max_stats();
+    }
+    if (system_info != FALSE) {
+        print_system_info();
+    }
+    if (identity_info != FALSE) {
+        print_identity_info();
+    }
+    check_standard_output();
+}
+
+}  // namespace
+
+int tlm_tool_main(int argc, char** argv) {
+    try {
+        run(argc, argv);
+    } catch (const std::exception& exception) {
+        tlm_fatal(exception);
+    }
+    return 0;
+}

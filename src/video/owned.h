@@ -1,0 +1,32 @@
+// Scope-bound owners of what GLib and the video service hand out: each releases exactly once, on
+// every path, and none when it is empty. A GError out-parameter is written as std::out_ptr(error)
+// of a fresh owned_error.
+#pragma once
+
+#include <memory>
+
+#include <glib-object.h>
+
+struct release_object {
+    void operator()(gpointer object) const noexcept { g_object_unref(object); }
+};
+struct release_object_list {
+    void operator()(GList* list) const noexcept { g_list_free_full(list, g_object_unref); }
+};
+struct release_error {
+    void operator()(GError* error) const noexcept { g_error_free(error); }
+};
+struct release_option_context {
+    void operator()(GOptionContext* context) const noexcept { g_option_context_free(context); }
+};
+struct release_block {
+    void operator()(gpointer block) const noexcept { g_free(block); }
+};
+
+template <class Object>
+using owned_object = std::unique_ptr<Object, release_object>;
+using owned_object_list = std::unique_ptr<GList, release_object_list>;
+using owned_error = std::unique_ptr<GError, release_error>;
+using owned_option_context = std::unique_ptr<GOptionContext, release_option_context>;
+template <class Block>
+using owned_block = std::unique_ptr<Block, release_block>;

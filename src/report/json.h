@@ -29,14 +29,15 @@ struct to<JSON, double> {
 template <>
 struct to<JSON, std::string> {
     template <auto Options>
-    static void op(const std::string& text, is_context auto&& context, auto&& buffer,
+    static void op(const std::string& string, is_context auto&& context, auto&& buffer,
                    auto& position) {
-        if (!ensure_space(context, buffer, position + 2 * text.size() + 2 + write_padding_bytes)) {
+        if (!ensure_space(context, buffer,
+                          position + 2 * string.size() + 2 + write_padding_bytes)) {
             return;
         }
         char* out = &buffer[position];
         *out++ = '"';
-        for (const char character : text) {
+        for (const char character : string) {
             if (const char escape = short_escape(character); escape != 0) {
                 *out++ = '\\';
                 *out++ = escape;

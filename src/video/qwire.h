@@ -69,8 +69,9 @@ class map {
 
     map() = default;
 
-    // Takes `count` entries, ascending by key and all different, whose texts `texts` keeps alive.
-    map(const entry* entries, std::size_t count, std::shared_ptr<const void> texts);
+    // The map of `count` entries, ascending by key and all different. They are not copied: `owner`
+    // keeps them and their texts alive, and they must not change.
+    map(const entry* entries, std::size_t count, std::shared_ptr<const void> owner);
 
     // The entries in order. The pointers live until the map is changed.
     const entry* begin() const noexcept;
@@ -94,16 +95,17 @@ class map {
     // Returns the map of the entries whose keys start with `prefix`.
     map filter_prefix(std::string_view prefix) const;
 
-    // Puts the map into `out` as the text of one JSON object, compact, members in the map's order.
-    // Fails, with `out` unchanged, on a double that is not finite; the error names the key.
+    // Replaces `out` by the map as the text of one JSON object, compact, members in the map's
+    // order. Fails, with `out` unchanged, on a double that is not finite; the error names the key.
     std::expected<void, std::string> to_json(std::string& out) const;
 
   private:
     struct content;
 
+    // The content for changing: the map's alone, and its entries in a vector of their own.
     content& own();
 
-    std::shared_ptr<const content> content_;
+    std::shared_ptr<content> content_;
 };
 
 }  // namespace qw

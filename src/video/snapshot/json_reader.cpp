@@ -1,0 +1,332 @@
+#include "json_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <format>
+
+#include <glaze/json/read.hpp>
+
+namespace oru {
+namespace {
+
+constexpr glz::opts json{.null_terminated = true, .comments = false};
+
+// The bytes at which reading a string must stop to look.
+constexpr auto ends_plain_text = [] {
+    std::array<bool, 256> table{};
+    for (unsigned c = 0; c < 0x20; ++c) {
+        table[c] = true;
+    }
+    table['"'] = table['\\'] = true;
+    return table;
+}();
+
+// Returns whether the number is whole and fits into `value`.
+template <class Integer>
+bool read_whole(const number& written, Integer& value) {
+    const char* end = written.text.data() + written.text.size();
+    const auto [ptr, error] = std::from_chars(written.text.data(), end, value);
+    return error == std::errc() && ptr == end;
+}
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+void check_utf8(const char* begin, const char* end) {
+    if (glz::validate_utf8(begin, static_cast<std::size_t>(end - begin))) {
+        return;
+    }
+    // Find the place: go on from sequence to sequence, as long as its first byte says.
+    const char* at = begin;
+    while (at != end) {
+        const int ones = std::countl_one(static_cast<unsigned char>(*at));
+        const auto length = std::min<std::ptrdiff_t>(std::max(ones, 1), end - at);
+        if (!glz::validate_utf8(at, static_cast<std::size_t>(length))) {
+            break;
+        }
+        at += length;
+    }
+    throw complaint{at, "this is not valid UTF-8"};
+}
+
+// Returns the end of the comment that begins at `at`, which the text's line breaks outlive.
+char* blank_comment(char* at, char* end) {
+    char* begin = at;
+    if (at[1] == '/') {
+        at = std::find_if(at, end, [](char c) { return c == '\n' || c == '\r'; });
+    } else {
+        const std::string_view rest(at + 2, end);
+        const auto length = rest.find("*/");
+        if (length == rest.npos) {
+            throw complaint{begin, "this comment is not closed"};
+        }
+        at += 2 + length + 2;
+    }
+    std::replace_if(begin, at, [](char c) { return c != '\n' && c != '\r'; }, ' ');
+    return at;
+}
+
+void blank_comments(char* begin, char* end) {
+    if (!std::memchr(begin, '/', static_cast<std::size_t>(end - begin))) {
+        return;
+    }
+    bool in_string = false;
+    for (char* at = begin; at != end; ++at) {
+        if (in_string) {
+            if (*at == '\\') {
+                ++at;  // an escaped quote closes nothing; the text ends in a NUL
+            } else if (*at == '\n') {
+                return;  // the string is not closed: reading stops there, and knows why
+            } else if (*at == '"') {
+                in_string = false;
+            }
+            if (at == end) {
+                return;
+            }
+        } else if (*at == '"') {
+            in_string = true;
+        } else if (*at == '/' && (at[1] == '/' || at[1] == '*')) {
+            at = blank_comment(at, end) - 1;
+        }
+    }
+}
+
+}  // namespace
+
+json_reader::json_reader(std::string& text, std::pmr::memory_resource& arena)
+    : at_(text.data()), end_(text.data() + text.size()), arena_(arena) {
+    if (text.empty()) {
+        throw complaint{nullptr, "the file is empty"};
+    }
+    if (text.starts_with("\xEF\xBB\xBF")) {
+        throw complaint{at_, "the text begins with a byte order mark"};
+    }
+    if (const void* nul = std::memchr(at_, '\0', text.size())) {
+        throw complaint{static_cast<const char*>(nul), "this is a NUL byte"};
+    }
+    check_utf8(at_, end_);
+    blank_comments(at_, end_);
+}
+
+char json_reader::peek() noexcept {
+    glz::context context{};
+    glz::skip_ws<json>(context, at_, end_);
+    return *at_;
+}
+
+void json_reader::unexpected(std::string_view what) {
+    const char found = peek();
+    if (at_ == end_) {
+        throw complaint{at_, std::format("expected {}, found the end of the file", what)};
+    }
+    if (found > ' ' && found < 0x7f) {
+        throw complaint{at_, std::format("expected {}, found '{}'", what, found)};
+    }
+    throw complaint{at_, std::format("expected {}", what)};
+}
+
+void json_reader::take(char punctuation, std::string_view what) {
+    if (peek() != punctuation) {
+        unexpected(what);
+    }
+    ++at_;
+}
+
+word json_reader::string(std::string_view what) {
+    if (peek() != '"') {
+        unexpected(what);
+    }
+    const char* opening = at_++;
+    char* begin = at_;
+    while (!ends_plain_text[static_cast<unsigned char>(*at_)]) {
+        ++at_;
+    }
+    if (*at_ != '"') {
+        return {decode(begin), opening};
+    }
+    *at_++ = '\0';
+    return {{begin, at_ - 1}, opening};
+}
+
+// Reads on from the first byte of a string that is not plain text. The text of the file stays as it
+// is: a line break put into it would shift every later line.
+std::string_view json_reader::decode(const char* begin) {
+    decoded_.assign(begin, static_cast<const char*>(at_));
+    while (*at_ != '"') {
+        if (at_ == end_) {
+            throw complaint{begin - 1, "this string is not closed"};
+        }
+        if (*at_ != '\\') {
+            if (static_cast<unsigned char>(*at_) < 0x20) {
+                throw complaint{at_, "a string holds this control character only as an escape"};
+            }
+            decoded_ += *at_++;
+            continue;
+        }
+        const char* escape = at_++;
+        if (*at_ != 'u') {
+            const char c = glz::char_unescape_table[static_cast<unsigned char>(*at_)];
+            if (c == '\0') {
+                throw complaint{escape, "JSON has no such escape"};
+            }
+            decoded_ += c;
+            ++at_;
+            continue;
+        }
+        ++at_;
+        const auto unit = [&] {
+            const auto value = end_ - at_ < 4 ? UINT32_MAX : glz::hex_to_u32(at_);
+            if (value == UINT32_MAX) {
+                throw complaint{escape, "\\u needs four hexadecimal digits"};
+            }
+            at_ += 4;
+            return value;
+        };
+        std::uint32_t code = unit();
+        if (code >= 0xD800 && code <= 0xDFFF) {
+            if (code > 0xDBFF || at_[0] != '\\' || at_[1] != 'u') {
+                throw complaint{escape, "this surrogate has no partner"};
+            }
+            at_ += 2;
+            const std::uint32_t low = unit();
+            if (low < 0xDC00 || low > 0xDFFF) {
+                throw complaint{escape, "this surrogate has no partner"};
+            }
+            code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+        }
+        if (code == 0) {
+            throw complaint{escape, "a text cannot hold a NUL"};
+        }
+        std::array<char, 4> utf8;
+        decoded_.append(utf8.data(), glz::code_point_to_utf8(code, utf8.data()));
+    }
+    ++at_;
+    auto* kept = static_cast<char*>(arena_.allocate(decoded_.size() + 1, 1));
+    std::memcpy(kept, decoded_.c_str(), decoded_.size() + 1);
+    return {kept, decoded_.size()};
+}
+
+bool json_reader::boolean(std::string_view what) {
+    bool value = false;
+    glz::context context{};
+    peek();
+    const char* it = at_;
+    glz::parse<glz::JSON>::op<json>(value, context, it, static_cast<const char*>(end_));
+    if (context.error != glz::error_code::none) {
+        unexpected(what);
+    }
+    at_ += it - at_;
+    return value;
+}
+
+number json_reader::number(std::string_view what) {
+    const char first = peek();
+    if (first != '-' && !is_digit(first)) {
+        unexpected(what);
+    }
+    const char* begin = at_;
+    const char* it = at_;
+    glz::context context{};
+    glz::skip_number_with_validation(context, it, static_cast<const char*>(end_));
+    const bool malformed = context.error != glz::error_code::none || is_digit(*it) || *it == '.' ||
+                           *it == '+' || *it == '-' || (*it >= 'A' && *it <= 'Z') ||
+                           (*it >= 'a' && *it <= 'z');
+    if (malformed) {
+        throw complaint{begin, "this is not a JSON number"};
+    }
+    at_ += it - at_;
+    const std::string_view text(begin, it);
+    const auto is_fractional = [](char c) { return c == '.' || c == 'e' || c == 'E'; };
+    return {text, std::ranges::none_of(text, is_fractional)};
+}
+
+std::uint32_t json_reader::natural(std::uint32_t max) {
+    const auto what = [max] { return std::format("a whole number from 0 to {}", max); };
+    const char first = peek();
+    if (first != '-' && !is_digit(first)) {
+        unexpected(what());
+    }
+    const char* begin = at_;
+    const auto written = number("");
+    std::uint32_t value = 0;
+    if (written.text != "-0" && (!read_whole(written, value) || value > max)) {
+        throw complaint{begin, "expected " + what()};
+    }
+    return value;
+}
+
+std::int64_t json_reader::whole_value(const oru::number& written) const {
+    std::int64_t value = 0;
+    if (!written.whole) {
+        throw complaint{written.text.data(), "expected a whole number"};
+    }
+    if (!read_whole(written, value)) {
+        throw complaint{written.text.data(),
+                        "this whole number is outside the signed 64-bit range"};
+    }
+    return value;
+}
+
+double json_reader::double_value(const oru::number& written) const {
+    double value = 0;
+    glz::fast_float::from_chars(written.text.data(), written.text.data() + written.text.size(),
+                                value);
+    if (std::isinf(value)) {
+        throw complaint{written.text.data(), "this number is too large for a double"};
+    }
+    return value;
+}
+
+bool json_reader::another(char closing, std::string_view what) {
+    const char next = peek();
+    if (next != ',' && next != closing) {
+        unexpected(what);
+    }
+    ++at_;
+    return next == ',';
+}
+
+std::size_t json_reader::which(const word& name, std::span<const std::string_view> names,
+                               std::uint32_t& seen) const {
+    const auto index =
+        static_cast<std::size_t>(std::ranges::find(names, name.text) - names.begin());
+    if (index == names.size()) {
+        throw complaint{name.at, std::format("unknown member {}", quoted(name.text))};
+    }
+    if (seen & 1u << index) {
+        throw complaint{name.at, std::format("duplicate member {}", quoted(name.text))};
+    }
+    seen |= 1u << index;
+    return index;
+}
+
+void json_reader::finish() {
+    if (peek() != '\0' || at_ != end_) {
+        unexpected("nothing more");
+    }
+}
+
+std::string quoted(std::string_view text) {
+    constexpr std::size_t longest = 60;
+    std::string out = "'";
+    std::size_t length = std::min(text.size(), longest);
+    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
+        --length;  // whole characters only
+    }
+    for (const char c : text.substr(0, length)) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
+            out += std::format("\\u{:04x}", static_cast<unsigned>(c));
+        } else {
+            out += c;
+        }
+    }
+    out += length < text.size() ? "...'" : "'";
+    return out;
+}
+
+}  // namespace oru

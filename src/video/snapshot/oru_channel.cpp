@@ -1,0 +1,94 @@
+#include "object.h"
+
+ORU_DEFINE_TYPE(OruChannel, oru_channel, oru::held<oru::channel_record>)
+
+namespace {
+
+// Whether the channel's properties hold every string entry of the filter with the same text.
+bool matches(const oru::channel_record& channel, const qw::map& filter) {
+    return std::ranges::all_of(filter, [&](const qw::map::entry& wanted) {
+        if (!wanted.value.get_if<std::string_view>()) {
+            return true;
+        }
+        const auto found =
+            std::ranges::lower_bound(channel.properties, wanted.key, {}, &qw::map::entry::key);
+        return found != channel.properties.end() && found->key == wanted.key &&
+               found->value == wanted.value;
+    });
+}
+
+// Lists the channels that match the filter, or all when it is NULL.
+GList* list(const std::shared_ptr<const oru::document>& doc, const qw::map* filter,
+            GError** error) {
+    const auto* all = oru::recorded(doc->channels, {"channels"}, error);
+    GList* list = nullptr;
+    for (std::size_t i = all ? all->size() : 0; i-- > 0;) {
+        const auto& channel = (*all)[i];
+        if (!filter || matches(channel, *filter)) {
+            list =
+                g_list_prepend(list, oru::new_object<OruChannel>(ORU_TYPE_CHANNEL, doc, channel));
+        }
+    }
+    return list;
+}
+
+oru::question about(OruChannel* channel, const char* part) {
+    return {"channel", channel->held->id, part};
+}
+
+}  // namespace
+
+GList* oru_channel_get_all(GError** error) {
+    const auto doc = oru::reach(error);
+    return doc ? list(doc, nullptr, error) : nullptr;
+}
+
+GList* oru_channel_get_filtered(OruMap* filter, GError** error) {
+    const auto doc = oru::reach(error);
+    if (!doc) {
+        return nullptr;
+    }
+    if (doc->channel_filtered) {
+        return oru::failed(*doc->channel_filtered, error);
+    }
+    return list(doc, oru_map_native_ref(filter), error);
+}
+
+guint32 oru_channel_get_id(OruChannel* channel) {
+    return channel->held->id;
+}
+
+OruMap* oru_channel_get_info(OruChannel* channel, GError** error) {
+    if (channel) {
+        return oru::new_map(channel->held->info, channel->held, about(channel, "info"), error);
+    }
+    const auto doc = oru::reach(error);
+    return doc ? oru::new_map(doc->channel_info, doc, {"channel", {}, "info"}, error) : nullptr;
+}
+
+OruResolutionSet* oru_channel_get_resolutions(OruChannel* channel, OruMap* filter, GError** error) {
+    oru::question asked = about(channel, "resolutions");
+    asked.name = oru_map_get_string(filter, "select", nullptr, "");
+    const auto* items = oru::recorded_name(channel->held->resolutions, asked, error);
+    if (!items) {
+        return nullptr;
+    }
+    auto* set =
+        static_cast<OruResolutionSet*>(g_malloc(sizeof(OruResolutionSet) + items->size_bytes()));
+    set->count = items->size();
+    std::uninitialized_copy(items->begin(), items->end(),
+                            const_cast<OruResolution*>(oru_resolution_set_items(set)));
+    return set;
+}
+
+gboolean oru_channel_get_crop(OruChannel* channel, guint32* x, guint32* y, guint32* width,
+                              guint32* height, GError** error) {
+    return oru::fill(oru::recorded(channel->held->crop, about(channel, "crop"), error), x, y, width,
+                     height);
+}
+
+gboolean oru_channel_get_crop_max(OruChannel* channel, guint32* width, guint32* height,
+                                  GError** error) {
+    return oru::fill(oru::recorded(channel->held->crop_max, about(channel, "crop_max"), error),
+                     width, height);
+}

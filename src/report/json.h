@@ -93,6 +93,6 @@ glz::merge<const Parts&...> merged(const Parts&... parts) {
 // Writes `value` compactly into `out`, whose old text goes. Returns false when glaze reports an
 // error; the text is then not to be printed.
 template <class Value>
-bool write_json(const Value& value, std::string& out) {
+bool write_compact(const Value& value, std::string& out) {
     return !glz::write_json(value, out);
 }

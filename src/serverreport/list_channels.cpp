@@ -53,7 +53,7 @@ void list_channels() {
         const bool can_crop = oru_map_get_boolean(info.get(), "crop.possible", FALSE) != FALSE;
         const json record =
             can_crop ? crop_record(number, crop_of(channel)) : no_crop_record(number);
-        if (!write_json(record, text)) {
+        if (!write_compact(record, text)) {
             continue;
         }
         print("        ");

@@ -78,7 +78,7 @@ void list_inputs() {
             return;
         }
         const std::optional<json> record = record_of(number, input.get(), info.get());
-        if (!record || !write_json(*record, text)) {
+        if (!record || !write_compact(*record, text)) {
             continue;
         }
         print("        ");

@@ -66,7 +66,7 @@ void list_output() {
 
     print_section_header("HDMI output");
     std::string text;
-    if (!write_json(output_state(settings.get(), info.get()), text)) {
+    if (!write_compact(output_state(settings.get(), info.get()), text)) {
         return;
     }
     print("    ");

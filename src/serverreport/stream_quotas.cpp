@@ -68,7 +68,7 @@ bool print_figures(OruMap* map, std::initializer_list<figure> figures) {
         object[printed] = std::to_string(oru_map_get_uint32(map, read, 0));
     }
     std::string text;
-    if (!write_json(object, text)) {
+    if (!write_compact(object, text)) {
         return false;
     }
     print("        ");

@@ -116,7 +116,7 @@ void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t las
     const std::uint32_t strength = oru_map_get_uint32(entry.settings, "sqz.strength", 0);
 
     std::string text;
-    if (!write_json(merged(basic, source), text)) {
+    if (!write_compact(merged(basic, source), text)) {
         return;
     }
     print("        {\n");
@@ -126,11 +126,11 @@ void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t las
     print("                \"basic\": ");
     print(text);
     if (shows_encoder(picture.format) &&
-        write_json(encoder_group(entry.settings, picture.format), text)) {
+        write_compact(encoder_group(entry.settings, picture.format), text)) {
         print(",\n");
         print("                \"h26x\": ");
         print(text);
-        if (strength != 0 && write_json(leanflow_group(entry.settings, strength), text)) {
+        if (strength != 0 && write_compact(leanflow_group(entry.settings, strength), text)) {
             print(",\n");
             print("                \"leanflow\": ");
             print(text);

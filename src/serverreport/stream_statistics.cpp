@@ -70,7 +70,7 @@ void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t l
     });
 
     std::string text;
-    if (write_json(merged(counters, durations, reclaim_counts, reclaim_histograms), text)) {
+    if (write_compact(merged(counters, durations, reclaim_counts, reclaim_histograms), text)) {
         print_stream_line(entry.id, text, last_id);
     }
 }

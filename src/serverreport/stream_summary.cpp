@@ -30,7 +30,7 @@ void print_stream_summary(const stream_snapshot_entry& entry, std::uint32_t last
     }
 
     std::string text;
-    if (write_json(summary, text)) {
+    if (write_compact(summary, text)) {
         print_stream_line(entry.id, text, last_id);
     }
 }

@@ -80,7 +80,7 @@ void print_system_info() {
 
     std::string text;
     text.reserve(512);
-    if (!write_json(report, text)) {
+    if (!write_compact(report, text)) {
         return;
     }
     print_line("{}", glz::prettify_json<document_options{}>(text));

@@ -13,7 +13,7 @@ namespace {
 template <class Value>
 std::string written(const Value& value) {
     std::string text = "what was there before";
-    EXPECT_TRUE(write_json(value, text));
+    EXPECT_TRUE(write_compact(value, text));
     return text;
 }
 

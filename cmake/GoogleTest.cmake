@@ -1,0 +1,18 @@
+# GoogleTest, built with our own compiler and C++ library from Debian's source package: the packaged
+# binary is built with the other one.
+if(NOT EXISTS /usr/src/googletest/CMakeLists.txt)
+    message(FATAL_ERROR "The tests need /usr/src/googletest (package googletest). Run scripts/setup.")
+endif()
+set(BUILD_GMOCK OFF CACHE INTERNAL "")
+set(INSTALL_GTEST OFF CACHE INTERNAL "")
+add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+include(GoogleTest)
+
+# oru_add_test(name SOURCES file... LIBS library...): a test program; ctest runs each of its tests.
+function(oru_add_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS")
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest_main oru-warnings)
+    gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
+        PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,17 @@
+/* Preloaded into a tool under test: memory blocks of $ORU_TEST_MALLOC_LIMIT bytes and more are not
+   to be had. */
+#include <errno.h>
+
+#include <stddef.h>
+#include <stdlib.h>
+
+void* __libc_malloc(size_t size);
+
+void* malloc(size_t size) {
+    const char* limit = getenv("ORU_TEST_MALLOC_LIMIT");
+    if (limit != NULL && size >= strtoul(limit, NULL, 10)) {
+        errno = ENOMEM;
+        return NULL;
+    }
+    return __libc_malloc(size);
+}

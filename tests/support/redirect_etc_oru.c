@@ -1,0 +1,134 @@
+/* Preloaded into a tool under test: every path under /etc/oru/ is looked up in $ORU_TEST_ETC, so
+   that a test decides what is there. A file without any read permission cannot be opened, not even
+   by root.
+
+   With $ORU_TEST_MAIN set, main is called as no shell would: "argc" (no argument at all), "argv"
+   (no vector) or "argv[0]" (a vector without its first entry). */
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <stdarg.h>
+#include <stdlib.h>
+#include <string.h>
+
+static const char prefix[] = "/etc/oru/";
+
+static const char* redirect(const char* path, char* buffer, size_t size) {
+    const char* directory = getenv("ORU_TEST_ETC");
+    if (directory == NULL || path == NULL || strncmp(path, prefix, sizeof(prefix) - 1) != 0) {
+        return path;
+    }
+    snprintf(buffer, size, "%s/%s", directory, path + sizeof(prefix) - 1);
+    return buffer;
+}
+
+/* Whether the redirected file may not be read. */
+static int refused(const char* original, const char* path) {
+    struct stat status;
+    if (path == original || syscall(SYS_newfstatat, AT_FDCWD, path, &status, 0) != 0 ||
+        (status.st_mode & 0444) != 0) {
+        return 0;
+    }
+    errno = EACCES;
+    return 1;
+}
+
+#define REAL(name) ((__typeof__(&name))dlsym(RTLD_NEXT, #name))
+
+#define OPEN(name)                                                                \
+    int name(const char* original, int flags, ...) {                              \
+        char buffer[4096];                                                        \
+        const char* path = redirect(original, buffer, sizeof buffer);             \
+        va_list rest;                                                             \
+        va_start(rest, flags);                                                    \
+        mode_t mode = (flags & (O_CREAT | O_TMPFILE)) ? va_arg(rest, mode_t) : 0; \
+        va_end(rest);                                                             \
+        return refused(original, path) ? -1 : REAL(name)(path, flags, mode);      \
+    }
+
+#define OPENAT(name)                                                                    \
+    int name(int directory, const char* original, int flags, ...) {                     \
+        char buffer[4096];                                                              \
+        const char* path = redirect(original, buffer, sizeof buffer);                   \
+        va_list rest;                                                                   \
+        va_start(rest, flags);                                                          \
+        mode_t mode = (flags & (O_CREAT | O_TMPFILE)) ? va_arg(rest, mode_t) : 0;       \
+        va_end(rest);                                                                   \
+        return refused(original, path) ? -1 : REAL(name)(directory, path, flags, mode); \
+    }
+
+#define FOPEN(name)                                                     \
+    FILE* name(const char* original, const char* mode) {                \
+        char buffer[4096];                                              \
+        const char* path = redirect(original, buffer, sizeof buffer);   \
+        return refused(original, path) ? NULL : REAL(name)(path, mode); \
+    }
+
+#define STAT(name, type)                                                      \
+    int name(const char* original, struct type* status) {                     \
+        char buffer[4096];                                                    \
+        return REAL(name)(redirect(original, buffer, sizeof buffer), status); \
+    }
+
+#define FSTATAT(name, type)                                                                     \
+    int name(int directory, const char* original, struct type* status, int flags) {             \
+        char buffer[4096];                                                                      \
+        return REAL(name)(directory, redirect(original, buffer, sizeof buffer), status, flags); \
+    }
+
+OPEN(open)
+OPEN(open64)
+OPENAT(openat)
+OPENAT(openat64)
+FOPEN(fopen)
+FOPEN(fopen64)
+STAT(stat, stat)
+STAT(stat64, stat64)
+STAT(lstat, stat)
+STAT(lstat64, stat64)
+FSTATAT(fstatat, stat)
+FSTATAT(fstatat64, stat64)
+
+int statx(int directory, const char* original, int flags, unsigned mask, struct statx* status) {
+    char buffer[4096];
+    return REAL(statx)(directory, redirect(original, buffer, sizeof buffer), flags, mask, status);
+}
+
+int access(const char* original, int mode) {
+    char buffer[4096];
+    const char* path = redirect(original, buffer, sizeof buffer);
+    return refused(original, path) ? -1 : REAL(access)(path, mode);
+}
+
+int faccessat(int directory, const char* original, int mode, int flags) {
+    char buffer[4096];
+    const char* path = redirect(original, buffer, sizeof buffer);
+    return refused(original, path) ? -1 : REAL(faccessat)(directory, path, mode, flags);
+}
+
+typedef int main_function(int, char**, char**);
+static main_function* real_main;
+
+static int odd_main(int argc, char** argv, char** environment) {
+    const char* wanted = getenv("ORU_TEST_MAIN");
+    char* none[] = {NULL};
+    if (strcmp(wanted, "argc") == 0) {
+        return real_main(0, argv, environment);
+    }
+    return real_main(argc, strcmp(wanted, "argv") == 0 ? NULL : none, environment);
+}
+
+int __libc_start_main(main_function* main, int argc, char** argv, main_function* init,
+                      void (*fini)(void), void (*rtld_fini)(void), void* stack_end);
+int __libc_start_main(main_function* main, int argc, char** argv, main_function* init,
+                      void (*fini)(void), void (*rtld_fini)(void), void* stack_end) {
+    real_main = main;
+    return REAL(__libc_start_main)(getenv("ORU_TEST_MAIN") != NULL ? odd_main : main, argc, argv,
+                                   init, fini, rtld_fini, stack_end);
+}

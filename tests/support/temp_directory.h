@@ -1,0 +1,47 @@
+// A directory of a test's own, gone with everything in it when the test is over.
+#ifndef TESTS_SUPPORT_TEMP_DIRECTORY_H
+#define TESTS_SUPPORT_TEMP_DIRECTORY_H
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include <stdlib.h>
+
+class temp_directory {
+  public:
+    temp_directory() {
+        std::string pattern = std::filesystem::temp_directory_path() / "oru-test-XXXXXX";
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("mkdtemp " + pattern);
+        }
+        path_ = pattern;
+    }
+    temp_directory(const temp_directory&) = delete;
+    temp_directory& operator=(const temp_directory&) = delete;
+    ~temp_directory() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+
+    std::string path() const { return path_; }
+
+    // Writes the file `name` and returns its path.
+    std::string write(std::string_view name, std::string_view text) const {
+        const std::string path = path_ / name;
+        std::ofstream file(path, std::ios::binary);
+        file.write(text.data(), static_cast<std::streamsize>(text.size()));
+        file.close();
+        if (!file) {
+            throw std::runtime_error("cannot write " + path);
+        }
+        return path;
+    }
+
+  private:
+    std::filesystem::path path_;
+};
+
+#endif

@@ -1,0 +1,51 @@
+#include "support/tools.h"
+
+#include <cstdlib>
+
+#include "support/temp_directory.h"
+
+std::string program(std::string_view name) {
+    return std::string(ORU_BIN_DIR "/") + std::string(name);
+}
+
+std::vector<std::string> etc_oru_in(std::string_view directory) {
+    // A shared sanitizer runtime insists on being the first library unless told otherwise; the one
+    // that is preloaded here intercepts nothing of its.
+    const char* given = std::getenv("ASAN_OPTIONS");
+    std::string asan = given != nullptr ? std::string(given) + ":" : std::string();
+    return {"LD_PRELOAD=" ORU_REDIRECT_ETC_ORU, "ORU_TEST_ETC=" + std::string(directory),
+            "ASAN_OPTIONS=" + asan + "verify_asan_link_order=0"};
+}
+
+namespace {
+
+result run_tool(std::string_view name, std::string_view snapshot,
+                const std::vector<std::string>& arguments, const run_options& options) {
+    const temp_directory scratch;
+    const temp_directory etc;
+    if (options.assertions) {
+        etc.write("dsp-assertion", *options.assertions);
+    }
+    command what{.executable = program(name),
+                 .argv = {program(name)},
+                 .environment = etc_oru_in(etc.path()),
+                 .stdout_to = options.stdout_to,
+                 .stderr_to = options.stderr_to};
+    what.argv.insert(what.argv.end(), arguments.begin(), arguments.end());
+    what.environment.push_back("ORU_SNAPSHOT=" + scratch.write("snapshot.json", snapshot));
+    what.environment.insert(what.environment.end(), options.environment.begin(),
+                            options.environment.end());
+    return run(what);
+}
+
+}  // namespace
+
+result tlm(std::string_view snapshot, const std::vector<std::string>& arguments,
+           const run_options& options) {
+    return run_tool("oru-tlm-tool", snapshot, arguments, options);
+}
+
+result report(std::string_view snapshot, const std::vector<std::string>& arguments,
+              const run_options& options) {
+    return run_tool("oru-serverreport-tool", snapshot, arguments, options);
+}

@@ -15,6 +15,10 @@ add_link_options(-Wl,--gc-sections -Wl,--as-needed)
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     add_link_options(-fuse-ld=lld)
 endif()
+if(ORU_STATIC_RUNTIME)
+    # Both compilers and both standard libraries know the option by this name.
+    add_link_options(-static-libstdc++ -static-libgcc)
+endif()
 
 if(ORU_SANITIZE)
     add_compile_options(-fsanitize=${ORU_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

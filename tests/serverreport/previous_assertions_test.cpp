@@ -1,0 +1,125 @@
+// The record of earlier signal-processor assertions at the head of every report.
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "support/temp_directory.h"
+#include "support/tools.h"
+
+namespace {
+
+const std::string header = "----- Previous DSP assertions -----\n\n";
+const std::string unreadable = "Failed reading '/etc/oru/dsp-assertion': file_open_failure\n";
+
+result report_on(const std::string& record) {
+    return report("{}", {}, {.assertions = record});
+}
+
+// Runs the tool with what is in `etc` in the place of /etc/oru.
+result report_in(const std::string& etc) {
+    return run({.executable = program("oru-serverreport-tool"),
+                .argv = {"oru-serverreport-tool"},
+                .environment = etc_oru_in(etc)});
+}
+
+TEST(previous_assertions, no_record_no_section) {
+    EXPECT_EQ(report("{}", {}), ended(0, ""));
+    const temp_directory directory;
+    EXPECT_EQ(report_in(directory.path() + "/none"), ended(0, ""));
+    // A link to nowhere is no record, nor is a place that cannot be looked into.
+    std::filesystem::create_symlink("nowhere", directory.path() + "/dsp-assertion");
+    EXPECT_EQ(report_in(directory.path()), ended(0, ""));
+    const temp_directory circle;
+    std::filesystem::create_symlink("dsp-assertion", circle.path() + "/dsp-assertion");
+    EXPECT_EQ(report_in(circle.path()), ended(0, ""));
+    EXPECT_EQ(report_in(directory.write("file", "") + "/below"), ended(0, ""));
+}
+
+TEST(previous_assertions, an_empty_record) {
+    EXPECT_EQ(report_on(""), ended(0, header + "\n\n"));
+}
+
+TEST(previous_assertions, a_record_is_printed_on_one_line) {
+    EXPECT_EQ(report_on(R"({
+    "assertion" : "ptr != NULL",
+	"line": 120,
+    "stack": [ 1.50e+3, -0, 1E5,
+               true , false, null ],
+    "nested": { "b" : { }, "a" : [ ] },
+    "b": 1, "a": 2, "b": 3
+}
+)"),
+              ended(0, header + R"({"assertion":"ptr != NULL","line":120,)" +
+                           R"("stack":[1.50e+3,-0,1E5,true,false,null],)" +
+                           R"("nested":{"b":{},"a":[]},"b":1,"a":2,"b":3})" + "\n\n"));
+    EXPECT_EQ(report_on("\t[\t1 ,\t2 ]\t"), ended(0, header + "[1,2]\n\n"));
+    EXPECT_EQ(report_on("{\r\n  \"a\": 1\r\n}\r\n"), ended(0, header + "{\"a\":1}\n\n"));
+    EXPECT_EQ(report_on("{\"a\":1}"), ended(0, header + "{\"a\":1}\n\n"));
+    EXPECT_EQ(report_on(" \"just a text\" "), ended(0, header + "\"just a text\"\n\n"));
+    EXPECT_EQ(report_on(" 12 "), ended(0, header + "12\n\n"));
+}
+
+TEST(previous_assertions, texts_keep_their_blanks) {
+    EXPECT_EQ(
+        report_on(R"({ "a  b" : " \" // no comment \\" , "c" : "/* nor this */ é \u00e9 \/" })"),
+        ended(0, header + R"({"a  b":" \" // no comment \\","c":"/* nor this */ é \u00e9 \/"})" +
+                     "\n\n"));
+}
+
+TEST(previous_assertions, comments_are_removed) {
+    EXPECT_EQ(report_on("// written by the kernel\n{ \"a\": /* first */ 1, // second\n"
+                        "  \"b\": [ 2 /* third // */ ] /**/\n}\n/* the end * / \" */\n"),
+              ended(0, header + "{\"a\":1,\"b\":[2]}\n\n"));
+    EXPECT_EQ(report_on("[1] // the end"), ended(0, header + "[1]\n\n"));
+}
+
+TEST(previous_assertions, nothing_is_lost_of_a_record_that_is_no_json) {
+    for (const char* record :
+         {"{ \"assertion\": \"ptr != NU", "{ \"a\" : [ 1 , 2", "assertion failed: ptr != NULL\n",
+          "{ \"a\": 1 } }", "[ 1 2 ]\n", "{ \"a\": nul }", "[1, 2] // cut short\n[ 3",
+          "[ /* cut short", "{ a : 1 }", "%s {} \x01 \x7f"}) {
+        EXPECT_EQ(report_on(record), ended(0, header + record + "\n\n")) << record;
+    }
+}
+
+TEST(previous_assertions, a_large_record) {
+    std::string record = "[\n";
+    std::string expected = "[";
+    for (int i = 0; i < 100000; ++i) {
+        record += (i == 0 ? "  { \"line\" : " : ",\n  { \"line\" : ") + std::to_string(i) + " }";
+        expected += (i == 0 ? "{\"line\":" : ",{\"line\":") + std::to_string(i) + "}";
+    }
+    EXPECT_EQ(report_on(record + "\n]\n"), ended(0, header + expected + "]\n\n"));
+}
+
+TEST(previous_assertions, a_record_that_cannot_be_read) {
+    const temp_directory directory;
+    const std::string path = directory.write("dsp-assertion", "{}");
+    chmod(path.c_str(), 0);
+    EXPECT_EQ(report_in(directory.path()), ended(0, header + "\n\n", unreadable));
+}
+
+TEST(previous_assertions, a_directory_in_its_place) {
+    const temp_directory directory;
+    std::filesystem::create_directory(directory.path() + "/dsp-assertion");
+    EXPECT_EQ(report_in(directory.path()), ended(0, header + "\n\n", unreadable));
+}
+
+TEST(previous_assertions, a_complaint_that_nobody_hears_changes_nothing) {
+    const temp_directory directory;
+    std::filesystem::create_directory(directory.path() + "/dsp-assertion");
+    for (const std::string& to : unwritable) {
+        EXPECT_EQ(run({.executable = program("oru-serverreport-tool"),
+                       .argv = {"oru-serverreport-tool"},
+                       .environment = etc_oru_in(directory.path()),
+                       .stderr_to = to}),
+                  ended(0, header + "\n\n"))
+            << to;
+    }
+}
+
+}  // namespace

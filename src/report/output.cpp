@@ -1,11 +1,7 @@
 #include "report/output.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <memory>
 #include <system_error>
 
@@ -14,22 +10,6 @@ namespace {
 [[noreturn]] void throw_output_error(int code) {
     throw std::system_error(code != 0 ? code : EIO, std::generic_category(),
                             "cannot write standard output");
-}
-
-const char* help_exit_prefix = nullptr;
-
-void check_help_exit() {
-    if (help_exit_prefix == nullptr) {
-        return;
-    }
-    try {
-        check_standard_output();
-    } catch (const std::exception& error) {
-        std::fputs(help_exit_prefix, stderr);
-        std::fputs(error.what(), stderr);
-        std::fputs("\n", stderr);
-        _exit(EXIT_FAILURE);
-    }
 }
 
 }  // namespace
@@ -65,15 +45,6 @@ void check_standard_output() {
     if (std::ferror(stdout) != 0) {
         throw_output_error(EIO);
     }
-}
-
-help_exit_check::help_exit_check(const char* prefix) {
-    help_exit_prefix = prefix;
-    std::atexit(check_help_exit);
-}
-
-help_exit_check::~help_exit_check() {
-    help_exit_prefix = nullptr;
 }
 
 std::string format_to_name(OruFormat format) {

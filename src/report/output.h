@@ -27,16 +27,5 @@ void print_section_end();
 // prints included, did not arrive.
 void check_standard_output();
 
-// GLib prints its help itself and then ends the process with status 0. While this object lives,
-// that exit tells a text that did not arrive as well: `prefix` and the reason on standard error,
-// status 1. `prefix` must outlive the process.
-class help_exit_check {
-  public:
-    explicit help_exit_check(const char* prefix);
-    ~help_exit_check();
-    help_exit_check(const help_exit_check&) = delete;
-    help_exit_check& operator=(const help_exit_check&) = delete;
-};
-
 // Returns the nick of a video format's number, or "n/a" when the enumeration does not hold it.
 std::string format_to_name(OruFormat format);

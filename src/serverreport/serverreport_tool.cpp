@@ -8,6 +8,7 @@
 #include <glib.h>
 #include <glib/gprintf.h>
 
+#include "report/options.h"
 #include "report/output.h"
 #include "serverreport/available_resolutions.h"
 #include "serverreport/list_channels.h"
@@ -64,11 +65,10 @@ void parse_options(GOptionContext* context, switches& given, int argc, char** ar
     };
     g_option_context_set_summary(context, summary);
     g_option_context_set_description(context, description);
-    g_option_context_add_main_entries(context, options, nullptr);
 
-    const help_exit_check check("oru-serverreport-tool: Exception ");
     owned_error error;
-    if (g_option_context_parse(context, &argc, &argv, std::out_ptr(error)) == FALSE) {
+    if (parse_switches(context, options, argc, argv, "oru-serverreport-tool: Exception ",
+                       std::out_ptr(error)) == FALSE) {
         // The wording and the missing newline are what the callers know.
         g_fprintf(stderr, "oru-serverreport-tool: Failed t parse options: %s.", error->message);
         std::exit(EXIT_FAILURE);

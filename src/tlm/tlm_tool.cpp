@@ -6,6 +6,7 @@
 #include <glib.h>
 
 #include "applet/fatal.h"
+#include "report/options.h"
 #include "report/output.h"
 #include "tlm/identity_info.h"
 #include "tlm/stream_max_stats.h"
@@ -38,14 +39,6 @@ constexpr const char* description =
     "  oru-tlm-tool --identity-info\n"
     "  oru-tlm-tool --system-info\n";
 
-void parse_options(GOptionContext* context, int argc, char** argv) {
-    const help_exit_check check("oru-tlm-tool: Exception: ");
-    owned_error error;
-    if (g_option_context_parse(context, &argc, &argv, std::out_ptr(error)) == FALSE) {
-        tlm_fatal(error.get());
-    }
-}
-
 void run(int argc, char** argv) {
     const owned_option_context context{g_option_context_new(parameters)};
     if (context == nullptr) {
@@ -53,8 +46,11 @@ void run(int argc, char** argv) {
     }
     g_option_context_set_summary(context.get(), summary);
     g_option_context_set_description(context.get(), description);
-    g_option_context_add_main_entries(context.get(), options, nullptr);
-    parse_options(context.get(), argc, argv);
+    owned_error error;
+    if (parse_switches(context.get(), options, argc, argv,
+                       "oru-tlm-tool: Exception: ", std::out_ptr(error)) == FALSE) {
+        tlm_fatal(error.get());
+    }
 
     if (stream_max_stats != FALSE) {
         print_stream_max_stats();

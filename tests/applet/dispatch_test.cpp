@@ -111,7 +111,7 @@ TEST(dispatch, arguments_that_no_shell_gives_are_asserted_against) {
         EXPECT_EQ(got.signal, SIGABRT) << got;
         EXPECT_EQ(got.out, "");
         // Between the two stands the line number.
-        EXPECT_TRUE(got.err.starts_with("oru-tlm-tool: oru-cgi-applet:")) << got;
+        EXPECT_TRUE(got.err.starts_with("oru-tlm-tool: oru-cgi-applet.cpp:")) << got;
         EXPECT_NE(got.err.find(": int main(int, char**): Assertion `" + expression + "' failed.\n"),
                   std::string::npos)
             << got;

@@ -51,7 +51,7 @@ TEST(Json, SevenCharactersAreEscapedAndNoOthers) {
         const std::string form = place == std::string_view::npos
                                      ? std::string(1, character)
                                      : std::string("\\") + letters[place];
-        for (std::size_t length : {1, 7, 8, 9, 15, 16, 17, 31, 32, 33, 70}) {
+        for (const std::size_t length : {1U, 7U, 8U, 9U, 15U, 16U, 17U, 31U, 32U, 33U, 70U}) {
             for (std::size_t at = 0; at < length; ++at) {
                 std::string text(length, 'x');
                 text[at] = character;

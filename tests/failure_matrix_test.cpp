@@ -303,7 +303,7 @@ printed list_streams(const failure& failing) {
             "id/0x0012" : {
                 "basic": {"channel":0,"compression":0,"format":"h264","framerate":0,"mirror":0,"monochrome":0,"resolution":"1920x1080","rotation":0,"signed":0},
                 "h26x": {"bitrate":0,"goplength":0,"profile":"baseline","rcmode":"cbr","rcprio":"fps"},
-                "leanflow": {"fps":0,"fpsmode":"fixed","gopmode":"fixed","goplength":0,"skipmode":"drop","strength":25}
+                "leanflow": {"fps":0,"fpsmode":"fixed","goplength":0,"gopmode":"fixed","skipmode":"drop","strength":25}
             }
         })",
         R"(        {

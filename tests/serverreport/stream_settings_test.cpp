@@ -34,7 +34,7 @@ TEST(stream_settings, every_group_in_full) {
         "channel": 7, "framerate": 7.5, "compression": 7, "bitrate": 7})"),
         R"(                "basic": {"channel":1,"compression":3e+1,"format":"h264","framerate":29.969999999999999,"mirror":1,"monochrome":1,"resolution":"1920x1080","rotation":1.8e+2,"signed":1,"view":8},
                 "h26x": {"bitrate":4e+6,"goplength":32,"profile":"main","rcmode":"vbr","rcprio":"full fps"},
-                "leanflow": {"fps":5,"fpsmode":"fixed","gopmode":"dynamic","goplength":3e+2,"skipmode":"drop","strength":25}
+                "leanflow": {"fps":5,"fpsmode":"fixed","goplength":3e+2,"gopmode":"dynamic","skipmode":"drop","strength":25}
 )");
 }
 
@@ -45,8 +45,8 @@ TEST(stream_settings, the_shape_of_the_record_follows_the_format) {
         ",\n                \"h26x\": {\"bitrate\":0,\"goplength\":0,\"profile\":\"@\","
         "\"rcmode\":\"cbr\",\"rcprio\":\"fps\"}";
     const std::string leanflow =
-        ",\n                \"leanflow\": {\"fps\":0,\"fpsmode\":\"fixed\",\"gopmode\":\"fixed\","
-        "\"goplength\":0,\"skipmode\":\"drop\",\"strength\":1e+1}";
+        ",\n                \"leanflow\": {\"fps\":0,\"fpsmode\":\"fixed\",\"goplength\":0,"
+        "\"gopmode\":\"fixed\",\"skipmode\":\"drop\",\"strength\":1e+1}";
     for (const int code : {0, 1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12, 13, 14, 100}) {
         const bool raw = code == 3 || code == 8 || code == 9;
         std::string name = code <= 13 ? "f" + std::to_string(code) : "n/a";
@@ -182,7 +182,7 @@ TEST(stream_settings, strengths) {
                                          {"4294967295", "0"},
                                          {R"({"uint16": 3})", "25"}}) {
         EXPECT_EQ(leanflow_of(R"("sqz.strength": )" + code),
-                  R"("leanflow": {"fps":0,"fpsmode":"fixed","gopmode":"fixed","goplength":0,)"
+                  R"("leanflow": {"fps":0,"fpsmode":"fixed","goplength":0,"gopmode":"fixed",)"
                   R"("skipmode":"drop","strength":)" +
                       strength + "}")
             << code;
@@ -203,14 +203,14 @@ TEST(stream_settings, words_for_the_leanflow_modes) {
         EXPECT_EQ(leanflow_of(R"("sqz.strength": 3, "sqz.gop_mode": )" + number +
                               R"(, "sqz.skip_mode": )" + number + R"(, "sqz.fps_mode": )" + number +
                               R"(, "sqz.max_gop_length": 1000, "sqz.min_fps_num": 10)"),
-                  R"("leanflow": {"fps":1e+1,"fpsmode":"dynamic","gopmode":"dynamic",)"
-                  R"("goplength":1e+3,"skipmode":"empty","strength":25})");
+                  R"("leanflow": {"fps":1e+1,"fpsmode":"dynamic","goplength":1e+3,)"
+                  R"("gopmode":"dynamic","skipmode":"empty","strength":25})");
     }
     EXPECT_EQ(leanflow_of(R"("sqz.strength": 3, "sqz.gop_mode": 1)"),
-              R"("leanflow": {"fps":0,"fpsmode":"fixed","gopmode":"dynamic","goplength":0,)"
+              R"("leanflow": {"fps":0,"fpsmode":"fixed","goplength":0,"gopmode":"dynamic",)"
               R"("skipmode":"drop","strength":25})");
     EXPECT_EQ(leanflow_of(R"("sqz.strength": 3, "sqz.skip_mode": 1)"),
-              R"("leanflow": {"fps":0,"fpsmode":"fixed","gopmode":"fixed","goplength":0,)"
+              R"("leanflow": {"fps":0,"fpsmode":"fixed","goplength":0,"gopmode":"fixed",)"
               R"("skipmode":"empty","strength":25})");
 }
 

@@ -165,7 +165,7 @@ failure document_reader::read_failure(std::string_view what) {
     in_.object(what, std::array{error_member},
                [&](std::size_t, const word&) { fails = read_failure_text(); });
     if (!fails.message) {
-        throw complaint{begin, std::format("expected {} or a failure", what)};
+        throw complaint{begin, std::format("expected {}, found an empty object", what)};
     }
     return fails;
 }

@@ -158,57 +158,61 @@ word json_reader::string(std::string_view what) {
 std::string_view json_reader::decode(const char* begin) {
     decoded_.assign(begin, static_cast<const char*>(at_));
     while (*at_ != '"') {
-        if (at_ == end_) {
+        if (at_ == end_ || (*at_ == '\\' && at_ + 1 == end_)) {
             throw complaint{begin - 1, "this string is not closed"};
         }
-        if (*at_ != '\\') {
-            if (static_cast<unsigned char>(*at_) < 0x20) {
-                throw complaint{at_, "a string holds this control character only as an escape"};
-            }
+        if (*at_ == '\\') {
+            decode_escape();
+        } else if (static_cast<unsigned char>(*at_) < 0x20) {
+            throw complaint{at_, "a string holds this control character only as an escape"};
+        } else {
             decoded_ += *at_++;
-            continue;
         }
-        const char* escape = at_++;
-        if (*at_ != 'u') {
-            const char c = glz::char_unescape_table[static_cast<unsigned char>(*at_)];
-            if (c == '\0') {
-                throw complaint{escape, "JSON has no such escape"};
-            }
-            decoded_ += c;
-            ++at_;
-            continue;
-        }
-        ++at_;
-        const auto unit = [&] {
-            const auto value = end_ - at_ < 4 ? UINT32_MAX : glz::hex_to_u32(at_);
-            if (value == UINT32_MAX) {
-                throw complaint{escape, "\\u needs four hexadecimal digits"};
-            }
-            at_ += 4;
-            return value;
-        };
-        std::uint32_t code = unit();
-        if (code >= 0xD800 && code <= 0xDFFF) {
-            if (code > 0xDBFF || at_[0] != '\\' || at_[1] != 'u') {
-                throw complaint{escape, "this surrogate has no partner"};
-            }
-            at_ += 2;
-            const std::uint32_t low = unit();
-            if (low < 0xDC00 || low > 0xDFFF) {
-                throw complaint{escape, "this surrogate has no partner"};
-            }
-            code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
-        }
-        if (code == 0) {
-            throw complaint{escape, "a text cannot hold a NUL"};
-        }
-        std::array<char, 4> utf8;
-        decoded_.append(utf8.data(), glz::code_point_to_utf8(code, utf8.data()));
     }
     ++at_;
     auto* kept = static_cast<char*>(arena_.allocate(decoded_.size() + 1, 1));
     std::memcpy(kept, decoded_.c_str(), decoded_.size() + 1);
     return {kept, decoded_.size()};
+}
+
+void json_reader::decode_escape() {
+    const char* escape = at_;
+    const char letter = at_[1];
+    at_ += 2;
+    if (letter != 'u') {
+        const char meant = glz::char_unescape_table[static_cast<unsigned char>(letter)];
+        if (meant == '\0') {
+            throw complaint{escape, "JSON has no such escape"};
+        }
+        decoded_ += meant;
+        return;
+    }
+    const auto code_unit = [&] {
+        const auto value = end_ - at_ < 4 ? UINT32_MAX : glz::hex_to_u32(at_);
+        if (value == UINT32_MAX) {
+            throw complaint{escape, "\\u needs four hexadecimal digits"};
+        }
+        at_ += 4;
+        return value;
+    };
+    const auto is_low_surrogate = [](std::uint32_t unit) { return (unit & 0xFC00) == 0xDC00; };
+    std::uint32_t code = code_unit();
+    if ((code & 0xF800) == 0xD800) {
+        std::uint32_t low = 0;
+        if (!is_low_surrogate(code) && at_[0] == '\\' && at_[1] == 'u') {
+            at_ += 2;
+            low = code_unit();
+        }
+        if (!is_low_surrogate(low)) {
+            throw complaint{escape, "this surrogate has no partner"};
+        }
+        code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+    }
+    if (code == 0) {
+        throw complaint{escape, "a text cannot hold a NUL"};
+    }
+    std::array<char, 4> utf8;
+    decoded_.append(utf8.data(), glz::code_point_to_utf8(code, utf8.data()));
 }
 
 bool json_reader::boolean(std::string_view what) {

@@ -103,6 +103,7 @@ class json_reader {
     std::size_t which(const word& name, std::span<const std::string_view> names,
                       std::uint32_t& seen) const;
     std::string_view decode(const char* begin);
+    void decode_escape();
 
     char* at_;
     char* end_;

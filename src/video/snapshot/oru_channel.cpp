@@ -18,8 +18,8 @@ bool matches(const oru::channel_record& channel, const qw::map& filter) {
 }
 
 // Lists the channels that match the filter, or all when it is NULL.
-GList* list(const std::shared_ptr<const oru::document>& doc, const qw::map* filter,
-            GError** error) {
+GList* matching(const std::shared_ptr<const oru::document>& doc, const qw::map* filter,
+                GError** error) {
     const auto* all = oru::recorded(doc->channels, {"channels"}, error);
     GList* list = nullptr;
     for (std::size_t i = all ? all->size() : 0; i-- > 0;) {
@@ -40,7 +40,7 @@ oru::question about(OruChannel* channel, const char* part) {
 
 GList* oru_channel_get_all(GError** error) {
     const auto doc = oru::reach(error);
-    return doc ? list(doc, nullptr, error) : nullptr;
+    return doc ? matching(doc, nullptr, error) : nullptr;
 }
 
 GList* oru_channel_get_filtered(OruMap* filter, GError** error) {
@@ -51,7 +51,7 @@ GList* oru_channel_get_filtered(OruMap* filter, GError** error) {
     if (doc->channel_filtered) {
         return oru::failed(*doc->channel_filtered, error);
     }
-    return list(doc, oru_map_native_ref(filter), error);
+    return matching(doc, oru_map_native_ref(filter), error);
 }
 
 guint32 oru_channel_get_id(OruChannel* channel) {

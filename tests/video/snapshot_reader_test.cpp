@@ -1,0 +1,743 @@
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <bit>
+#include <cmath>
+#include <format>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "video/snapshot/snapshot.h"
+#include "video/snapshot_file.h"
+
+namespace {
+
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+using oru::answer;
+using oru::failure;
+using oru::map_entries;
+
+oru::snapshot load(std::string_view text) {
+    return oru::load(snapshot_file(text).path());
+}
+
+// What is wrong with the text, without the path; "" when nothing is.
+std::string complaint(std::string_view text) {
+    const snapshot_file file(text);
+    const auto loaded = oru::load(file.path());
+    if (loaded) {
+        return "";
+    }
+    EXPECT_TRUE(loaded.error().starts_with(file.path() + ":")) << loaded.error();
+    return loaded.error().substr(file.path().size() + 1);
+}
+
+// The complaint about `value` as the value of one key of a map, its column counted from the value's
+// own first byte.
+std::string value_complaint(std::string_view value) {
+    constexpr auto before = R"({"system":{"caps":{"k":)"sv;
+    const std::string whole = complaint(std::format("{}{}}}}}}}", before, value));
+    if (whole.empty()) {
+        return "";
+    }
+    EXPECT_TRUE(whole.starts_with("1:")) << whole;
+    const auto colon = whole.find(':', 2);
+    return std::format("{}{}", std::stoul(whole.substr(2)) - before.size(), whole.substr(colon));
+}
+
+// The one value of a map, or nothing when it was refused.
+struct loaded_value {
+    oru::snapshot snapshot;
+    const qw::value* is = nullptr;
+
+    template <class T>
+    const T* as() const {
+        return is ? is->get_if<T>() : nullptr;
+    }
+};
+
+loaded_value load_value(std::string_view written) {
+    loaded_value value{load(std::format(R"({{"system":{{"caps":{{"k":{}}}}}}})", written))};
+    EXPECT_TRUE(value.snapshot) << value.snapshot.error();
+    if (value.snapshot) {
+        const auto& system = std::get<oru::system_record>((*value.snapshot)->system);
+        value.is = &std::get<map_entries>(system.caps)[0].value;
+    }
+    return value;
+}
+
+template <class T>
+bool is_value(std::string_view written, T expected) {
+    const auto value = load_value(written);
+    const T* held = value.as<T>();
+    return held && *held == expected;
+}
+
+bool is_double(std::string_view written, double expected) {
+    const auto value = load_value(written);
+    const double* held = value.as<double>();
+    return held && std::bit_cast<std::uint64_t>(*held) == std::bit_cast<std::uint64_t>(expected);
+}
+
+// --- The document -------------------------------------------------------------------------------
+
+TEST(Document, TakesEveryMemberAndAnyOfThemLeftOut) {
+    for (
+        const auto text : {
+            R"({})"sv,
+            R"({"system":{},"mode":{},"stream":{},"channel":{},"input":{},"output":{},"formats":{}})"sv,
+            R"({"stream":{"all":[]},"channel":{"all":[]},"input":{"all":[]},"output":{"all":[]}})"sv,
+            R"({"stream":{"all":[{}]},"channel":{"all":[{}]},"input":{"all":[{}]},"output":{"all":[{}]}})"sv,
+            R"({"system":{"caps":{}},"mode":{"info":{}},"stream":{"debug":{},"quota":{},"limit":{},
+                 "all":[{"id":1,"info":{},"settings":{},"debug":{}}]},
+                 "channel":{"info":{},"all":[{"id":0,"properties":{"key":"input"},"info":{},
+                 "crop":[0,0,1920,1080],"crop_max":[1920,1080],
+                 "resolutions":{"available":[[1920,1080],[1280,720]],"none":[]}}]},
+                 "input":{"all":[{"id":1,"info":{},"crop":[0,1,2,4294967295],
+                 "resolution_unrotated":{"capture":[1920,1080]}}]},
+                 "output":{"all":[{"id":0,"info":{},"settings":{}}]},
+                 "formats":{"h264":0,"h265":1,"same":1,"":4294967295}})"sv,
+            " \t\r\n{ \"mode\" : { } } \n"sv,
+        }) {
+        EXPECT_EQ(complaint(text), "") << text;
+    }
+}
+
+TEST(Document, KeepsWhatIsLeftOutApart) {
+    const auto loaded = load(R"({"mode":{},"stream":{"all":[{"info":{}}]}})");
+    ASSERT_TRUE(loaded) << loaded.error();
+    const oru::document& doc = **loaded;
+    EXPECT_TRUE(std::holds_alternative<oru::left_out>(doc.system));
+    EXPECT_TRUE(std::holds_alternative<oru::mode_record>(doc.mode));
+    EXPECT_TRUE(std::holds_alternative<oru::left_out>(doc.channels));
+    EXPECT_FALSE(doc.formats);
+    const auto& stream = std::get<std::vector<oru::stream_record>>(doc.streams)[0];
+    EXPECT_TRUE(std::holds_alternative<map_entries>(stream.info));
+    EXPECT_TRUE(std::holds_alternative<oru::left_out>(stream.settings));
+}
+
+TEST(Document, RefusesWhatIsNotListed) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {R"({"systems":{}})", "1:2: unknown member 'systems'"},
+        {R"({"$error":"x"})", "1:2: unknown member '$error'"},
+        {R"({"system":{"info":{}}})", "1:12: unknown member 'info'"},
+        {R"({"mode":{"caps":{}}})", "1:10: unknown member 'caps'"},
+        {R"({"stream":{"info":{}}})", "1:12: unknown member 'info'"},
+        {R"({"stream":{"$error":"x"}})", "1:12: unknown member '$error'"},
+        {R"({"channel":{"debug":{}}})", "1:13: unknown member 'debug'"},
+        {R"({"input":{"info":{}}})", "1:11: unknown member 'info'"},
+        {R"({"output":{"settings":{}}})", "1:12: unknown member 'settings'"},
+        {"{\"stream\":{\"all\":[{\"id\":1},\n  {\"id\":2,\n   \"infos\":{}}]}}",
+         "3:4: unknown member 'infos'"},
+        {R"({"stream":{"all":[{"$error":"x"}]}})", "1:20: unknown member '$error'"},
+        {R"({"channel":{"all":[{"settings":{}}]}})", "1:21: unknown member 'settings'"},
+        {R"({"channel":{"all":[{"$error":"x"}]}})", "1:21: unknown member '$error'"},
+        {R"({"input":{"all":[{"crop_max":[1,2]}]}})", "1:19: unknown member 'crop_max'"},
+        {R"({"output":{"all":[{"crop":[1,2,3,4]}]}})", "1:20: unknown member 'crop'"},
+        {R"({"a\u0001\"b":1})", "1:2: unknown member 'a\\u0001\"b'"},
+        {"{\"" + std::string(59, 'a') + "\xC3\xA9zz\":1}",
+         "1:2: unknown member '" + std::string(59, 'a') + "...'"},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(complaint(text), expected) << text;
+    }
+}
+
+TEST(Document, RefusesAMemberGivenTwice) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {R"({"mode":{},"system":{},"mode":{}})", "1:24: duplicate member 'mode'"},
+        {R"({"system":{"caps":{},"caps":{}}})", "1:22: duplicate member 'caps'"},
+        {R"({"stream":{"all":[],"all":[]}})", "1:21: duplicate member 'all'"},
+        {R"({"stream":{"all":[{"id":1,"id":1}]}})", "1:27: duplicate member 'id'"},
+        {R"({"channel":{"filtered":{"$error":"x"},"filtered":{"$error":"x"}}})",
+         "1:39: duplicate member 'filtered'"},
+        {R"({"input":{"all":[{"$error":"x","$error":"x"}]}})", "1:32: duplicate member '$error'"},
+        {R"({"formats":{"a":1,"b":2,"a":3}})", "1:25: duplicate member 'a'"},
+        // In maps, whatever the order, and the first repetition in the text is named.
+        {R"({"system":{"caps":{"a":1,"a":2}}})", "1:26: duplicate member 'a'"},
+        {R"({"system":{"caps":{"b":1,"a":2,"c":3,"b":4,"a":5}}})", "1:38: duplicate member 'b'"},
+        {R"({"system":{"caps":{"b":1,"a":2,"a":3,"a":4}}})", "1:32: duplicate member 'a'"},
+        {R"({"system":{"caps":{"b":1,"\u0062":2}}})", "1:26: duplicate member 'b'"},
+        {R"({"system":{"caps":{"\u0062":1,"b":2}}})", "1:31: duplicate member 'b'"},
+        {R"({"channel":{"all":[{"properties":{"key":"a","key":"a"}}]}})",
+         "1:45: duplicate member 'key'"},
+        {R"({"channel":{"all":[{"resolutions":{"b":[],"a":[],"b":[]}}]}})",
+         "1:50: duplicate member 'b'"},
+        {R"({"input":{"all":[{"resolution_unrotated":{"a":[1,2],"a":[1,2]}}]}})",
+         "1:53: duplicate member 'a'"},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(complaint(text), expected) << text;
+    }
+}
+
+TEST(Document, RefusesAnIdGivenTwice) {
+    EXPECT_EQ(complaint(R"({"stream":{"all":[{"id":3},{"id":0},{"id":3}]}})"),
+              "1:43: id 3 is recorded twice");
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{"id":0},{"id":0}]}})"),
+              "1:35: id 0 is recorded twice");
+    EXPECT_EQ(complaint(R"({"input":{"all":[{"id":2},{"id":1},{"id":1},{"id":2}]}})"),
+              "1:42: id 1 is recorded twice");
+    EXPECT_EQ(complaint(R"({"output":{"all":[{"id":7},{"$error":"x","id":7}]}})"),
+              "1:47: id 7 is recorded twice");
+}
+
+TEST(Document, TakesStreamsWithoutAnIdOrWithZero) {
+    EXPECT_EQ(complaint(R"({"stream":{"all":[{"id":0},{},{"id":0},{"id":1},{}]}})"), "");
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{},{"id":0},{}]}})"), "");
+    EXPECT_EQ(complaint(R"({"input":{"all":[{},{},{"id":0}]},"output":{"all":[{},{}]}})"), "");
+}
+
+TEST(Document, RefusesTheWrongKindOfValue) {
+    constexpr auto id = "expected a whole number from 0 to 4294967295";
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {R"([])", "1:1: expected a snapshot (an object), found '['"},
+        {R"("text")", "1:1: expected a snapshot (an object), found '\"'"},
+        {R"(null)", "1:1: expected a snapshot (an object), found 'n'"},
+        {R"({"system":null})", "1:11: expected the system (an object), found 'n'"},
+        {R"({"system":{"caps":[]}})", "1:19: expected a map (an object), found '['"},
+        {R"({"mode":{"info":"x"}})", "1:17: expected a map (an object), found '\"'"},
+        {R"({"stream":[]})", "1:11: expected the streams (an object), found '['"},
+        {R"({"stream":{"all":[1]}})", "1:19: expected a stream (an object), found '1'"},
+        {R"({"stream":{"all":1}})", "1:18: expected an array of objects, found '1'"},
+        {R"({"stream":{"all":{}}})", "1:18: expected an array of streams, found an empty object"},
+        {R"({"channel":{"all":{"id":1}}})", "1:20: unknown member 'id'"},
+        {R"({"channel":{"filtered":[]}})", "1:24: expected a failure, found '['"},
+        {R"({"channel":{"filtered":{}}})", "1:24: expected a failure, found an empty object"},
+        {R"({"channel":{"filtered":{"$error":5}}})",
+         "1:34: expected the text of a failure, found '5'"},
+        {R"({"channel":{"all":[{"properties":[]}]}})",
+         "1:34: expected a map (an object), found '['"},
+        {R"({"channel":{"all":[{"crop":[1,2,3]}]}})", "1:34: expected ',', found ']'"},
+        {R"({"channel":{"all":[{"crop":[1,2,3,4,5]}]}})", "1:36: expected ']', found ','"},
+        {R"({"channel":{"all":[{"crop":5}]}})", "1:28: expected [x, y, width, height], found '5'"},
+        {R"({"channel":{"all":[{"crop_max":[1,-2]}]}})", "1:35: "s + id},
+        {R"({"channel":{"all":[{"crop_max":["1",2]}]}})", "1:33: "s + id + ", found '\"'"},
+        {R"({"channel":{"all":[{"resolutions":[]}]}})",
+         "1:35: expected the resolutions (an object), found '['"},
+        {R"({"channel":{"all":[{"resolutions":{"available":[1920,1080]}}]}})",
+         "1:49: expected [width, height], found '1'"},
+        {R"({"channel":{"all":[{"resolutions":{"available":null}}]}})",
+         "1:48: expected an array of resolutions, found 'n'"},
+        {R"({"input":{"all":[{"resolution_unrotated":{"capture":[[1,2]]}}]}})",
+         "1:54: "s + id + ", found '['"},
+        {R"({"stream":{"all":[{"id":"1"}]}})", "1:25: "s + id + ", found '\"'"},
+        {R"({"stream":{"all":[{"id":4294967296}]}})", "1:25: "s + id},
+        {R"({"stream":{"all":[{"id":-1}]}})", "1:25: "s + id},
+        {R"({"stream":{"all":[{"id":1.0}]}})", "1:25: "s + id},
+        {R"({"stream":{"all":[{"id":1e1}]}})", "1:25: "s + id},
+        {R"({"stream":{"all":[{"id":99999999999999999999}]}})", "1:25: "s + id},
+        {R"({"formats":{"h264":"0"}})", "1:20: "s + id + ", found '\"'"},
+        {R"({"formats":{"$error":"x"}})", "1:22: "s + id + ", found '\"'"},
+        {R"({"formats":{"a\u0000b":1}})", "1:15: a text cannot hold a NUL"},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(complaint(text), expected) << text;
+    }
+}
+
+// --- Failures -----------------------------------------------------------------------------------
+
+template <class T>
+std::string failure_of(const answer<T>& is) {
+    const auto* fails = std::get_if<failure>(&is);
+    return fails ? fails->message : "(no failure)";
+}
+
+TEST(Failure, StandsInThePlaceOfAnyAnswer) {
+    const auto loaded = load(R"({
+        "system": {"$error": "system"}, "mode": {"$error": "mode"},
+        "stream": {"debug": {"$error": "debug"}, "quota": {"$error": "quota"},
+                   "limit": {"$error": "limit"}, "all": {"$error": "streams"}},
+        "channel": {"info": {"$error": "channel info"}, "filtered": {"$error": "filtered"},
+                    "all": [{"info": {"$error": "info"}, "crop": {"$error": "crop"},
+                             "crop_max": {"$error": "crop_max"},
+                             "resolutions": {"$error": "resolutions"}},
+                            {"resolutions": {"available": {"$error": "available"}, "b": []}}]},
+        "input": {"all": [{"id": 1, "$error": "input 1"},
+                          {"$error": "input 2", "info": {}, "id": 2},
+                          {"id": 3, "resolution_unrotated": {"$error": "unrotated"}},
+                          {"id": 4, "resolution_unrotated": {"capture": {"$error": "capture"}}}]},
+        "output": {"all": [{"id": 0, "$error": "output 0"}]}})");
+    ASSERT_TRUE(loaded) << loaded.error();
+    const oru::document& doc = **loaded;
+    EXPECT_EQ(failure_of(doc.system), "system");
+    EXPECT_EQ(failure_of(doc.mode), "mode");
+    EXPECT_EQ(failure_of(doc.stream_debug), "debug");
+    EXPECT_EQ(failure_of(doc.stream_quota), "quota");
+    EXPECT_EQ(failure_of(doc.stream_limit), "limit");
+    EXPECT_EQ(failure_of(doc.streams), "streams");
+    EXPECT_EQ(failure_of(doc.channel_info), "channel info");
+    EXPECT_STREQ(doc.channel_filtered->message, "filtered");
+    const auto& channels = std::get<std::vector<oru::channel_record>>(doc.channels);
+    EXPECT_EQ(failure_of(channels[0].info), "info");
+    EXPECT_EQ(failure_of(channels[0].crop), "crop");
+    EXPECT_EQ(failure_of(channels[0].crop_max), "crop_max");
+    EXPECT_EQ(failure_of(channels[0].resolutions), "resolutions");
+    const auto lists = std::get<std::span<const oru::resolution_list>>(channels[1].resolutions);
+    EXPECT_EQ(failure_of(lists[0].is), "available");
+    EXPECT_EQ(failure_of(lists[1].is), "(no failure)");
+    const auto& inputs = std::get<oru::indexed<oru::input_record>>(doc.inputs).all;
+    EXPECT_STREQ(inputs[0].fails->message, "input 1");
+    EXPECT_STREQ(inputs[1].fails->message, "input 2");
+    EXPECT_FALSE(inputs[2].fails);
+    EXPECT_EQ(failure_of(inputs[2].resolution_unrotated), "unrotated");
+    EXPECT_EQ(
+        failure_of(
+            std::get<std::span<const oru::mode_resolution>>(inputs[3].resolution_unrotated)[0].is),
+        "capture");
+    EXPECT_STREQ(std::get<oru::indexed<oru::output_record>>(doc.outputs).all[0].fails->message,
+                 "output 0");
+}
+
+TEST(Failure, InAMapIsOnlyExactlyThatForm) {
+    const auto caps = [](std::string_view map) -> std::string {
+        const auto loaded = load(std::format(R"({{"system":{{"caps":{}}}}})", map));
+        if (!loaded) {
+            return loaded.error();
+        }
+        const auto& is = std::get<oru::system_record>((*loaded)->system).caps;
+        if (const auto* entries = std::get_if<map_entries>(&is)) {
+            std::string json;
+            EXPECT_TRUE(qw::map(entries->data(), entries->size(), *loaded).to_json(json));
+            return json;
+        }
+        return "failure: " + failure_of(is);
+    };
+    EXPECT_EQ(caps(R"({"$error":"no"})"), "failure: no");
+    EXPECT_EQ(caps(R"({"$error":""})"), "failure: ");
+    EXPECT_EQ(caps(R"({"\u0024error":"n\u00f6"})"), "failure: n\xC3\xB6");
+    EXPECT_EQ(caps(R"({"$error":5})"), R"({"$error":5})");
+    EXPECT_EQ(caps(R"({"$error":"no","a":1})"), R"({"$error":"no","a":1})");
+    EXPECT_EQ(caps(R"({"$errors":"no"})"), R"({"$errors":"no"})");
+}
+
+TEST(Failure, IsAnOrdinaryPropertyOfAChannel) {
+    const auto loaded = load(R"({"channel":{"all":[{"properties":{"$error":"x"}}]}})");
+    ASSERT_TRUE(loaded) << loaded.error();
+    const auto& channel = std::get<std::vector<oru::channel_record>>((*loaded)->channels)[0];
+    ASSERT_EQ(channel.properties.size(), 1U);
+    EXPECT_EQ(channel.properties[0].key, "$error");
+}
+
+TEST(Failure, HasNoOtherMemberElsewhere) {
+    EXPECT_EQ(complaint(R"({"system":{"$error":"x","caps":{}}})"),
+              "1:25: a failure has no other member");
+    EXPECT_EQ(complaint(R"({"mode":{"info":{},"$error":"x"}})"),
+              "1:20: a failure has no other member");
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{"resolutions":{"$error":"x","a":[]}}]}})"),
+              "1:49: a failure has no other member");
+    EXPECT_EQ(complaint(R"({"input":{"all":[{"resolution_unrotated":{"a":[1,2],"$error":"x"}}]}})"),
+              "1:53: a failure has no other member");
+    EXPECT_EQ(complaint(R"({"stream":{"all":{"$error":"x","$error":"y"}}})"),
+              "1:32: duplicate member '$error'");
+    EXPECT_EQ(complaint(R"({"system":{"$error":null}})"),
+              "1:21: expected the text of a failure, found 'n'");
+}
+
+// --- Values -------------------------------------------------------------------------------------
+
+TEST(Value, TakesItsKindFromItsForm) {
+    EXPECT_TRUE(is_value("true", true));
+    EXPECT_TRUE(is_value("false", false));
+    EXPECT_TRUE(is_value(R"("")", ""sv));
+    EXPECT_TRUE(is_value(R"("text")", "text"sv));
+    EXPECT_TRUE(is_value("0", std::uint32_t{0}));
+    EXPECT_TRUE(is_value("-0", std::uint32_t{0}));
+    EXPECT_TRUE(is_value("4294967295", std::uint32_t{4294967295}));
+    EXPECT_TRUE(is_value("4294967296", std::int64_t{4294967296}));
+    EXPECT_TRUE(is_value("-1", std::int64_t{-1}));
+    EXPECT_TRUE(is_value("9223372036854775807", std::numeric_limits<std::int64_t>::max()));
+    EXPECT_TRUE(is_value("-9223372036854775808", std::numeric_limits<std::int64_t>::min()));
+    EXPECT_TRUE(is_value("[1920,1080]", qw::pair32u(1920, 1080)));
+    EXPECT_TRUE(is_value(" [ 0 , 4294967295 ] ", qw::pair32u(0, 4294967295)));
+    EXPECT_TRUE(is_value(R"({"uint16":0})", std::uint16_t{0}));
+    EXPECT_TRUE(is_value(R"({"uint16":-0})", std::uint16_t{0}));
+    EXPECT_TRUE(is_value(R"({ "uint16" : 65535 })", std::uint16_t{65535}));
+    EXPECT_TRUE(is_value(R"({"uint32":4294967295})", std::uint32_t{4294967295}));
+    EXPECT_TRUE(is_value(R"({"int64":0})", std::int64_t{0}));
+    EXPECT_TRUE(is_value(R"({"int64":-0})", std::int64_t{0}));
+    EXPECT_TRUE(
+        is_value(R"({"int64":-9223372036854775808})", std::numeric_limits<std::int64_t>::min()));
+}
+
+TEST(Value, ReadsDoublesCorrectlyRounded) {
+    EXPECT_TRUE(is_double("1.0", 1.0));
+    EXPECT_TRUE(is_double("1e0", 1.0));
+    EXPECT_TRUE(is_double("1E+2", 100.0));
+    EXPECT_TRUE(is_double("-0.0", -0.0));
+    EXPECT_TRUE(is_double("-0e5", -0.0));
+    EXPECT_TRUE(is_double("29.97", 29.97));
+    EXPECT_TRUE(is_double("0.1", 0.1));
+    EXPECT_TRUE(is_double("1.7976931348623157e308", std::numeric_limits<double>::max()));
+    EXPECT_TRUE(is_double("5e-324", 5e-324));
+    EXPECT_TRUE(is_double("2e-324", 0.0));
+    EXPECT_TRUE(is_double("3e-324", 5e-324));
+    EXPECT_TRUE(is_double("-1e-99999999999999999999", -0.0));
+    EXPECT_TRUE(is_double("0e99999999999999999999", 0.0));
+    EXPECT_TRUE(is_double("2.2250738585072011e-308", 2.2250738585072011e-308));
+    // Halfway between two doubles, and just beside it: the even one, then the nearer one.
+    EXPECT_TRUE(is_double("9007199254740993.0", 9007199254740992.0));
+    EXPECT_TRUE(is_double("9007199254740993.00000000000000000000000000000001", 9007199254740994.0));
+    EXPECT_TRUE(is_double("0." + std::string(400, '0') + "1e401", 1.0));
+    EXPECT_TRUE(is_double(R"({"double":"inf"})", std::numeric_limits<double>::infinity()));
+    EXPECT_TRUE(is_double(R"({"double":"-inf"})", -std::numeric_limits<double>::infinity()));
+    EXPECT_TRUE(is_double(R"({"double":7})", 7.0));
+    EXPECT_TRUE(is_double(R"({"double":-0})", -0.0));
+    EXPECT_TRUE(is_double(R"({"double":123456789012345678901234567890})",
+                          123456789012345678901234567890.0));
+    EXPECT_TRUE(is_double(R"({"double":1.5e300})", 1.5e300));
+    const auto nan = load_value(R"({"double":"nan"})");
+    ASSERT_NE(nan.as<double>(), nullptr);
+    EXPECT_TRUE(std::isnan(*nan.as<double>()));
+}
+
+TEST(Value, ReadsDoublesOfEveryExponentAsTheLibraryDoes) {
+    std::mt19937_64 random(1);
+    std::vector<double> expected;
+    std::string map;
+    for (int i = 0; i < 100'000; ++i) {
+        const auto bits = random();
+        const double value = std::bit_cast<double>(bits);
+        if (!std::isfinite(value)) {
+            continue;
+        }
+        const std::string written = std::format("{:.{}e}", value, i % 25);
+        map += std::format("{}\"{:06}\":{}", expected.empty() ? "" : ",", i, written);
+        expected.push_back(std::strtod(written.c_str(), nullptr));
+        if (std::isinf(expected.back())) {  // rounded up by writing few digits
+            expected.pop_back();
+            map.resize(map.rfind('"', map.rfind(':') - 2) - (expected.empty() ? 0 : 1));
+        }
+    }
+    const auto loaded = load(R"({"mode":{"info":{)" + map + "}}}");
+    ASSERT_TRUE(loaded) << loaded.error();
+    const auto entries = std::get<map_entries>(std::get<oru::mode_record>((*loaded)->mode).info);
+    ASSERT_EQ(entries.size(), expected.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(*entries[i].value.get_if<double>()),
+                  std::bit_cast<std::uint64_t>(expected[i]))
+            << expected[i];
+    }
+}
+
+TEST(Value, RefusesEveryOtherForm) {
+    constexpr auto number = "1: this is not a JSON number";
+    constexpr auto value = "1: expected a map value";
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"null", value + ", found 'n'"s},
+        {"nan", value + ", found 'n'"s},
+        {"", value + ", found '}'"s},
+        {"'a'", value + ", found '''"s},
+        {"+1", value + ", found '+'"s},
+        {".5", value + ", found '.'"s},
+        {"Infinity", value + ", found 'I'"s},
+        {"tru", "1: expected true or false, found 't'"},
+        {"falsE", "1: expected true or false, found 'f'"},
+        {"truex", "5: expected ',' or '}', found 'x'"},
+        {"01", number},
+        {"-01", number},
+        {"-", number},
+        {"--1", number},
+        {"1.", number},
+        {"1.e5", number},
+        {"1e", number},
+        {"1e+", number},
+        {"1.5.5", number},
+        {"1x", number},
+        {"0x10", number},
+        {"1 2", "3: expected ',' or '}', found '2'"},
+        {"1e400", "1: this number is too large for a double"},
+        {"-1.0e309", "1: this number is too large for a double"},
+        {"9223372036854775808", "1: this whole number is outside the signed 64-bit range"},
+        {"-9223372036854775809", "1: this whole number is outside the signed 64-bit range"},
+        {"[]", "2: expected a whole number from 0 to 4294967295, found ']'"},
+        {"[1]", "3: expected ',', found ']'"},
+        {"[1,2,3]", "5: expected ']', found ','"},
+        {"[1,2,]", "5: expected ']', found ','"},
+        {"[1,]", "4: expected a whole number from 0 to 4294967295, found ']'"},
+        {"[1.0,2]", "2: expected a whole number from 0 to 4294967295"},
+        {"[1,4294967296]", "4: expected a whole number from 0 to 4294967295"},
+        {"[-1,1]", "2: expected a whole number from 0 to 4294967295"},
+        {"[[1,2],3]", "2: expected a whole number from 0 to 4294967295, found '['"},
+        {"[true,1]", "2: expected a whole number from 0 to 4294967295, found 't'"},
+        {"{}", "1: expected a typed number, found an empty object"},
+        {R"({"uint8":1})", "2: unknown kind of number 'uint8'"},
+        {R"({"a":{"b":1}})", "2: unknown kind of number 'a'"},
+        {R"({"$error":"x"})", "2: unknown kind of number '$error'"},
+        {R"({"uint16":65536})", "11: expected a whole number from 0 to 65535"},
+        {R"({"uint16":-1})", "11: expected a whole number from 0 to 65535"},
+        {R"({"uint16":1.0})", "11: expected a whole number from 0 to 65535"},
+        {R"({"uint16":"1"})", "11: expected a whole number from 0 to 65535, found '\"'"},
+        {R"({"uint32":4294967296})", "11: expected a whole number from 0 to 4294967295"},
+        {R"({"int64":9223372036854775808})",
+         "10: this whole number is outside the signed 64-bit range"},
+        {R"({"int64":1.0})", "10: expected a whole number"},
+        {R"({"int64":"1"})", "10: expected a whole number, found '\"'"},
+        {R"({"double":1e999})", "11: this number is too large for a double"},
+        {R"({"double":1)" + std::string(400, '0') + "}",
+         "11: this number is too large for a double"},
+        {R"({"double":"NaN"})", R"(11: expected a number, "nan", "inf" or "-inf")"},
+        {R"({"double":true})", R"(11: expected a number, "nan", "inf" or "-inf", found 't')"},
+        {R"({"uint16":1,"uint16":2})", "13: a typed number has one member"},
+        {R"({"uint16":1,})", "13: expected a member name, found '}'"},
+    };
+    for (const auto& [written, expected] : cases) {
+        EXPECT_EQ(value_complaint(written), expected) << written;
+    }
+}
+
+TEST(Value, PropertiesAreValuesLikeAnyOther) {
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{"properties":{"a":null}}]}})"),
+              "1:39: expected a map value, found 'n'");
+}
+
+// --- Strings ------------------------------------------------------------------------------------
+
+TEST(String, DecodesEveryEscape) {
+    EXPECT_TRUE(is_value(R"("a\"b\\c\/d\be\ff\ng\rh\ti")", "a\"b\\c/d\be\ff\ng\rh\ti"sv));
+    EXPECT_TRUE(is_value(R"("\u0041\u00e9\u20AC\uD83D\uDE00\uffff")",
+                         "A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBF"sv));
+    EXPECT_TRUE(is_value("\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\x7f\"",
+                         "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\x7f"sv));
+    EXPECT_TRUE(is_value(R"("// no comment /* either */")", "// no comment /* either */"sv));
+}
+
+TEST(String, IsFollowedByANul) {
+    for (const auto written : {R"("plain")"sv, R"("esc\u0061ped")"sv, R"("")"sv}) {
+        const auto value = load_value(written);
+        const auto* text = value.as<std::string_view>();
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(text->data()[text->size()], '\0');
+        EXPECT_EQ(text->find('\0'), text->npos);
+    }
+}
+
+TEST(String, RefusesWhatJsonRefuses) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"\"a\tb\"", "3: a string holds this control character only as an escape"},
+        {"\"a\x1f\"", "3: a string holds this control character only as an escape"},
+        {"\"a\\n\tb\"", "5: a string holds this control character only as an escape"},
+        {R"("a\xb")", "3: JSON has no such escape"},
+        {R"("a\'b")", "3: JSON has no such escape"},
+        {R"("\U0041")", "2: JSON has no such escape"},
+        {R"("a\u12")", "3: \\u needs four hexadecimal digits"},
+        {R"("a\u12g4")", "3: \\u needs four hexadecimal digits"},
+        {R"("\u+123")", "2: \\u needs four hexadecimal digits"},
+        {R"("a\ud800")", "3: this surrogate has no partner"},
+        {R"("a\ud800\n")", "3: this surrogate has no partner"},
+        {R"("a\ud800\u0041")", "3: this surrogate has no partner"},
+        {R"("a\ud800\ud800")", "3: this surrogate has no partner"},
+        {R"("\udc00\ud800")", "2: this surrogate has no partner"},
+        {R"("\udc00")", "2: this surrogate has no partner"},
+        {R"("a\u0000b")", "3: a text cannot hold a NUL"},
+        {R"("abc)", "1: this string is not closed"},
+        {R"("abc\")", "1: this string is not closed"},
+    };
+    for (const auto& [written, expected] : cases) {
+        EXPECT_EQ(value_complaint(written), expected) << written;
+    }
+    EXPECT_EQ(complaint(R"({"system":{"caps":{"a\u0000":1}}})"), "1:22: a text cannot hold a NUL");
+    EXPECT_EQ(complaint(R"({"system":{"$error":"\u0000"}})"), "1:22: a text cannot hold a NUL");
+    EXPECT_EQ(complaint("{\"mo\nde\":{}}"),
+              "1:5: a string holds this control character only as an escape");
+    EXPECT_EQ(complaint("{\"abc"), "1:2: this string is not closed");
+    EXPECT_EQ(complaint("{\"abc\\"), "1:2: this string is not closed");
+    EXPECT_EQ(complaint("{\"abc\\u00"), "1:6: \\u needs four hexadecimal digits");
+}
+
+// --- Text ---------------------------------------------------------------------------------------
+
+TEST(Text, RefusesBrokenSyntax) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"{", "1:2: expected a member name, found the end of the file"},
+        {" \n ", "2:2: expected a snapshot (an object), found the end of the file"},
+        {"{,}", "1:2: expected a member name, found ','"},
+        {R"({"mode":{},})", "1:12: expected a member name, found '}'"},
+        {R"({"mode" {}})", "1:9: expected ':', found '{'"},
+        {R"({"mode":})", "1:9: expected the mode (an object), found '}'"},
+        {R"({"mode":{})", "1:11: expected ',' or '}', found the end of the file"},
+        {R"({"mode":{} "system":{}})", "1:12: expected ',' or '}', found '\"'"},
+        {R"({mode:{}})", "1:2: expected a member name, found 'm'"},
+        {R"({"stream":{"all":[{},]}})", "1:22: expected a stream (an object), found ']'"},
+        {R"({"stream":{"all":[{} {}]}})", "1:22: expected ',' or ']', found '{'"},
+        {R"({"stream":{"all":[}})", "1:19: expected a stream (an object), found '}'"},
+        {"{} {}", "1:4: expected nothing more, found '{'"},
+        {"{}\n}", "2:1: expected nothing more, found '}'"},
+        {"{}\xC3\xA9", "1:3: expected nothing more"},
+        {"{\v}", "1:2: expected a member name"},
+        {"{\xC2\xA0}", "1:2: expected a member name"},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(complaint(text), expected) << text;
+    }
+}
+
+TEST(Text, CountsLinesAndBytes) {
+    EXPECT_EQ(complaint("{\n\n  \"\xC3\xA9\": 1}"), "3:3: unknown member '\xC3\xA9'");
+    EXPECT_EQ(complaint("{\"mode\":{\"info\":{\"\xC3\xA9\":1,\"x\":null}}}"),
+              "1:29: expected a map value, found 'n'");
+    EXPECT_EQ(complaint("{\r\n\t\"x\":1}"), "2:2: unknown member 'x'");
+    // Decoded line breaks and closed strings move nothing.
+    EXPECT_EQ(complaint("{\"mode\":{\"info\":{\"a\\n\\n\":\"\\n\",\"b\":\"c\",\n\"x\":null}}}"),
+              "2:5: expected a map value, found 'n'");
+    EXPECT_EQ(complaint("// one\n/* two\nthree */ {\"x\":1}"), "3:11: unknown member 'x'");
+}
+
+TEST(Text, TakesComments) {
+    for (const auto text :
+         {"//\n{}"sv, "/**/{}"sv, "/***/{}"sv, "/* **/{}"sv, "{}//"sv, "{}// end"sv, "{/*}*/}"sv,
+          "{\"mode\"/*a*/:/*b*/{/*c*/}/*d*/,//e\n\"system\":{}}"sv, "// \xC3\xA9 \"\n{}"sv,
+          "// one\r{}"sv, "/* // */{}"sv, "// /*\n{}"sv, "/*/ */{}"sv, "/* \" */{}/* \" */"sv,
+          R"({"mode":{"info":{"a":"\"//","b":"\\"/* " */,"c":"/*"}}})"sv}) {
+        EXPECT_EQ(complaint(text), "") << text;
+    }
+}
+
+TEST(Text, RefusesBrokenComments) {
+    EXPECT_EQ(complaint("{}/*"), "1:3: this comment is not closed");
+    EXPECT_EQ(complaint("{}/*/"), "1:3: this comment is not closed");
+    EXPECT_EQ(complaint("{\n /* a\n b"), "2:2: this comment is not closed");
+    EXPECT_EQ(complaint("{/}"), "1:2: expected a member name, found '/'");
+    EXPECT_EQ(complaint("{}/"), "1:3: expected nothing more, found '/'");
+    EXPECT_EQ(complaint("{\"mode\"/ * */:{}}"), "1:8: expected ':', found '/'");
+    EXPECT_EQ(complaint("#\n{}"), "1:1: expected a snapshot (an object), found '#'");
+    EXPECT_EQ(complaint("{\"mo/*de\n\": {}}"),
+              "1:9: a string holds this control character only as an escape");
+}
+
+TEST(Text, RefusesAByteOrderMark) {
+    EXPECT_EQ(complaint("\xEF\xBB\xBF{}"), "1:1: the text begins with a byte order mark");
+}
+
+TEST(Text, RefusesNulBytes) {
+    EXPECT_EQ(complaint("{}\0"sv), "1:3: this is a NUL byte");
+    EXPECT_EQ(complaint("\0"sv), "1:1: this is a NUL byte");
+    EXPECT_EQ(complaint("{\"mode\":{\"info\":{\"a\0b\":1}}}"sv), "1:20: this is a NUL byte");
+    EXPECT_EQ(complaint("// \0\n{}"sv), "1:4: this is a NUL byte");
+}
+
+TEST(Text, RefusesInvalidUtf8) {
+    const std::vector<std::string> bad{
+        "\x80",
+        "\xBF",
+        "\xC0\x80",
+        "\xC1\xBF",
+        "\xC3",
+        "\xC3(",
+        "\xE0\x80\x80",
+        "\xE2\x82",
+        "\xE2(\xA1",
+        "\xED\xA0\x80",
+        "\xF0\x80\x80\x80",
+        "\xF0\x9F\x98",
+        "\xF4\x90\x80\x80",
+        "\xF5\x80\x80\x80",
+        "\xFE",
+        "\xFF",
+    };
+    for (const auto& bytes : bad) {
+        EXPECT_EQ(value_complaint("\"ab" + bytes + "\""), "4: this is not valid UTF-8");
+        EXPECT_EQ(complaint("{}\n// \xC3\xA9\xF0\x9F\x98\x80" + bytes),
+                  "2:10: this is not valid UTF-8");
+    }
+    EXPECT_EQ(complaint("{}" + std::string(1000, ' ') + "\xFF"), "1:1003: this is not valid UTF-8");
+    EXPECT_EQ(complaint("\xFF\xFE{\0}\0"sv.substr(0, 3)), "1:1: this is not valid UTF-8");
+}
+
+TEST(Text, RefusesDeepNestingAtItsSecondLevel) {
+    EXPECT_EQ(complaint(std::string(1'000'000, '[')),
+              "1:1: expected a snapshot (an object), found '['");
+    EXPECT_EQ(value_complaint(std::string(1'000'000, '[')),
+              "2: expected a whole number from 0 to 4294967295, found '['");
+    std::string nested;
+    for (int i = 0; i < 100'000; ++i) {
+        nested += R"({"a":)";
+    }
+    EXPECT_EQ(value_complaint(nested), "2: unknown kind of number 'a'");
+}
+
+// --- Files --------------------------------------------------------------------------------------
+
+TEST(File, SaysWhyItCannotBeRead) {
+    const snapshot_file file;
+    const std::string path = file.path();
+    EXPECT_EQ(oru::load(path).error(), path + ": No such file or directory");
+    EXPECT_EQ(oru::load(file.directory()).error(), file.directory().string() + ": is a directory");
+    EXPECT_EQ(oru::load("/dev/null").error(), "/dev/null: is not a regular file");
+    EXPECT_EQ(oru::load("").error(), ": No such file or directory");
+    file.write("");
+    EXPECT_EQ(oru::load(path).error(), path + ": the file is empty");
+}
+
+TEST(File, DoesNotWaitForAFifo) {
+    const snapshot_file file;
+    ASSERT_EQ(mkfifo(file.path().c_str(), 0600), 0);
+    EXPECT_EQ(oru::load(file.path()).error(), file.path() + ": is not a regular file");
+}
+
+TEST(File, NeedsPermission) {
+    const snapshot_file file("{}");
+    ASSERT_EQ(chmod(file.path().c_str(), 0), 0);
+    if (access(file.path().c_str(), R_OK) == 0) {
+        GTEST_SKIP() << "this user may read every file";
+    }
+    EXPECT_EQ(oru::load(file.path()).error(), file.path() + ": Permission denied");
+}
+
+TEST(File, IsAtMost128MiB) {
+    const snapshot_file file;
+    file.write("{}");
+    std::filesystem::resize_file(file.path(), 134217729);
+    EXPECT_EQ(oru::load(file.path()).error(),
+              file.path() + ": is 134217729 bytes long, more than the 134217728 of a snapshot");
+    std::filesystem::resize_file(file.path(), 134217728);
+    EXPECT_EQ(oru::load(file.path()).error(), file.path() + ":1:3: this is a NUL byte");
+}
+
+TEST(File, IsReadThroughALink) {
+    const snapshot_file file("{}");
+    const std::string link = file.directory() / "link";
+    std::filesystem::create_symlink(file.path(), link);
+    EXPECT_TRUE(oru::load(link));
+}
+
+// --- Many ---------------------------------------------------------------------------------------
+
+TEST(Many, InputsAreFoundByTheirIds) {
+    std::string all;
+    for (unsigned i = 0; i < 20'000; ++i) {
+        all += std::format(R"({}{{"id":{}}})", i ? "," : "", (i * 7919U) % 20'000);
+    }
+    const auto loaded = load(R"({"input":{"all":[)" + all + "]}}");
+    ASSERT_TRUE(loaded) << loaded.error();
+    const auto& inputs = std::get<oru::indexed<oru::input_record>>((*loaded)->inputs);
+    ASSERT_EQ(inputs.index.size(), 20'000U);
+    for (std::uint32_t id = 0; id < 20'000; ++id) {
+        ASSERT_EQ(inputs.index[id].first, id);
+        ASSERT_EQ(inputs.all[inputs.index[id].second].id, id);
+    }
+}
+
+TEST(Many, KeysOfOneMapMayComeInAnyOrder) {
+    std::string map;
+    for (unsigned i = 0; i < 20'000; ++i) {
+        map += std::format(R"({}"key{:05}":{})", i ? "," : "", (i * 7919U) % 20'000, i);
+    }
+    const auto loaded = load(R"({"mode":{"info":{)" + map + "}}}");
+    ASSERT_TRUE(loaded) << loaded.error();
+    const auto entries = std::get<map_entries>(std::get<oru::mode_record>((*loaded)->mode).info);
+    ASSERT_EQ(entries.size(), 20'000U);
+    for (unsigned i = 0; i < entries.size(); ++i) {
+        ASSERT_EQ(entries[i].key, std::format("key{:05}", i));
+        ASSERT_EQ(*entries[i].value.get_if<std::uint32_t>() * 7919U % 20'000, i);
+    }
+}
+
+}  // namespace

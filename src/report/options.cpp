@@ -60,8 +60,8 @@ gboolean parse_switches(GOptionContext* context, const GOptionEntry* switches, i
             break;  // what follows is no option
         }
         if (const GOptionEntry* entry = switch_with_value(argument, switches)) {
-            g_set_error(error, G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE, "Option %s takes no value",
-                        argument);
+            g_set_error(error, G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
+                        "Option --%s takes no value", entry->long_name);
             return FALSE;
         }
     }

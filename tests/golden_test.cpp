@@ -1,0 +1,60 @@
+// Whole reports of the examples, compared with golden files that were read line by line when they
+// were made.
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/tools.h"
+
+namespace {
+
+std::string content(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string example(const std::string& name) {
+    return content(std::filesystem::path(ORU_EXAMPLES_DIR) / (name + ".json"));
+}
+
+std::string golden(const std::string& name) {
+    return content(std::filesystem::path(ORU_GOLDEN_DIR) / (name + ".txt"));
+}
+
+TEST(Golden, ThereIsOneForEveryExampleAndTool) {
+    std::set<std::string> wanted;
+    for (const auto& entry : std::filesystem::directory_iterator(ORU_EXAMPLES_DIR)) {
+        wanted.insert(entry.path().stem().string() + ".tlm.txt");
+        wanted.insert(entry.path().stem().string() + ".report.txt");
+    }
+    std::set<std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(ORU_GOLDEN_DIR)) {
+        found.insert(entry.path().filename().string());
+    }
+    EXPECT_EQ(found, wanted);
+}
+
+TEST(Golden, TwoInputEncoder) {
+    const std::string snapshot = example("two-input-encoder");
+    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("two-input-encoder.tlm")));
+    EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
+              ended(0, golden("two-input-encoder.report")));
+}
+
+TEST(Golden, FailingDevice) {
+    const std::string snapshot = example("failing-device");
+    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("failing-device.tlm")));
+    EXPECT_EQ(report(snapshot, {"-l", "-q", "-c", "-a", "-i"}),
+              ended(0, golden("failing-device.report")));
+    EXPECT_EQ(report(snapshot, {"-o", "-i"}), ended(1, "",
+                                                    "oru-serverreport-tool: Failed to get output: "
+                                                    "HDMI transmitter does not answer\n"));
+}
+
+}  // namespace

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <format>
 #include <limits>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -57,8 +58,8 @@ struct loaded_value {
     const qw::value* is = nullptr;
 
     template <class T>
-    const T* as() const {
-        return is ? is->get_if<T>() : nullptr;
+    std::optional<T> as() const {
+        return is ? is->get_if<T>() : std::nullopt;
     }
 };
 
@@ -75,13 +76,12 @@ loaded_value load_value(std::string_view written) {
 template <class T>
 bool is_value(std::string_view written, T expected) {
     const auto value = load_value(written);
-    const T* held = value.as<T>();
-    return held && *held == expected;
+    return value.as<T>() == expected;
 }
 
 bool is_double(std::string_view written, double expected) {
     const auto value = load_value(written);
-    const double* held = value.as<double>();
+    const auto held = value.as<double>();
     return held && std::bit_cast<std::uint64_t>(*held) == std::bit_cast<std::uint64_t>(expected);
 }
 
@@ -394,7 +394,7 @@ TEST(Value, ReadsDoublesCorrectlyRounded) {
                           123456789012345678901234567890.0));
     EXPECT_TRUE(is_double(R"({"double":1.5e300})", 1.5e300));
     const auto nan = load_value(R"({"double":"nan"})");
-    ASSERT_NE(nan.as<double>(), nullptr);
+    ASSERT_TRUE(nan.as<double>());
     EXPECT_TRUE(std::isnan(*nan.as<double>()));
 }
 
@@ -506,8 +506,8 @@ TEST(String, DecodesEveryEscape) {
 TEST(String, IsFollowedByANul) {
     for (const auto written : {R"("plain")"sv, R"("esc\u0061ped")"sv, R"("")"sv}) {
         const auto value = load_value(written);
-        const auto* text = value.as<std::string_view>();
-        ASSERT_NE(text, nullptr);
+        const auto text = value.as<std::string_view>();
+        ASSERT_TRUE(text);
         EXPECT_EQ(text->data()[text->size()], '\0');
         EXPECT_EQ(text->find('\0'), text->npos);
     }

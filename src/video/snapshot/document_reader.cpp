@@ -230,7 +230,7 @@ answer<std::span<const named<T>>> document_reader::read_named(
 answer<map_entries> document_reader::read_map() {
     const map_entries entries = read_entries();
     if (entries.size() == 1 && entries[0].key == error_member) {
-        if (const auto* text = entries[0].value.get_if<std::string_view>()) {
+        if (const auto text = entries[0].value.get_if<std::string_view>()) {
             return failure{text->data()};
         }
     }

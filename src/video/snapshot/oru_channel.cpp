@@ -7,13 +7,14 @@ namespace {
 // Whether the channel's properties hold every string entry of the filter with the same text.
 bool matches(const oru::channel_record& channel, const qw::map& filter) {
     return std::ranges::all_of(filter, [&](const qw::map::entry& wanted) {
-        if (!wanted.value.get_if<std::string_view>()) {
+        const auto text = wanted.value.get_if<std::string_view>();
+        if (!text) {
             return true;
         }
         const auto found =
             std::ranges::lower_bound(channel.properties, wanted.key, {}, &qw::map::entry::key);
         return found != channel.properties.end() && found->key == wanted.key &&
-               found->value == wanted.value;
+               found->value.get_if<std::string_view>() == text;
     });
 }
 

@@ -17,21 +17,27 @@ OruMap* new_map(qw::map map) {
 
 namespace {
 
-// Returns the value under `key` as a T when it is of that kind or of an unsigned kind that T holds
-// without loss, and `def` otherwise.
+// Returns the value under `key` when it is of T's own kind.
+template <class T>
+std::optional<T> stored(OruMap* map, const gchar* key) {
+    const qw::value* value = map->held.find(key);
+    return value ? value->get_if<T>() : std::nullopt;
+}
+
+// The same, but an unsigned kind that T holds without loss will do; `def` when there is none.
 template <class T>
 T widened(OruMap* map, const gchar* key, T def) {
     const qw::value* value = map->held.find(key);
     if (!value) {
         return def;
     }
-    if (const auto* same = value->get_if<T>()) {
+    if (const auto same = value->get_if<T>()) {
         return *same;
     }
-    if (const auto* narrow = value->get_if<std::uint16_t>()) {
+    if (const auto narrow = value->get_if<std::uint16_t>()) {
         return *narrow;
     }
-    if (const auto* narrow = value->get_if<std::uint32_t>()) {
+    if (const auto narrow = value->get_if<std::uint32_t>()) {
         return *narrow;
     }
     return def;
@@ -60,24 +66,20 @@ gdouble oru_map_get_double(OruMap* map, const gchar* key, gdouble def) {
 }
 
 gboolean oru_map_get_boolean(OruMap* map, const gchar* key, gboolean def) {
-    const qw::value* value = map->held.find(key);
-    const auto* flag = value ? value->get_if<bool>() : nullptr;
+    const auto flag = stored<bool>(map, key);
     return flag ? *flag : def;
 }
 
 const gchar* oru_map_get_string(OruMap* map, const gchar* key, gsize* length, const gchar* def) {
-    const qw::value* value = map->held.find(key);
-    const auto* text = value ? value->get_if<std::string_view>() : nullptr;
-    const gchar* result = text ? text->data() : def;
+    const auto text = stored<std::string_view>(map, key);
     if (length) {
         *length = text ? text->size() : std::string_view(def ? def : "").size();
     }
-    return result;
+    return text ? text->data() : def;
 }
 
 guint64 oru_map_get_pair32u(OruMap* map, const gchar* key, guint64 def) {
-    const qw::value* value = map->held.find(key);
-    const auto* pair = value ? value->get_if<qw::pair32u>() : nullptr;
+    const auto pair = stored<qw::pair32u>(map, key);
     return pair ? guint64{pair->second} << 32 | pair->first : def;
 }
 

@@ -41,7 +41,7 @@ std::string_view keep(std::forward_list<std::string>& texts, std::string_view te
 }
 
 value keep(std::forward_list<std::string>& texts, const value& held) {
-    const auto* text = held.get_if<std::string_view>();
+    const auto text = held.get_if<std::string_view>();
     return text ? value(keep(texts, *text)) : held;
 }
 
@@ -108,14 +108,6 @@ bool append_value(std::string& out, const value& held) {
 }
 
 }  // namespace
-
-kind value::kind() const noexcept {
-    // In the order of the variant's alternatives.
-    constexpr std::array kinds{qw::kind::boolean, qw::kind::string,  qw::kind::int64,
-                               qw::kind::float64, qw::kind::pair32u, qw::kind::uint16,
-                               qw::kind::uint32};
-    return kinds[held_.index()];
-}
 
 map::map(const entry* entries, std::size_t count, std::shared_ptr<const void> owner)
     : content_(std::make_shared<content>(content{

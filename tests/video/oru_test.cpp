@@ -127,16 +127,21 @@ TEST_F(Oru, MapGettersWidenUnsignedNumbersAndNothingElse) {
         {"whole double", 7, 7, 5.0, FALSE, "default", 7},
         {"absent", 7, 7, 7.0, FALSE, "default", 7},
     };
-    for (const row& row : rows) {
-        EXPECT_EQ(oru_map_get_uint32(map.get(), row.key, 7), row.as_uint32) << row.key;
-        EXPECT_EQ(oru_map_get_int64(map.get(), row.key, 7), row.as_int64) << row.key;
-        EXPECT_EQ(oru_map_get_double(map.get(), row.key, 7.0), row.as_double) << row.key;
-        EXPECT_EQ(oru_map_get_boolean(map.get(), row.key, FALSE), row.as_boolean) << row.key;
-        EXPECT_EQ(oru_map_get_boolean(map.get(), row.key, TRUE), TRUE) << row.key;
+    for (const row& expected : rows) {
+        EXPECT_EQ(oru_map_get_uint32(map.get(), expected.key, 7), expected.as_uint32)
+            << expected.key;
+        EXPECT_EQ(oru_map_get_int64(map.get(), expected.key, 7), expected.as_int64) << expected.key;
+        EXPECT_EQ(oru_map_get_double(map.get(), expected.key, 7.0), expected.as_double)
+            << expected.key;
+        EXPECT_EQ(oru_map_get_boolean(map.get(), expected.key, FALSE), expected.as_boolean)
+            << expected.key;
+        EXPECT_EQ(oru_map_get_boolean(map.get(), expected.key, TRUE), TRUE) << expected.key;
         gsize length = 99;
-        EXPECT_STREQ(oru_map_get_string(map.get(), row.key, &length, "default"), row.as_string);
-        EXPECT_EQ(length, strlen(row.as_string)) << row.key;
-        EXPECT_EQ(oru_map_get_pair32u(map.get(), row.key, 7), row.as_pair) << row.key;
+        EXPECT_STREQ(oru_map_get_string(map.get(), expected.key, &length, "default"),
+                     expected.as_string);
+        EXPECT_EQ(length, strlen(expected.as_string)) << expected.key;
+        EXPECT_EQ(oru_map_get_pair32u(map.get(), expected.key, 7), expected.as_pair)
+            << expected.key;
     }
     EXPECT_TRUE(oru_map_contains(map.get(), "pair"));
     EXPECT_FALSE(oru_map_contains(map.get(), "absent"));

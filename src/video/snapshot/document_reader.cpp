@@ -186,14 +186,14 @@ answer<Record> document_reader::read_single(std::string_view what, std::string_v
     Record record;
     std::optional<failure> fails;
     int members = 0;
-    in_.object(what, std::array{error_member, name}, [&](std::size_t which, const word& word) {
+    in_.object(what, std::array{error_member, name}, [&](std::size_t which, const word& key) {
         if (which == 0) {
             fails = read_failure_text();
         } else {
             record.*member = read_map();
         }
         if (++members > 1) {
-            throw complaint{word.at, "a failure has no other member"};
+            throw complaint{key.at, "a failure has no other member"};
         }
     });
     if (fails) {

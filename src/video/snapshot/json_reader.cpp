@@ -76,21 +76,14 @@ void blank_comments(char* begin, char* end) {
         return;
     }
     bool in_string = false;
-    for (char* at = begin; at != end; ++at) {
-        if (in_string) {
-            if (*at == '\\') {
-                ++at;  // an escaped quote closes nothing; the text ends in a NUL
-            } else if (*at == '\n') {
-                return;  // the string is not closed: reading stops there, and knows why
-            } else if (*at == '"') {
-                in_string = false;
-            }
-            if (at == end) {
-                return;
-            }
-        } else if (*at == '"') {
-            in_string = true;
-        } else if (*at == '/' && (at[1] == '/' || at[1] == '*')) {
+    for (char* at = begin; at < end; ++at) {
+        if (*at == '"') {
+            in_string = !in_string;
+        } else if (in_string && *at == '\\') {
+            ++at;  // what is escaped closes nothing
+        } else if (in_string && *at == '\n') {
+            return;  // the string is not closed: reading stops there, and knows why
+        } else if (!in_string && *at == '/' && (at[1] == '/' || at[1] == '*')) {
             at = blank_comment(at, end) - 1;
         }
     }

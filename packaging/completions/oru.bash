@@ -1,0 +1,28 @@
+# bash completion for oru-tlm-tool, oru-serverreport-tool and oru-snapshot
+
+_oru_switches() {
+    local word=${COMP_WORDS[COMP_CWORD]}
+    mapfile -t COMPREPLY < <(compgen -W "$1" -- "$word")
+}
+
+_oru_tlm_tool() {
+    _oru_switches '--stream-max-stats --system-info --identity-info --help'
+}
+
+_oru_serverreport_tool() {
+    _oru_switches '--list-streams --stream-quotas --list-output --list-channels --list-resolutions
+        --list-available-resolutions --list-inputs --help'
+}
+
+_oru_snapshot() {
+    if ((COMP_CWORD == 1)); then
+        _oru_switches 'check --help --version'
+    elif [[ ${COMP_WORDS[1]} == check ]]; then
+        local word=${COMP_WORDS[COMP_CWORD]}
+        mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.json' -- "$word")
+    fi
+}
+
+complete -F _oru_tlm_tool oru-tlm-tool
+complete -F _oru_serverreport_tool oru-serverreport-tool
+complete -o filenames -F _oru_snapshot oru-snapshot

@@ -1,0 +1,52 @@
+# What goes onto a machine. `cmake --install` brings what a device runs and a person reads; the
+# component `client` brings what a program needs to be built against our client libraries.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
+
+# The links are relative, so they hold in any prefix and under any DESTDIR.
+install(TARGETS oru-cgi-applet)
+install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/oru-tlm-tool
+              ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/oru-serverreport-tool
+        TYPE BIN)
+set(commands oru-tlm-tool oru-serverreport-tool)
+install(FILES docs/man/oru-cgi-applet.1 docs/man/oru-serverreport-tool.1 docs/man/oru-tlm-tool.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+# Snapshots mean nothing to another client of the video service.
+if(ORU_CLIENT STREQUAL snapshot)
+    install(TARGETS oru-snapshot)
+    list(APPEND commands oru-snapshot)
+    install(FILES docs/man/oru-snapshot.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES docs/man/oru-snapshot.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+    install(FILES docs/snapshot.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/oru)
+    install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
+            FILES_MATCHING PATTERN *.json)
+endif()
+
+# bash looks for a file named after the command.
+foreach(command IN LISTS commands)
+    install(FILES packaging/completions/oru.bash
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${command})
+endforeach()
+# zsh keeps the functions of packages and those of the machine's owner in different places.
+install(CODE "
+    set(directory site-functions)
+    if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
+        set(directory vendor-completions)
+    endif()
+    file(INSTALL \"${PROJECT_SOURCE_DIR}/packaging/completions/_oru\"
+         DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${directory}\")")
+
+if(ORU_CLIENT STREQUAL snapshot)
+    install(TARGETS oru qwire
+            ARCHIVE COMPONENT client EXCLUDE_FROM_ALL
+            LIBRARY COMPONENT client EXCLUDE_FROM_ALL)
+    install(FILES src/video/oru.h src/video/qwire.h
+            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/oru COMPONENT client EXCLUDE_FROM_ALL)
+    # The .pc files find their prefix from where they lie, so that it need not be known here.
+    file(RELATIVE_PATH ORU_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+    foreach(library oru qwire)
+        configure_file(packaging/pkgconfig/${library}.pc.in ${library}.pc @ONLY)
+        install(FILES ${PROJECT_BINARY_DIR}/${library}.pc
+                DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT client EXCLUDE_FROM_ALL)
+    endforeach()
+endif()

@@ -1,0 +1,30 @@
+# The Debian package: `cpack --preset release`, checked by scripts/test-package.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME oru-cgi-applet)
+set(CPACK_PACKAGE_VENDOR "The oru-cgi-applet developers")
+set(CPACK_PACKAGE_CONTACT "oru-cgi-applet developers <oru-cgi-applet@example.org>")
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/package)
+set(CPACK_STRIP_FILES ON)
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "report tools for the device's video service")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "The data-service feeder prints the peak figures of the video streams, the
+system's inputs and modes, and the identities of its clients. The
+server-report tool prints the video chapter of the device's server report:
+streams, quotas, HDMI output, channels, resolutions and inputs.
+Snapshots of the video service are checked with oru-snapshot.")
+if(CMAKE_CROSSCOMPILING AND CMAKE_SYSTEM_PROCESSOR STREQUAL aarch64)
+    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
+endif()
+
+# What only Debian wants beside the installation: see packaging/debian/complete.cmake.
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/complete.cmake)
+
+include(CPack)

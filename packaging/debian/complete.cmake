@@ -1,0 +1,11 @@
+# Run by cpack on the staged installation, before it is packed: adds the changelogs and the
+# copyright, and compresses what Debian wants compressed.
+set(usr ${CPACK_TEMPORARY_DIRECTORY}/usr)
+set(doc ${usr}/share/doc/oru-cgi-applet)
+set(source ${CMAKE_CURRENT_LIST_DIR}/../..)
+
+configure_file(${source}/LICENSE ${doc}/copyright COPYONLY)
+configure_file(${source}/CHANGELOG.md ${doc}/changelog COPYONLY)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/changelog ${doc}/changelog.Debian COPYONLY)
+file(GLOB files ${doc}/changelog* ${usr}/share/man/man?/*)
+execute_process(COMMAND gzip -n9 ${files} COMMAND_ERROR_IS_FATAL ANY)

@@ -1,11 +1,13 @@
 #include "support/tools.h"
 
 #include <cstdlib>
+#include <format>
 
 #include "support/temp_directory.h"
 
 std::string program(std::string_view name) {
-    return std::string(ORU_BIN_DIR "/") + std::string(name);
+    const char* other = std::getenv("ORU_TEST_BIN_DIR");
+    return std::format("{}/{}", other != nullptr ? other : ORU_BIN_DIR, name);
 }
 
 std::vector<std::string> etc_oru_in(std::string_view directory) {

@@ -9,7 +9,8 @@
 
 #include "support/run.h"
 
-// Returns the path of a program or link in the build's directory of programs.
+// Returns the path of a program or link in the build's directory of programs, or in
+// $ORU_TEST_BIN_DIR, which lets the same tests run what was built or installed elsewhere.
 std::string program(std::string_view name);
 
 // What a run may differ in from the plain one.

@@ -1,0 +1,60 @@
+#!/bin/bash
+# Completes command lines with the functions that are installed for bash, as bash calls them.
+# usage: bash_completion_test.sh COMPLETIONS TOOLS: the file under test; where the tools are
+set -u
+
+completions=$1
+tools=$2
+failed=0
+
+in_lines() { printf '%s\n' "$@" | sort; }
+
+# completes LINE CANDIDATE...: completing the last word of LINE gives these, in any order.
+completes() {
+    local line=$1 function expected got
+    shift
+    expected=$(in_lines "$@")
+    read -r -a COMP_WORDS <<<"$line"
+    [[ $line == *' ' ]] && COMP_WORDS+=('')
+    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+    COMPREPLY=()
+    function=$(complete -p "${COMP_WORDS[0]}" | sed 's/.* -F \([^ ]*\) .*/\1/')
+    "$function" "${COMP_WORDS[0]}" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
+    got=$(in_lines ${COMPREPLY[@]+"${COMPREPLY[@]}"})
+    if [[ $got != "$expected" ]]; then
+        printf '%s\n  expected: %s\n  got: %s\n' "$line" "${expected//$'\n'/ }" "${got//$'\n'/ }"
+        failed=1
+    fi
+}
+
+# shellcheck source=/dev/null
+. "$completions" || exit 1
+
+completes 'oru-tlm-tool ' --stream-max-stats --system-info --identity-info --help
+completes 'oru-tlm-tool --s' --stream-max-stats --system-info
+completes 'oru-tlm-tool --system-info --i' --identity-info
+completes 'oru-tlm-tool --x'
+completes 'oru-serverreport-tool ' --list-streams --stream-quotas --list-output --list-channels \
+    --list-resolutions --list-available-resolutions --list-inputs --help
+completes 'oru-serverreport-tool --list-o' --list-output
+completes 'oru-snapshot ' check --help --version
+completes 'oru-snapshot c' check
+completes 'oru-snapshot --help '
+
+# The help and the completion know the same switches.
+for tool in oru-tlm-tool oru-serverreport-tool; do
+    mapfile -t switches < <("$tools/$tool" --help | grep -o -E -e '--[a-z-]+' | sort -u)
+    completes "$tool -" "${switches[@]}"
+done
+
+directory=$(mktemp -d)
+trap 'rm -rf "$directory"' EXIT
+cd "$directory" || exit 1
+mkdir records
+touch one.json two.json notes.txt records/three.json
+completes 'oru-snapshot check ' one.json two.json records
+completes 'oru-snapshot check one.json t' two.json
+completes 'oru-snapshot check records/' records/three.json
+
+((failed)) || echo "bash completes as it should"
+exit $failed

@@ -1,0 +1,94 @@
+#!/usr/bin/python3
+"""Runs every command that the manuals and the README show and compares what it prints with what they
+show: a line that begins with "$ " is a command, the lines up to the next are its output, and a line
+of three dots stands for any number of lines. Standard output and standard error are shown as one.
+A snapshot that they show is checked.
+
+usage: examples_test.py TOOLS TREE FILE...: where the tools are; the root of the source tree"""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+INSTALLED_EXAMPLES = "/usr/share/doc/oru-cgi-applet/examples"
+
+
+def shown_in_manual(path):
+    """Returns the literal displays of a manual, as a reader sees them."""
+    source = pathlib.Path(path).read_text(encoding="utf-8")
+    displays = re.findall(r"^\.Bd -literal\n(.*?)^\.Ed$", source, re.DOTALL | re.MULTILINE)
+    return [re.sub(r"\\(.)", lambda m: {"&": "", "e": "\\"}.get(m[1], m[1]), text) for text in displays]
+
+
+def shown_in_markdown(path):
+    source = pathlib.Path(path).read_text(encoding="utf-8")
+    return re.findall(r"^```console\n(.*?)^```$", source, re.DOTALL | re.MULTILINE)
+
+
+def commands(display):
+    """Returns the commands of a display, each with the lines shown under it."""
+    found = []
+    for line in display.splitlines():
+        if line.startswith("$ "):
+            found.append((line[2:], []))
+        elif found:
+            found[-1][1].append(line.rstrip())
+    return found
+
+
+def matches(lines, got):
+    pattern = "".join(r"(?:.*\n)*?" if line.strip() == "..." else re.escape(line) + r"\n" for line in lines)
+    return re.fullmatch(pattern, got) is not None
+
+
+def passes_check(snapshot, environment):
+    """Returns whether oru-snapshot takes the text; shows the complaint otherwise."""
+    with tempfile.NamedTemporaryFile("w", encoding="utf-8") as file:
+        file.write(snapshot)
+        file.flush()
+        check = ["oru-snapshot", "check", file.name]
+        return subprocess.run(check, env=environment, stdout=subprocess.DEVNULL).returncode == 0
+
+
+def main():
+    tools, tree, *files = sys.argv[1:]
+    environment = dict(os.environ, PATH=tools + ":" + os.environ["PATH"])
+    environment.pop("ORU_SNAPSHOT", None)
+    scratch = tempfile.mkdtemp()
+    count = failed = 0
+    for path in files:
+        in_file = 0
+        for display in shown_in_markdown(path) if path.endswith(".md") else shown_in_manual(path):
+            directory = tree if path.endswith(".md") else scratch
+            if display.startswith("{"):
+                in_file += 1
+                failed += not passes_check(display, environment)
+            for command, lines in commands(display):
+                if command == "cd " + INSTALLED_EXAMPLES:
+                    directory = os.path.join(tree, "examples")
+                    continue
+                if command.startswith("scripts/"):
+                    continue  # these build the very programs that are run here
+                in_file += 1
+                command = command.replace("build/release/bin/", "")
+                run = subprocess.run(command, shell=True, cwd=directory, env=environment, text=True,
+                                     stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                     stderr=subprocess.STDOUT)
+                got = "".join(line.rstrip() + "\n" for line in run.stdout.splitlines())
+                if not matches(lines, got):
+                    failed += 1
+                    print(f"{path}: $ {command}\n--- shown\n" + "\n".join(lines) + f"\n--- printed\n{got}")
+        if in_file == 0:
+            failed += 1
+            print(f"{path}: nothing to check")
+        count += in_file
+    shutil.rmtree(scratch)
+    print(f"{count} examples, {failed} failures")
+    sys.exit(failed != 0)
+
+
+main()

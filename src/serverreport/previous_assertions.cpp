@@ -1,18 +1,15 @@
 #include "serverreport/previous_assertions.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <format>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "report/json.h"
 #include "report/output.h"
+#include "serverreport/assertions_record.h"
 
 namespace {
 
@@ -31,55 +28,6 @@ std::string read_record(const std::filesystem::path& path) {
     return record;
 }
 
-constexpr std::size_t cut_off = std::string_view::npos;
-
-// Returns the end of the string, comment or single byte that begins at `start`, or cut_off when the
-// text ends within a block comment.
-std::size_t end_of_token(std::string_view text, std::size_t start) {
-    const std::string_view rest = text.substr(start);
-    if (rest.starts_with('"')) {
-        std::size_t end = start + 1;
-        while (end < text.size() && text[end] != '"') {
-            end += text[end] == '\\' ? 2 : 1;
-        }
-        return std::min(end + 1, text.size());
-    }
-    if (rest.starts_with("//")) {
-        return std::min(text.find('\n', start), text.size());
-    }
-    if (rest.starts_with("/*")) {
-        const std::size_t end = text.find("*/", start + 2);
-        return end == std::string_view::npos ? cut_off : end + 2;
-    }
-    return start + 1;
-}
-
-// Returns the text with a blank for every comment, or nothing when it ends within one.
-std::optional<std::string> without_comments(std::string_view text) {
-    std::string kept;
-    kept.reserve(text.size());
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = end_of_token(text, start);
-        if (end == cut_off) {
-            return std::nullopt;
-        }
-        const std::string_view token = text.substr(start, end - start);
-        kept += token.starts_with("//") || token.starts_with("/*") ? " " : token;
-        start = end;
-    }
-    return kept;
-}
-
-// Returns the record as one line of JSON, or as it is when it is not JSON.
-std::string compact(std::string record) {
-    // The minifier stops at a comment without a word, so it gets none to see.
-    std::optional<std::string> plain = without_comments(record);
-    if (!plain || glz::validate_json(*plain)) {
-        return record;
-    }
-    return glz::minify_json(*plain);
-}
-
 }  // namespace
 
 void print_previous_assertions() {
@@ -91,6 +39,6 @@ void print_previous_assertions() {
     std::string record = read_record(path);
 
     print_section_header("Previous DSP assertions");
-    print_line(compact(std::move(record)));
+    print_line(compact_record(std::move(record)));
     print_section_end();
 }

@@ -1,0 +1,90 @@
+#include "fuzz/snapshot_input.h"
+
+#include <stdio.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <exception>
+#include <format>
+#include <stdexcept>
+
+#include <oru.h>
+
+#include "applet/fatal.h"
+#include "fuzz/require.h"
+#include "video/snapshot/snapshot.h"
+
+namespace {
+
+// Thrown in the place of the fatal routines' exit; not a standard exception, so that only
+// run_section() catches it.
+struct fatal_exit {
+    std::string message;
+};
+
+// The video formats are registered once in a process, so they must not depend on the first input.
+int make_file() {
+    const int file = memfd_create("snapshot", 0);
+    require(file >= 0, "a file in memory");
+    const std::string path = "/proc/self/fd/" + std::to_string(file);
+    require(setenv("ORU_SNAPSHOT", path.c_str(), 1) == 0, "setenv");
+    oru_format_get_type();
+    return file;
+}
+
+int snapshot_file() {
+    static const int file = make_file();
+    return file;
+}
+
+}  // namespace
+
+void answer_from(std::string_view input) {
+    const int file = snapshot_file();
+    require(ftruncate(file, 0) == 0, "an empty file");
+    require(pwrite(file, input.data(), input.size(), 0) == static_cast<ssize_t>(input.size()),
+            "the input in the file");
+    oru::reset();
+}
+
+std::string snapshot_path() {
+    return "/proc/self/fd/" + std::to_string(snapshot_file());
+}
+
+outcome run_section(void (*section)()) {
+    outcome went;
+    char* text = nullptr;
+    std::size_t size = 0;
+    FILE* const real = stdout;
+    stdout = open_memstream(&text, &size);
+    require(stdout != nullptr, "a stream in memory");
+    try {
+        section();
+    } catch (const fatal_exit& exit) {
+        went.fatal = exit.message;
+    } catch (const std::runtime_error& error) {
+        went.exception = error.what();
+    }
+    fclose(stdout);
+    stdout = real;
+    went.out.assign(text, size);
+    free(text);
+    return went;
+}
+
+void tlm_fatal(const char* message) {
+    throw fatal_exit{message};
+}
+
+void tlm_fatal(GError* option_error) {
+    throw fatal_exit{std::format("{}", option_error)};
+}
+
+void tlm_fatal(const std::exception& exception) {
+    throw fatal_exit{exception.what()};
+}
+
+void serverreport_fatal(std::format_string<GError*&> format, GError* error) {
+    throw fatal_exit{std::format(format, error)};
+}

@@ -1,0 +1,24 @@
+// What the targets that feed a snapshot have in common: the client library answers from the input,
+// and what a section prints is kept instead of printed.
+#ifndef TESTS_FUZZ_SNAPSHOT_INPUT_H
+#define TESTS_FUZZ_SNAPSHOT_INPUT_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// The file that the client library reads: its path is the same every time.
+std::string snapshot_path();
+
+// Makes the client library read its snapshot again, from a file that holds `input`.
+void answer_from(std::string_view input);
+
+// How a section went.
+struct outcome {
+    std::string out;                   // what it printed
+    std::optional<std::string> fatal;  // the error line with which it would have ended the process
+    std::optional<std::string> exception;  // the text of a std::runtime_error that it let out
+};
+outcome run_section(void (*section)());
+
+#endif

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <format>
+#include <map>
 #include <string>
+#include <string_view>
 
 #include <oru.h>
 #include <qwire.h>
@@ -30,7 +32,7 @@ void read_inputs(SystemInfoReport& report) {
     }
     report.inputs = oru_map_get_uint32(channels.get(), "input.count", 1);
 
-    qw::map capture_modes;
+    std::map<std::string, std::string> resolutions;
     // 64 bits, so that the walk ends for the largest count as well.
     for (std::uint64_t number = 1; number <= report.inputs; ++number) {
         const owned_object<OruInput> input{
@@ -42,9 +44,12 @@ void read_inputs(SystemInfoReport& report) {
         guint32 height = 0;
         if (oru_input_get_resolution_unrotated(input.get(), "capture", &width, &height, nullptr) !=
             FALSE) {
-            const std::string resolution = std::format("{}x{}", width, height);
-            capture_modes.assign(std::format("input{}", number), std::string_view(resolution));
+            resolutions[std::format("input{}", number)] = std::format("{}x{}", width, height);
         }
+    }
+    qw::map capture_modes;  // filled in its own order, so that nothing in it ever moves
+    for (const auto& [input, resolution] : resolutions) {
+        capture_modes.assign(input, std::string_view(resolution));
     }
     report.capturemodes.str = std::format("{}", capture_modes);
 }

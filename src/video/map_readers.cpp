@@ -7,9 +7,8 @@ std::uint32_t native_map_get_uint(OruMap* map, const char* key, std::uint32_t de
     if (value == nullptr) {
         return def;
     }
-    if (const auto* narrow = value->get_if<std::uint16_t>()) {
+    if (const auto narrow = value->get_if<std::uint16_t>()) {
         return *narrow;
     }
-    const auto* wide = value->get_if<std::uint32_t>();
-    return wide != nullptr ? *wide : def;
+    return value->get_if<std::uint32_t>().value_or(def);
 }

@@ -29,7 +29,7 @@ void check(const oru::map_entries& entries) {
     for (std::size_t i = 0; i < entries.size(); ++i) {
         require(i == 0 || entries[i - 1].key < entries[i].key, "keys ascend");
         require(is_text(entries[i].key), "a key is a text");
-        if (const auto* text = entries[i].value.get_if<std::string_view>()) {
+        if (const auto text = entries[i].value.get_if<std::string_view>()) {
             require(is_text(*text), "a string is a text");
         }
     }

@@ -42,7 +42,7 @@ json_text json_of(const qw::value& value) {
         case qw::kind::float64:
             return {.is = json_text::kind::number};
         case qw::kind::pair32u: {
-            const auto& [first, second] = *value.get_if<qw::pair32u>();
+            const auto [first, second] = *value.get_if<qw::pair32u>();
             return {.is = json_text::kind::array,
                     .elements = {number_of(first), number_of(second)}};
         }
@@ -55,7 +55,7 @@ json_text json_of(const qw::value& value) {
 }
 
 bool same(const json_text& printed, const qw::value& value) {
-    if (const auto* number = value.get_if<double>()) {
+    if (const auto number = value.get_if<double>()) {
         return printed.is == json_text::kind::number &&
                std::strtod(printed.text.c_str(), nullptr) == *number;
     }

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include "report/exact_digits.h"
+
 namespace {
 
 std::string written(double value) {
@@ -18,22 +20,13 @@ std::string written(double value) {
     return {text, write_number(value, text)};
 }
 
-// The same form from another source: the C library's 17 digits, spelt anew.
-std::string respelt(double value) {
-    if (value == 0) {
-        return "0";
-    }
-    char scientific[32];
-    std::snprintf(scientific, sizeof scientific, "%.16e", std::fabs(value));
-    const std::string text = scientific;
-    const std::size_t mark = text.find('e');
-    const int exponent = std::atoi(text.c_str() + mark + 1);
-    std::string digits = text.substr(0, 1) + text.substr(2, mark - 2);
+// The reports' form of a number whose digits, the first worth 10^exponent, are known.
+std::string spelt(bool negative, std::string digits, int exponent) {
     while (digits.size() > 1 && digits.back() == '0') {
         digits.pop_back();
     }
     const int count = static_cast<int>(digits.size());
-    std::string result = value < 0 ? "-" : "";
+    std::string result = negative ? "-" : "";
     if (exponent >= count || exponent < -4) {
         result += digits[0];
         if (count > 1) {
@@ -47,6 +40,19 @@ std::string respelt(double value) {
     const auto whole = static_cast<std::size_t>(exponent) + 1;
     result += digits.substr(0, whole);
     return whole < digits.size() ? result + "." + digits.substr(whole) : result;
+}
+
+// The same form from another source: the C library's 17 digits.
+std::string respelt(double value) {
+    if (value == 0) {
+        return "0";
+    }
+    char scientific[32];
+    std::snprintf(scientific, sizeof scientific, "%.16e", std::fabs(value));
+    const std::string text = scientific;
+    const std::size_t mark = text.find('e');
+    return spelt(value < 0, text.substr(0, 1) + text.substr(2, mark - 2),
+                 std::atoi(text.c_str() + mark + 1));
 }
 
 struct form {
@@ -97,12 +103,13 @@ TEST(Number, IsWrittenInTheReportsForm) {
     }
 }
 
+constexpr std::uint64_t mantissa_bits = (std::uint64_t{1} << 52) - 1;
+
 // Every exponent, with mantissas at both ends, in the middle, and by chance.
 TEST(Number, AgreesWithTheCLibraryForEveryExponent) {
     std::mt19937_64 random(20261120);
     for (std::uint64_t exponent = 0; exponent < 2047; ++exponent) {
         for (int sample = 0; sample < 1000; ++sample) {
-            constexpr std::uint64_t mantissa_bits = (std::uint64_t{1} << 52) - 1;
             std::uint64_t mantissa = random() & mantissa_bits;
             if (sample < 16) {
                 mantissa = static_cast<std::uint64_t>(sample);
@@ -112,6 +119,37 @@ TEST(Number, AgreesWithTheCLibraryForEveryExponent) {
             const double value = std::bit_cast<double>(exponent << 52 | mantissa);
             ASSERT_EQ(written(value), respelt(value)) << std::hexfloat << value;
             ASSERT_EQ(written(-value), respelt(-value)) << std::hexfloat << -value;
+        }
+    }
+}
+
+// Every exponent again, against digits that no floating-point code had a hand in.
+TEST(Number, AgreesWithWholeNumberArithmeticForEveryExponent) {
+    std::mt19937_64 random(20261121);
+    for (std::uint64_t exponent = 0; exponent < 2047; ++exponent) {
+        for (const std::uint64_t mantissa :
+             {std::uint64_t{0}, std::uint64_t{1}, mantissa_bits, mantissa_bits / 2 + 1,
+              random() & mantissa_bits, random() & mantissa_bits}) {
+            const std::uint64_t bits = exponent << 52 | mantissa;
+            if (bits == 0) {
+                continue;
+            }
+            const auto [digits, first] = digits_of(bits);
+            ASSERT_EQ(written(std::bit_cast<double>(bits)), spelt(false, digits, first))
+                << std::hex << bits;
+        }
+    }
+}
+
+// Fractions of large whole numbers have few digits: some end with a 5 in the eighteenth place, a
+// tie, which goes to the even digit.
+TEST(Number, AgreesWithWholeNumberArithmeticForTies) {
+    constexpr std::uint64_t large = std::uint64_t{1} << 52;
+    for (std::uint64_t whole = large; whole < large + 2000; ++whole) {
+        for (const double divisor : {1.0, 2.0, 4.0, 8.0, 16.0, 32.0, 64.0}) {
+            const double value = static_cast<double>(whole) / divisor;
+            const auto [digits, first] = digits_of(std::bit_cast<std::uint64_t>(value));
+            ASSERT_EQ(written(value), spelt(false, digits, first)) << whole << " / " << divisor;
         }
     }
 }

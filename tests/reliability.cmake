@@ -5,3 +5,8 @@ add_subdirectory(fuzz)
 add_executable(every-number report/every_number.cpp)
 target_link_libraries(every-number PRIVATE report oru-warnings)
 add_test(NAME every-number.sample COMMAND every-number 4001)
+
+# Every write, every argument.
+oru_add_test(arguments_test SOURCES applet/arguments_test.cpp LIBS run-tools)
+oru_add_test(writes_test SOURCES applet/writes_test.cpp LIBS run-tools)
+target_compile_definitions(writes_test PRIVATE ORU_EXAMPLES_DIR="${PROJECT_SOURCE_DIR}/examples")

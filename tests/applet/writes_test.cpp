@@ -1,0 +1,311 @@
+// Standard output and standard error that take only the first bytes: a run whose report was lost,
+// even its last byte, says so and fails, and no run ends by a signal of its own making.
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/file_size_limit.h"
+#include "support/temp_directory.h"
+#include "support/tools.h"
+
+namespace {
+
+// How far apart the sizes are that are tried between those that matter: a sanitized run takes
+// twenty times as long.
+#ifdef ORU_TEST_SANITIZED
+constexpr std::size_t small_stride = 41;
+constexpr std::size_t large_stride = 1009;
+#else
+constexpr std::size_t small_stride = 1;
+constexpr std::size_t large_stride = 61;
+#endif
+constexpr std::size_t stdio_buffer = 4096;
+
+// Its report is short, whatever is asked, and every section has something to print.
+const std::string small_snapshot = R"({
+    "system": {"caps": {"output": true}},
+    "mode": {"info": {"fps": 25}},
+    "stream": {"debug": {"identity.a": 1}, "quota": {}, "limit": {},
+               "all": [{"id": 1, "info": {}, "settings": {"format": 2}, "debug": {}}]},
+    "channel": {"info": {"input.count": 1},
+                "all": [{"id": 0, "properties": {"key": "input"}, "info": {},
+                         "resolutions": {"available": [[1, 2]]}}]},
+    "input": {"all": [{"id": 1, "info": {}}]},
+    "output": {"all": [{"id": 0, "info": {}, "settings": {}}]}
+})";
+
+std::string content_of(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// What is run, and where its streams go.
+class tool_run {
+  public:
+    tool_run(const std::string& tool, const std::vector<std::string>& arguments,
+             const std::string& snapshot) {
+        what_ = {.executable = program("oru-cgi-applet"),
+                 .argv = {tool},
+                 .environment = etc_oru_in(directory_.path())};
+        what_.argv.insert(what_.argv.end(), arguments.begin(), arguments.end());
+        what_.environment.push_back("ORU_SNAPSHOT=" + snapshot);
+        // The counts of a coverage build are a file as well.
+        what_.environment.emplace_back("LLVM_PROFILE_FILE=/dev/null");
+        directory_.write("dsp-assertion", "[1]");
+    }
+
+    result plain() const { return run(what_); }
+
+    // Runs with the first `bytes` of a stream taken; the stream's text in the result is what was.
+    result with_limited(std::string command::* stream, std::string result::* text,
+                        std::size_t bytes) const {
+        const std::filesystem::path file = std::filesystem::path(directory_.path()) / "taken";
+        std::filesystem::remove(file);
+        command what = what_;
+        what.*stream = file;
+        const file_size_limit limit(bytes);
+        result got = run(what);
+        got.*text = content_of(file);
+        return got;
+    }
+
+    const std::string& name() const { return what_.argv[0]; }
+    const temp_directory& directory() const { return directory_; }
+    const command& what() const { return what_; }
+
+  private:
+    temp_directory directory_;
+    command what_;
+};
+
+// Every size of a short text. Of a long one, those around the ends of stdio's buffers and of the
+// report's lines and sections, and some between.
+std::set<std::size_t> sizes_of(const std::string& text) {
+    std::set<std::size_t> sizes{0, 1, text.size(), text.size() + 1};
+    const auto around = [&](std::size_t size) {
+        for (const std::size_t near : {size - 1, size, size + 1}) {
+            if (near <= text.size()) {
+                sizes.insert(near);
+            }
+        }
+    };
+    around(text.size());
+    const bool is_short = text.size() < 2000;
+    for (std::size_t at = 0; at < text.size(); at += is_short ? small_stride : large_stride) {
+        sizes.insert(at);
+    }
+    for (std::size_t at = stdio_buffer; at < text.size(); at += stdio_buffer) {
+        around(at);
+    }
+    for (std::size_t at = 0; (at = text.find("----- ", at)) != text.npos; ++at) {
+        around(at);
+    }
+    return sizes;
+}
+
+std::string exception_line(const std::string& tool) {
+    return tool == "oru-tlm-tool"
+               ? "oru-tlm-tool: Exception: cannot write standard output: "
+               : "oru-serverreport-tool: Exception cannot write standard output: ";
+}
+
+void expect_exception_line(const tool_run& tool, const result& got) {
+    EXPECT_TRUE(got.err.starts_with(exception_line(tool.name()))) << got;
+    EXPECT_EQ(std::ranges::count(got.err, '\n'), 1) << got;
+    EXPECT_TRUE(got.err.ends_with('\n')) << got;
+}
+
+void expect_no_loss_unnoticed(const tool_run& tool) {
+    const result plain = tool.plain();
+    ASSERT_EQ(plain.status, 0) << plain;
+    ASSERT_EQ(plain.err, "");
+    ASSERT_EQ(plain, tool.plain()) << "two runs differ";
+    for (const std::size_t size : sizes_of(plain.out)) {
+        SCOPED_TRACE(size);
+        const result got = tool.with_limited(&command::stdout_to, &result::out, size);
+        ASSERT_EQ(got.signal, 0) << got;
+        if (size >= plain.out.size()) {
+            ASSERT_EQ(got, plain);
+            continue;
+        }
+        ASSERT_EQ(got.status, 1) << got;
+        ASSERT_EQ(got.out, plain.out.substr(0, size));
+        expect_exception_line(tool, got);
+    }
+}
+
+using tool_and_switch = std::tuple<const char*, const char*>;
+
+const std::vector<tool_and_switch> every_switch = {
+    {"oru-tlm-tool", "-q"},
+    {"oru-tlm-tool", "-s"},
+    {"oru-tlm-tool", "-i"},
+    {"oru-tlm-tool", "-qsi"},
+    {"oru-tlm-tool", "--help"},
+    {"oru-serverreport-tool", "-l"},
+    {"oru-serverreport-tool", "-q"},
+    {"oru-serverreport-tool", "-o"},
+    {"oru-serverreport-tool", "-c"},
+    {"oru-serverreport-tool", "-r"},
+    {"oru-serverreport-tool", "-a"},
+    {"oru-serverreport-tool", "-i"},
+    {"oru-serverreport-tool", "-lqocrai"},
+    {"oru-serverreport-tool", "--help"},
+};
+
+std::string name_of(const testing::TestParamInfo<tool_and_switch>& info) {
+    const auto& [tool, given] = info.param;
+    std::string name = tool + std::string(given);
+    std::erase_if(name, [](char c) { return c == '-'; });
+    return name;
+}
+
+class each_switch : public testing::TestWithParam<tool_and_switch> {};
+
+TEST_P(each_switch, notices_every_lost_byte_of_a_short_report) {
+    const auto& [tool, given] = GetParam();
+    const temp_directory scratch;
+    expect_no_loss_unnoticed(
+        tool_run(tool, {given}, scratch.write("snapshot.json", small_snapshot)));
+}
+
+TEST_P(each_switch, notices_lost_bytes_of_an_example) {
+    const auto& [tool, given] = GetParam();
+    expect_no_loss_unnoticed(tool_run(tool, {given}, ORU_EXAMPLES_DIR "/two-input-encoder.json"));
+}
+
+// Nobody reads any more: the signal that ends every program of a pipeline ends the tool as well,
+// and where it is ignored, the report is lost like any other.
+TEST_P(each_switch, writes_to_a_pipe_without_reader) {
+    const auto& [tool, given] = GetParam();
+    const temp_directory scratch;
+    const tool_run run_on(tool, {given}, scratch.write("snapshot.json", small_snapshot));
+    constexpr int inherited = 9;
+    ASSERT_EQ(fcntl(inherited, F_GETFD), -1);
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    ASSERT_EQ(dup2(ends[1], inherited), inherited);
+    close(ends[0]);
+    close(ends[1]);
+    command through_shell = run_on.what();
+    through_shell.executable = "/bin/sh";
+    through_shell.argv = {"sh", "-c", R"(exec "$@" >&9 9>&-)", "sh", run_on.what().executable,
+                          given};
+
+    const result killed = run(through_shell);
+    signal(SIGPIPE, SIG_IGN);
+    const result ignored = run(through_shell);
+    signal(SIGPIPE, SIG_DFL);
+    close(inherited);
+
+    EXPECT_EQ(killed.signal, SIGPIPE) << killed;
+    EXPECT_EQ(killed.err, "");
+    EXPECT_EQ(ignored.status, 1) << ignored;
+    expect_exception_line(run_on, ignored);
+}
+
+INSTANTIATE_TEST_SUITE_P(writes, each_switch, testing::ValuesIn(every_switch), name_of);
+
+// A run that says something on standard error: its status stands, whoever hears it.
+struct failing_run {
+    const char* name;
+    const char* tool;
+    std::vector<std::string> arguments;
+    const char* snapshot;
+    const char* record;  // of earlier assertions: a directory in its place when NULL
+    int status;
+};
+
+const std::vector<failing_run> failing_runs = {
+    {"unknown_option_of_the_feeder", "oru-tlm-tool", {"--foo"}, "{}", "", 1},
+    {"unknown_option_of_the_report", "oru-serverreport-tool", {"--foo"}, "{}", "", 1},
+    {"unknown_name", "oru-other-tool", {}, "{}", "", 1},
+    {"exception",
+     "oru-tlm-tool",
+     {"-qs"},
+     R"({"mode": {"info": {"a": {"double": "nan"}}}})",
+     "",
+     1},
+    {"fatal_streams", "oru-serverreport-tool", {"-l"}, "{}", "[1]", 1},
+    {"fatal_quota", "oru-serverreport-tool", {"-q"}, "{}", "[1]", 1},
+    {"fatal_output",
+     "oru-serverreport-tool",
+     {"-o"},
+     R"({"system": {"caps": {"output": true}}})",
+     "[1]",
+     1},
+    {"unreadable_record",
+     "oru-serverreport-tool",
+     {"-c"},
+     R"({"channel": {"all": []}})",
+     nullptr,
+     0},
+};
+
+class each_failure : public testing::TestWithParam<failing_run> {};
+
+TEST_P(each_failure, keeps_its_status_when_standard_error_is_lost) {
+    const failing_run& failing = GetParam();
+    const temp_directory scratch;
+    tool_run tool(failing.tool, failing.arguments,
+                  scratch.write("snapshot.json", failing.snapshot));
+    const auto record = std::filesystem::path(tool.directory().path()) / "dsp-assertion";
+    std::filesystem::remove(record);
+    if (failing.record == nullptr) {
+        std::filesystem::create_directory(record);
+    } else {
+        tool.directory().write("dsp-assertion", failing.record);
+    }
+    const result plain = tool.plain();
+    ASSERT_EQ(plain.status, failing.status) << plain;
+    ASSERT_NE(plain.err, "");
+    for (std::size_t size = 0; size <= plain.err.size(); ++size) {
+        SCOPED_TRACE(size);
+        const result got = tool.with_limited(&command::stderr_to, &result::err, size);
+        result expected = plain;
+        expected.err.resize(size);
+        // The text is unbuffered: what follows a write that failed may still find room.
+        EXPECT_EQ(got.signal, 0);
+        EXPECT_EQ(got.status, plain.status);
+        EXPECT_EQ(got.out, plain.out);
+        EXPECT_EQ(got.err, expected.err);
+    }
+}
+
+// Both at once: a report that is lost makes the status 1, whether or not that can be said.
+TEST_P(each_failure, with_both_streams_limited) {
+    const failing_run& failing = GetParam();
+    const temp_directory scratch;
+    const tool_run tool(failing.tool, failing.arguments,
+                        scratch.write("snapshot.json", failing.snapshot));
+    const result plain = tool.plain();
+    command what = tool.what();
+    what.stdout_to = tool.directory().path() + "/out";
+    what.stderr_to = tool.directory().path() + "/err";
+    for (std::size_t size = 0; size <= std::max(plain.out.size(), plain.err.size()); ++size) {
+        SCOPED_TRACE(size);
+        std::filesystem::remove(what.stdout_to);
+        std::filesystem::remove(what.stderr_to);
+        const file_size_limit limit(size);
+        const result got = run(what);
+        EXPECT_EQ(got.signal, 0);
+        EXPECT_EQ(got.status, size < plain.out.size() ? 1 : plain.status);
+        EXPECT_EQ(content_of(what.stdout_to), plain.out.substr(0, size));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(writes, each_failure, testing::ValuesIn(failing_runs),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace

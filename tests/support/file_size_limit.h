@@ -1,0 +1,39 @@
+// While an object of this lives, no program that is started can make a file longer than `bytes`: a
+// write beyond fails, as on a file system that is full. Terminals, pipes and devices are exempt.
+#ifndef TESTS_SUPPORT_FILE_SIZE_LIMIT_H
+#define TESTS_SUPPORT_FILE_SIZE_LIMIT_H
+
+#include <signal.h>
+#include <sys/resource.h>
+
+#include <stdexcept>
+
+class file_size_limit {
+  public:
+    explicit file_size_limit(rlim_t bytes) {
+        // Both are inherited; ignored, the signal leaves the write to fail by its result.
+        previous_handler_ = signal(SIGXFSZ, SIG_IGN);
+        if (getrlimit(RLIMIT_FSIZE, &previous_) != 0) {
+            throw std::runtime_error("getrlimit");
+        }
+        set({.rlim_cur = bytes, .rlim_max = previous_.rlim_max});
+    }
+    ~file_size_limit() {
+        set(previous_);
+        signal(SIGXFSZ, previous_handler_);
+    }
+    file_size_limit(const file_size_limit&) = delete;
+    file_size_limit& operator=(const file_size_limit&) = delete;
+
+  private:
+    static void set(const rlimit& limit) {
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+            throw std::runtime_error("setrlimit");
+        }
+    }
+
+    rlimit previous_{};
+    sighandler_t previous_handler_ = nullptr;
+};
+
+#endif

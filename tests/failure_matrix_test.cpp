@@ -125,6 +125,9 @@ void walk(const json& node, const answer& here, std::vector<answer>& found) {
     }
     if (const auto* members = node.get_if<json::object_t>()) {
         for (const auto& [name, member] : *members) {
+            if (name == "$error") {
+                continue;  // the answer here is recorded as a failure
+            }
             answer below = here;
             below.path.emplace_back(std::string(name));
             below.kind += (here.kind.empty() ? "" : ".") + std::string(name);

@@ -17,7 +17,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
 endif()
 if(ORU_STATIC_RUNTIME)
     # Both compilers and both standard libraries know the option by this name.
-    add_link_options(-static-libstdc++ -static-libgcc)
+    add_link_options($<$<LINK_LANGUAGE:CXX>:-static-libstdc++> -static-libgcc)
 endif()
 
 if(ORU_SANITIZE)

@@ -25,7 +25,7 @@ endif()
 if(ORU_STATIC)
     # Not position-independent: nothing is left to relocate at start-up.
     add_compile_options(-fno-pie)
-    add_link_options(-static -no-pie)
+    add_link_options(-static)
 elseif(ORU_STATIC_RUNTIME)
     # Both compilers and both standard libraries know the option by this name.
     add_link_options($<$<LINK_LANGUAGE:CXX>:-static-libstdc++> -static-libgcc)

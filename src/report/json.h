@@ -3,8 +3,10 @@
 // so that every part of the program writes the same forms.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include <glaze/core/write.hpp>
 
@@ -27,9 +29,9 @@ struct to<JSON, double> {
 // glaze's own string writer puts two NULs in place of a control character that has no short escape;
 // the reports copy such a byte as it is.
 template <>
-struct to<JSON, std::string> {
+struct to<JSON, std::string_view> {
     template <auto Options>
-    static void op(const std::string& string, is_context auto&& context, auto&& buffer,
+    static void op(std::string_view string, is_context auto&& context, auto&& buffer,
                    auto& position) {
         if (!ensure_space(context, buffer,
                           position + 2 * string.size() + 2 + write_padding_bytes)) {
@@ -38,7 +40,8 @@ struct to<JSON, std::string> {
         char* out = &buffer[position];
         *out++ = '"';
         for (const char character : string) {
-            if (const char escape = short_escape(character); escape != 0) {
+            if (const char escape = short_escapes[static_cast<unsigned char>(character)];
+                escape != 0) {
                 *out++ = '\\';
                 *out++ = escape;
             } else {
@@ -49,26 +52,22 @@ struct to<JSON, std::string> {
         position = static_cast<std::size_t>(out - &buffer[0]);
     }
 
-    static constexpr char short_escape(char character) {
-        switch (character) {
-            case '"':
-            case '\\':
-                return character;
-            case '\b':
-                return 'b';
-            case '\f':
-                return 'f';
-            case '\n':
-                return 'n';
-            case '\r':
-                return 'r';
-            case '\t':
-                return 't';
-            default:
-                return 0;
-        }
-    }
+    // What follows the backslash, for each byte that is escaped.
+    static constexpr auto short_escapes = [] {
+        std::array<char, 256> table{};
+        table['"'] = '"';
+        table['\\'] = '\\';
+        table['\b'] = 'b';
+        table['\f'] = 'f';
+        table['\n'] = 'n';
+        table['\r'] = 'r';
+        table['\t'] = 't';
+        return table;
+    }();
 };
+
+template <>
+struct to<JSON, std::string> : to<JSON, std::string_view> {};
 
 }  // namespace glz
 

@@ -15,8 +15,8 @@ stream_picture picture_of(const stream_snapshot_entry& entry) {
         .format = format,
         .name = is_raw ? oru_map_get_string(entry.settings, "subformat", nullptr, "NV12")
                        : format_to_name(format),
-        .resolution = std::format("{}x{}", oru_map_get_uint32(size, "width", 0),
-                                  oru_map_get_uint32(size, "height", 0)),
+        .resolution = std::to_string(oru_map_get_uint32(size, "width", 0)) + 'x' +
+                      std::to_string(oru_map_get_uint32(size, "height", 0)),
     };
 }
 

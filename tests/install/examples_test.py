@@ -4,7 +4,7 @@ show: a line that begins with "$ " is a command, the lines up to the next are it
 of three dots stands for any number of lines. Standard output and standard error are shown as one.
 A snapshot that they show is checked.
 
-usage: examples_test.py TOOLS TREE FILE...: where the tools are; the root of the source tree"""
+usage: examples_test.py TOOLS TREE: where the tools are; the root of the source tree"""
 
 import os
 import pathlib
@@ -55,7 +55,8 @@ def passes_check(snapshot, environment):
 
 
 def main():
-    tools, tree, *files = sys.argv[1:]
+    tools, tree = sys.argv[1:]
+    files = [os.path.join(tree, "README.md"), *sorted(map(str, pathlib.Path(tree, "docs/man").iterdir()))]
     environment = dict(os.environ, PATH=tools + ":" + os.environ["PATH"])
     environment.pop("ORU_SNAPSHOT", None)
     scratch = tempfile.mkdtemp()

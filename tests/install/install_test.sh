@@ -82,5 +82,11 @@ liboru.a
 libqwire.a
 pkgconfig/oru.pc
 pkgconfig/qwire.pc' "$(files "$scratch/client" | sed 's:^lib/\([^/]*-linux-gnu[^/]*/\)\{0,1\}::')"
+# Machine code, not only what one compiler's link-time optimiser reads.
+for symbol in liboru.a:oru_map_new libqwire.a:_ZNK2qw3map4sizeEv; do
+    library=$(find "$scratch/client" -name "${symbol%:*}")
+    readelf -W -s "$library" 2>/dev/null | grep -q "FUNC .* ${symbol#*:}\$" ||
+        fail "no function ${symbol#*:} in ${symbol%:*}"
+done
 
 echo 'install_test: installed, moved and staged'

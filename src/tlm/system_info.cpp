@@ -5,7 +5,6 @@
 #include <format>
 #include <map>
 #include <string>
-#include <string_view>
 
 #include <oru.h>
 #include <qwire.h>
@@ -25,6 +24,17 @@ struct SystemInfoReport {
 
 namespace {
 
+// The table as JSON. It is handed over in the order of its names: a native map puts each further
+// entry at its end then, which takes no time to speak of however many there are.
+template <class Held>
+std::string as_json(const std::map<std::string, Held>& table) {
+    qw::map native;
+    for (const auto& [name, held] : table) {
+        native.insert(name, qw::value(held));
+    }
+    return std::format("{}", native);
+}
+
 void read_inputs(SystemInfoReport& report) {
     const owned_object<OruMap> channels{oru_channel_get_info(nullptr, nullptr)};
     if (channels == nullptr) {
@@ -32,7 +42,7 @@ void read_inputs(SystemInfoReport& report) {
     }
     report.inputs = oru_map_get_uint32(channels.get(), "input.count", 1);
 
-    std::map<std::string, std::string> resolutions;
+    std::map<std::string, std::string> capture_modes;
     // 64 bits, so that the walk ends for the largest count as well.
     for (std::uint64_t number = 1; number <= report.inputs; ++number) {
         const owned_object<OruInput> input{
@@ -44,14 +54,10 @@ void read_inputs(SystemInfoReport& report) {
         guint32 height = 0;
         if (oru_input_get_resolution_unrotated(input.get(), "capture", &width, &height, nullptr) !=
             FALSE) {
-            resolutions[std::format("input{}", number)] = std::format("{}x{}", width, height);
+            capture_modes[std::format("input{}", number)] = std::format("{}x{}", width, height);
         }
     }
-    qw::map capture_modes;  // filled in its own order, so that nothing in it ever moves
-    for (const auto& [input, resolution] : resolutions) {
-        capture_modes.assign(input, std::string_view(resolution));
-    }
-    report.capturemodes.str = std::format("{}", capture_modes);
+    report.capturemodes.str = as_json(capture_modes);
 }
 
 void read_view_mode(SystemInfoReport& report) {
@@ -67,13 +73,13 @@ void read_view_mode(SystemInfoReport& report) {
     oru_map_remove_prefix(info.get(), "capture");
     oru_map_remove_prefix(info.get(), "available");
 
-    qw::map view_mode;
+    std::map<std::string, qw::value> view_mode;
     for (const auto& [key, value] : *oru_map_native_ref(info.get())) {
         std::string name{key};
         std::ranges::replace(name, '.', '_');
-        view_mode.insert(name, value);  // of two keys that become one, the first stays
+        view_mode.emplace(name, value);  // of two keys that become one, the first stays
     }
-    report.viewmode.str = std::format("{}", view_mode);
+    report.viewmode.str = as_json(view_mode);
 }
 
 }  // namespace

@@ -66,7 +66,7 @@ typedef struct {
 
 // Returns the first of `set->count` resolutions. They live as long as the set.
 static inline const OruResolution* oru_resolution_set_items(const OruResolutionSet* set) {
-    return (const OruResolution*)(const void*)(set + 1);
+    return (const OruResolution*)(set + 1);
 }
 
 // --- OruMap: a dictionary of typed values -------------------------------------------------------

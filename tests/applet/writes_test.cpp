@@ -200,8 +200,7 @@ TEST_P(each_switch, writes_to_a_pipe_without_reader) {
     close(ends[1]);
     command through_shell = run_on.what();
     through_shell.executable = "/bin/sh";
-    through_shell.argv = {"sh", "-c", R"(exec "$@" >&9 9>&-)", "sh", run_on.what().executable,
-                          given};
+    through_shell.argv = {"sh", "-c", R"(exec "$@" >&9 9>&-)", "sh", program(tool), given};
 
     const result killed = run(through_shell);
     signal(SIGPIPE, SIG_IGN);

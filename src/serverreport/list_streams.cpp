@@ -41,11 +41,12 @@ void keep_stream(OruStream* stream, std::vector<stream_snapshot_entry>& kept) {
         0) {
         return;
     }
-    kept.push_back({id, info.get(), settings.get(), debug.get()});
     // The process is about to end; giving the maps back one by one would only take time.
-    static_cast<void>(info.release());
-    static_cast<void>(settings.release());
-    static_cast<void>(debug.release());
+    auto& entry = kept.emplace_back();
+    entry.id = id;
+    entry.info = info.release();
+    entry.settings = settings.release();
+    entry.debug = debug.release();
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 #include "tlm/identity_info.h"
 
+#include <cstdint>
+#include <cstring>
 #include <string>
-#include <string_view>
 
 #include <oru.h>
 #include <qwire.h>
@@ -11,21 +12,23 @@
 #include "video/owned.h"
 
 void print_identity_info() {
-    constexpr std::string_view prefix = "identity.";
+    static constexpr char prefix[] = "identity.";
 
     const owned_object<OruMap> debug{oru_stream_get_debug(nullptr, nullptr)};
     if (debug == nullptr) {
         return;
     }
-    const owned_object<OruMap> counters{oru_map_filter_prefix(debug.get(), prefix.data())};
+    const owned_object<OruMap> counters{oru_map_filter_prefix(debug.get(), prefix)};
     if (oru_map_empty(counters.get()) != FALSE) {
         return;
     }
 
     json identities;
     for (const auto& [key, value] : *oru_map_native_ref(counters.get())) {
-        // A key is followed by a NUL, as the C interface needs it.
-        identities[key.substr(prefix.size())] = oru_map_get_uint32(counters.get(), key.data(), 0);
+        std::string name{key};
+        const std::uint32_t count = oru_map_get_uint32(counters.get(), name.c_str(), 0);
+        name.erase(0, std::strlen(prefix));
+        identities[name] = count;
     }
     json document;
     document["identities"] = identities;

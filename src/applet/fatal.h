@@ -7,7 +7,7 @@
 
 #include <glib.h>
 
-#include "report/gerror_format.h"
+#include "video/gerror_format.h"
 
 // The feeder tool's: the message itself, an option error, or an exception that reached the tool.
 [[noreturn]] void tlm_fatal(const char* message);

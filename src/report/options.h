@@ -3,10 +3,9 @@
 
 #include <glib.h>
 
-// Sets the targets of the switches given on the command line. `switches` is a table of
-// G_OPTION_ARG_NONE entries that ends in an all-zero one. Returns FALSE and sets `error` when the
-// command line is refused: by GLib, or because a switch has a value attached, which GLib would
-// ignore.
+// Adds `switches`, a table of G_OPTION_ARG_NONE entries that ends in an all-zero one, to `context`
+// and sets the targets of those given on the command line. Returns FALSE and sets `error`, unless
+// that is NULL, when GLib refuses the command line.
 //
 // GLib prints its help itself and then ends the process with status 0. When that help does not
 // reach standard output, the exit says so: `lost_help` and the reason on standard error, status 1.

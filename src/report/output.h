@@ -19,8 +19,9 @@ void print_line(std::format_string<const Value&> format, const Value& value) {
     print(std::format(format, value) + '\n');
 }
 
-// The frame of a report section: its title line and an empty line before, an empty line after.
-void print_section_header(std::string_view title);
+// The frame of a report section: its title line and an empty line before, an empty line after. A
+// write that fails here is told by check_standard_output().
+void print_section_header(const char* title);
 void print_section_end();
 
 // Flushes standard output and throws a std::system_error when anything printed so far, GLib's

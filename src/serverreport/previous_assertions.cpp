@@ -1,5 +1,6 @@
 #include "serverreport/previous_assertions.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <format>
@@ -16,13 +17,23 @@ namespace {
 constexpr const char* record_directory = "/etc/oru/";
 constexpr const char* record_name = "dsp-assertion";
 
-std::string read_record(const std::filesystem::path& path) {
+void complain(const std::filesystem::path& path, const glz::error_ctx& error) {
+    const std::string line =
+        std::format("Failed reading '{}': {}\n", path.native(), glz::format_error(error));
+    if (std::fputs(line.c_str(), stderr) == EOF) {
+        throw std::system_error(errno, std::generic_category(), "cannot write standard error");
+    }
+}
+
+// Returns the record's text, empty after a complaint when it cannot be read.
+std::string read_record(const std::filesystem::path& path, const std::filesystem::file_status& is) {
     std::string record;
-    const glz::error_ctx error{.ec = glz::file_to_buffer(record, path.native())};
+    glz::error_ctx error{.ec = glz::error_code::file_open_failure};
+    if (std::filesystem::is_regular_file(is)) {  // anything else could keep the report waiting
+        error.ec = glz::file_to_buffer(record, path.native());
+    }
     if (error) {
-        std::fputs(std::format("Failed reading '{}': {}\n", path.native(), glz::format_error(error))
-                       .c_str(),
-                   stderr);
+        complain(path, error);
         record.clear();
     }
     return record;
@@ -33,10 +44,11 @@ std::string read_record(const std::filesystem::path& path) {
 void print_previous_assertions() {
     const auto path = std::filesystem::path(record_directory) / record_name;
     std::error_code error;
-    if (!std::filesystem::exists(std::filesystem::status(path, error))) {
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (!std::filesystem::exists(status)) {
         return;
     }
-    std::string record = read_record(path);
+    std::string record = read_record(path, status);
 
     print_section_header("Previous DSP assertions");
     print_line(compact_record(std::move(record)));

@@ -10,6 +10,7 @@
 #include "applet/fatal.h"
 #include "report/json.h"
 #include "report/output.h"
+#include "serverreport/stream_snapshot.h"
 #include "video/owned.h"
 
 namespace {
@@ -24,11 +25,11 @@ bool is_encoded(OruStream* stream) {
     if (settings == nullptr) {
         return false;
     }
-    switch (oru_map_get_uint32(settings.get(), "format", 0xFFFFFFFF)) {
-        case 0:
-        case 1:
-        case 2:
-        case 10:
+    switch (oru_map_get_uint32(settings.get(), "format", format_code::none)) {
+        case format_code::h264:
+        case format_code::h265:
+        case format_code::jpeg:
+        case format_code::av1:
         case 11:
             return true;
         default:

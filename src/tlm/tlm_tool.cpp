@@ -2,6 +2,9 @@
 
 #include <exception>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include <glib.h>
 
@@ -39,7 +42,26 @@ constexpr const char* description =
     "  oru-tlm-tool --identity-info\n"
     "  oru-tlm-tool --system-info\n";
 
+// GLib ignores a value attached to a switch, as in --system-info=no; here it is an error.
+void refuse_attached_values(const std::vector<std::string_view>& arguments) {
+    for (const std::string_view argument : arguments) {
+        if (argument == "--") {
+            return;  // what follows is no option
+        }
+        for (const GOptionEntry* entry = options; entry->long_name != nullptr; ++entry) {
+            const std::string name = std::string("--") + entry->long_name;
+            if (argument.starts_with(name + '=')) {
+                const owned_error error{g_error_new(G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
+                                                    "Option %s takes no value", name.c_str())};
+                tlm_fatal(error.get());
+            }
+        }
+    }
+}
+
 void run(int argc, char** argv) {
+    const std::vector<std::string_view> arguments(argv + 1, argv + argc);  // GLib changes argv
+
     const owned_option_context context{g_option_context_new(parameters)};
     if (context == nullptr) {
         tlm_fatal("Failed creating option context");
@@ -51,6 +73,7 @@ void run(int argc, char** argv) {
                        "oru-tlm-tool: Exception: ", std::out_ptr(error)) == FALSE) {
         tlm_fatal(error.get());
     }
+    refuse_attached_values(arguments);
 
     if (stream_max_stats != FALSE) {
         print_stream_max_stats();

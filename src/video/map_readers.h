@@ -7,7 +7,7 @@
 #include <oru.h>
 
 // Returns the value under `key` when it is a 16-bit or 32-bit unsigned one, and `def` when it is of
-// any other kind or absent.
+// any other kind or absent. `map` and `key` must not be NULL.
 std::uint32_t native_map_get_uint(OruMap* map, const char* key, std::uint32_t def);
 
 // Returns the two halves of a pair that oru_map_get_pair32u() returned, its first one first.

@@ -23,9 +23,9 @@ extern "C" {
 GQuark oru_error_quark(void);
 
 typedef enum {
-    ORU_ERROR_UNREACHABLE,   // the service cannot be reached: every operation fails alike
-    ORU_ERROR_NOT_RECORDED,  // the service has no answer to this question
-    ORU_ERROR_FAILED,        // the service answered with a failure of its own
+    ORU_ERROR_UNREACHABLE,  // the service cannot be reached: every operation fails alike
+    ORU_ERROR_NO_ANSWER,    // the service has no answer to this question
+    ORU_ERROR_FAILED,       // the service answered with a failure of its own
 } OruError;
 
 // --- Types --------------------------------------------------------------------------------------
@@ -75,7 +75,10 @@ static inline const OruResolution* oru_resolution_set_items(const OruResolutionS
 // unsigned kind that widens into it without loss (16 bits into 32; 16 and 32 bits into 64-bit
 // signed and into double), and `def` otherwise.
 
+// Returns a new empty map, never NULL.
 OruMap* oru_map_new(void);
+
+// Stores a copy of `value`, which must not be NULL, in place of what was under `key`.
 void oru_map_set_string(OruMap* map, const gchar* key, const gchar* value);
 guint32 oru_map_get_uint32(OruMap* map, const gchar* key, guint32 def);
 gint64 oru_map_get_int64(OruMap* map, const gchar* key, gint64 def);
@@ -90,7 +93,11 @@ const gchar* oru_map_get_string(OruMap* map, const gchar* key, gsize* length, co
 // A pair of 32-bit values in one 64-bit value, the pair's first in the low half.
 guint64 oru_map_get_pair32u(OruMap* map, const gchar* key, guint64 def);
 
+// Returns TRUE when there is a value of any kind under `key`.
 gboolean oru_map_contains(OruMap* map, const gchar* key);
+
+// These take out the entry under `key`, or every entry whose key starts with `prefix`, if there is
+// any.
 void oru_map_remove(OruMap* map, const gchar* key);
 void oru_map_remove_prefix(OruMap* map, const gchar* prefix);
 
@@ -110,6 +117,7 @@ const qw::map* oru_map_native_ref(OruMap* map);
 // Returns a list of owned OruStream, released with g_list_free_full(list, g_object_unref). NULL is
 // an empty list when no error is set.
 GList* oru_stream_get_all(GError** error);
+// Returns the number by which the service knows the stream; 0 is a stream that has none yet.
 guint32 oru_stream_get_id(OruStream* stream);
 // Each of these returns NULL on failure.
 OruMap* oru_stream_get_info(OruStream* stream, GError** error);
@@ -125,10 +133,12 @@ OruMap* oru_stream_get_limit(GError** error);
 GList* oru_channel_get_all(GError** error);
 // The channels whose properties hold every string entry of `filter` with the same text.
 GList* oru_channel_get_filtered(OruMap* filter, GError** error);
+// Returns the number by which the service knows the channel, from 0 on.
 guint32 oru_channel_get_id(OruChannel* channel);
 // With a NULL channel: what is common to all channels. NULL on failure.
 OruMap* oru_channel_get_info(OruChannel* channel, GError** error);
-// Returns the resolutions that the filter's "select" entry names, released with g_free(), or NULL.
+// Returns the resolutions that the filter's "select" entry names, released with g_free(), or NULL
+// on failure; a filter without that entry names none.
 OruResolutionSet* oru_channel_get_resolutions(OruChannel* channel, OruMap* filter, GError** error);
 // These return FALSE on failure and then leave the out-values as they were. Pixels.
 gboolean oru_channel_get_crop(OruChannel* channel, guint32* x, guint32* y, guint32* width,
@@ -138,10 +148,12 @@ gboolean oru_channel_get_crop_max(OruChannel* channel, guint32* width, guint32* 
 
 // --- Inputs, outputs, system, mode --------------------------------------------------------------
 
-// Each of the functions that return a pointer returns NULL on failure.
+// Each of the functions that return a pointer returns NULL on failure. Inputs are numbered from 1,
+// outputs from 0.
 OruInput* oru_input_new(guint32 number, GError** error);
 OruMap* oru_input_get_info(OruInput* input, GError** error);
-// These return FALSE on failure and then leave the out-values as they were. Pixels.
+// These return FALSE on failure and then leave the out-values as they were. Pixels. `mode` names
+// one of the input's modes, for instance "capture".
 gboolean oru_input_get_crop(OruInput* input, guint32* x, guint32* y, guint32* width,
                             guint32* height, GError** error);
 gboolean oru_input_get_resolution_unrotated(OruInput* input, const gchar* mode, guint32* width,

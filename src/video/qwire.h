@@ -109,6 +109,7 @@ class map {
     // Stores a copy of `value`, its text included, in place of what was under `key`.
     void assign(std::string_view key, const qw::value& value);
 
+    // These take out the entry under `key`, or every entry whose key starts with `prefix`.
     void erase(std::string_view key);
     void erase_prefix(std::string_view prefix);
 

@@ -16,9 +16,6 @@ using namespace std::string_view_literals;
 
 constexpr auto error_member = "$error"sv;
 
-// Every look-up of a format's name goes through them one by one.
-constexpr std::size_t most_formats = 1000;
-
 // What was read, and the place in the text that names it.
 template <class T>
 struct placed {
@@ -548,9 +545,6 @@ void document_reader::read_formats() {
     std::vector<placed<std::string_view>> nicks;
     auto& formats = doc_.formats.emplace();
     in_.object("the formats (an object)", [&](const word& nick) {
-        if (nicks.size() == most_formats) {
-            throw complaint{nick.at, std::format("more than {} formats", most_formats)};
-        }
         nicks.push_back({nick.text, nick.at});
         formats.push_back({nick.text.data(), in_.natural()});
     });

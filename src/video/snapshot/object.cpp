@@ -14,10 +14,9 @@ std::nullptr_t not_recorded(const question& asked, GError** error) {
     if (asked.number) {
         g_snprintf(number, sizeof number, " %u", *asked.number);
     }
-    g_set_error(error, ORU_ERROR, ORU_ERROR_NOT_RECORDED, "%s%s%s%s%s%s%s not recorded",
-                asked.subject, number, asked.part ? (asked.number ? ": " : " ") : "",
-                asked.part ? asked.part : "", asked.name ? " '" : "", asked.name ? asked.name : "",
-                asked.name ? "'" : "");
+    g_set_error(error, ORU_ERROR, ORU_ERROR_NO_ANSWER, "%s%s%s%s%s%s%s not recorded", asked.subject,
+                number, asked.part ? (asked.number ? ": " : " ") : "", asked.part ? asked.part : "",
+                asked.name ? " '" : "", asked.name ? asked.name : "", asked.name ? "'" : "");
     return nullptr;
 }
 

@@ -62,7 +62,7 @@ char* blank_comment(char* at, char* end) {
     } else {
         const std::string_view rest(at + 2, end);
         const auto length = rest.find("*/");
-        if (length == rest.npos) {
+        if (length == std::string_view::npos) {
             throw complaint{begin, "this comment is not closed"};
         }
         at += 2 + length + 2;

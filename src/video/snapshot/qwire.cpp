@@ -58,7 +58,7 @@ void append_text(std::string& out, std::string_view text) {
     constexpr std::string_view letters = "\"\\bfnrt";
     out += '"';
     for (const char c : text) {
-        if (const auto which = escaped.find(c); which != escaped.npos) {
+        if (const auto which = escaped.find(c); which != std::string_view::npos) {
             out += '\\';
             out += letters[which];
         } else if (static_cast<unsigned char>(c) < 0x20) {

@@ -18,7 +18,7 @@ namespace oru {
 namespace {
 
 constexpr auto default_path = "/run/oru/snapshot.json";
-constexpr std::size_t largest_file = 128 * 1024 * 1024;
+constexpr std::size_t largest_file = std::size_t{128} * 1024 * 1024;
 
 class file_descriptor {
   public:

@@ -16,3 +16,26 @@ if(ORU_CLIENT STREQUAL snapshot)
     oru_add_test(hostile_snapshot_test SOURCES video/hostile_snapshot_test.cpp LIBS run-tools oru)
     add_dependencies(hostile_snapshot_test oru-snapshot)
 endif()
+
+# What is given back: objects counted from outside, and memory watched by valgrind, which a
+# sanitizer's own watching rules out.
+add_library(live-objects MODULE support/live_objects.c)
+target_link_libraries(live-objects PRIVATE PkgConfig::GOBJECT oru-warnings)
+target_compile_options(live-objects PRIVATE -fno-sanitize=all)
+target_link_options(live-objects PRIVATE -fno-sanitize=all)
+oru_add_test(live_objects_test SOURCES applet/live_objects_test.cpp LIBS run-tools)
+target_compile_definitions(live_objects_test PRIVATE
+    ORU_LIVE_OBJECTS="$<TARGET_FILE:live-objects>"
+    ORU_EXAMPLES_DIR="${PROJECT_SOURCE_DIR}/examples"
+    ORU_FUZZ_SEEDS_DIR="${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot")
+add_dependencies(live_objects_test live-objects)
+
+find_program(VALGRIND valgrind)
+if(VALGRIND AND NOT ORU_SANITIZE AND NOT ORU_COVERAGE)
+    file(GLOB snapshots CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/*.json)
+    add_test(NAME valgrind
+             COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind.sh ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
+                     ${snapshots} ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot/full.json
+                     ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot/everything-fails.json
+                     ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot/not-finite.json /nowhere)
+endif()

@@ -16,7 +16,8 @@
 
 namespace {
 
-void keep_stream(OruStream* stream, std::vector<stream_snapshot_entry>& kept) {
+// Never part of its caller: what it keeps is told from what is lost by its name.
+[[gnu::noinline]] void keep_stream(OruStream* stream, std::vector<stream_snapshot_entry>& kept) {
     const std::uint32_t id = oru_stream_get_id(stream);
     if (id == 0) {
         return;

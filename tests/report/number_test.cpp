@@ -109,7 +109,7 @@ constexpr std::uint64_t mantissa_bits = (std::uint64_t{1} << 52) - 1;
 TEST(Number, AgreesWithTheCLibraryForEveryExponent) {
     std::mt19937_64 random(20261120);
     for (std::uint64_t exponent = 0; exponent < 2047; ++exponent) {
-        for (int sample = 0; sample < 1000; ++sample) {
+        for (int sample = 0; sample < ORU_NUMBER_SAMPLES; ++sample) {
             std::uint64_t mantissa = random() & mantissa_bits;
             if (sample < 16) {
                 mantissa = static_cast<std::uint64_t>(sample);

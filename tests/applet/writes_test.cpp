@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -212,6 +213,25 @@ TEST_P(each_switch, writes_to_a_pipe_without_reader) {
     EXPECT_EQ(killed.err, "");
     EXPECT_EQ(ignored.status, 1) << ignored;
     expect_exception_line(run_on, ignored);
+}
+
+// More than stdio holds back, so that a write fails in the midst of the report; and a line that
+// GLib writes, which does not say that it failed.
+TEST(writes, to_a_device_that_is_full) {
+    const temp_directory scratch;
+    const std::string empty = scratch.write("snapshot.json", "{}");
+    for (const auto& [given, snapshot] :
+         {std::pair<std::string, std::string>{"-l", ORU_EXAMPLES_DIR "/two-input-encoder.json"},
+          {"-c", empty},
+          {"-i", empty}}) {
+        const tool_run tool("oru-serverreport-tool", {given}, snapshot);
+        command what = tool.what();
+        what.environment.pop_back();  // here a coverage build can count
+        what.stdout_to = "/dev/full";
+        const result got = run(what);
+        EXPECT_EQ(got.status, 1) << got;
+        expect_exception_line(tool, got);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(writes, each_switch, testing::ValuesIn(every_switch), name_of);

@@ -111,12 +111,19 @@ const std::vector<std::string> never_values = {
     ".5",
     "1e",
     "0x1",
+    "1+1",
+    "1-1",
+    "1.5.5",
+    "1A",
+    "1a",
+    "00",
     "1e999",
     "-1e999",
     std::string(400, '9'),
     "1." + std::string(100000, '0') + "e999999999999",
     "'x'",
     "x",
+    "\xc3\xa9",
     "\"",
     "\"a\nb\"",
     "\"\\u0000\"",
@@ -215,8 +222,9 @@ TEST(hostile_snapshot, repeated_and_misplaced_members_are_refused_in_every_objec
         if (full[at] != '{' || full[at + 1] == '}') {
             continue;
         }
-        for (const char* members : {R"("k":1,"k":1,)", R"("":1,"":2,)", R"("k":{},"k":{},)",
-                                    R"("k" 1,)", R"(1:1,)", R"(,)", R"("k":1;)"}) {
+        for (const char* members :
+             {R"("k":1,"k":1,)", R"("":1,"":2,)", "\"\x7f\":1,\"\x7f\":1,", R"("k":{},"k":{},)",
+              R"("k" 1,)", R"(1:1,)", R"(,)", R"("k":1;)"}) {
             std::string text = full;
             text.insert(at + 1, members);
             expect_refused(file, text, at);
@@ -244,6 +252,13 @@ TEST(hostile_snapshot, bytes_that_no_text_holds_are_refused_at_their_place) {
             expect_refused(file, text, byte > 0 ? 0 : at);
         }
     }
+}
+
+// What the system shows as files here has another size than it says, or cannot be read.
+TEST(hostile_snapshot, files_that_are_not_what_they_say_are_refused) {
+    EXPECT_EQ(oru::load("/proc/self/status").error(),
+              "/proc/self/status: changed while it was read");
+    EXPECT_EQ(oru::load("/proc/self/mem").error(), "/proc/self/mem: Input/output error");
 }
 
 // --- Many of everything -------------------------------------------------------------------------

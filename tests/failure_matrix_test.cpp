@@ -565,6 +565,6 @@ TEST_P(failure_matrix_of, each_section_does_what_it_does_for_that_failure) {
 }
 
 INSTANTIATE_TEST_SUITE_P(each_answer, failure_matrix_of, testing::ValuesIn(all_failures()),
-                         [](const auto& info) { return name_of(info.param); });
+                         [](const auto& parameter) { return name_of(parameter.param); });
 
 }  // namespace

@@ -115,11 +115,12 @@ class every_tool : public testing::TestWithParam<tool> {
     const std::string asked = "-" + GetParam().asked;
 };
 
-INSTANTIATE_TEST_SUITE_P(arguments, every_tool, testing::ValuesIn(tools), [](const auto& info) {
-    std::string name = info.param.name;
-    std::ranges::replace(name, '-', '_');
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(arguments, every_tool, testing::ValuesIn(tools),
+                         [](const auto& parameter) {
+                             std::string name = parameter.param.name;
+                             std::ranges::replace(name, '-', '_');
+                             return name;
+                         });
 
 TEST_P(every_tool, nothing_is_asked_by_what_is_no_option) {
     EXPECT_EQ(run({}), ended(0, ""));

@@ -328,6 +328,6 @@ TEST_P(each_failure, with_both_streams_limited) {
 }
 
 INSTANTIATE_TEST_SUITE_P(writes, each_failure, testing::ValuesIn(failing_runs),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& parameter) { return std::string(parameter.param.name); });
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <stdarg.h>
+#include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -39,7 +40,7 @@ static int refused(const char* original, const char* path) {
     return 1;
 }
 
-#define REAL(name) ((__typeof__(&name))dlsym(RTLD_NEXT, #name))
+#define REAL(name) ((__typeof__(&name))(uintptr_t)dlsym(RTLD_NEXT, #name))
 
 #define OPEN(name)                                                                \
     int name(const char* original, int flags, ...) {                              \

@@ -512,7 +512,7 @@ TEST_P(each_shape, takes_memory_as_the_file_grows) {
 }
 
 INSTANTIATE_TEST_SUITE_P(hostile_snapshot, each_shape, testing::ValuesIn(shapes),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& parameter) { return std::string(parameter.param.name); });
 
 #endif
 

@@ -285,11 +285,11 @@ TEST_F(Oru, FiltersChannelsByTheirProperties) {
         error wrong;
         const list<OruChannel> channels(oru_channel_get_filtered(filter, wrong));
         EXPECT_EQ(wrong.text(), "");
-        std::vector<guint32> ids;
+        std::vector<guint32> found;
         for (guint i = 0; i < channels.size(); ++i) {
-            ids.push_back(oru_channel_get_id(channels[i]));
+            found.push_back(oru_channel_get_id(channels[i]));
         }
-        return ids;
+        return found;
     };
     const owned<OruMap> filter(oru_map_new());
     EXPECT_EQ(ids(filter.get()), (std::vector<guint32>{0, 1, 2, 3, 4}));

@@ -22,9 +22,9 @@
 
 namespace {
 
-// How far apart the sizes are that are tried between those that matter: a sanitized run takes
-// twenty times as long.
-#ifdef ORU_TEST_SANITIZED
+// How far apart the sizes are that are tried between those that matter: a sanitized or emulated run
+// takes twenty times as long.
+#if defined(ORU_TEST_SANITIZED) || defined(ORU_TEST_EMULATED)
 constexpr std::size_t small_stride = 41;
 constexpr std::size_t large_stride = 1009;
 #else

@@ -15,11 +15,11 @@
 #include "video/owned.h"
 
 // The document, members in the order in which they are written. A table that could not be had stays
-// empty, and its member is then written without a value.
+// empty, and its member is then written without a value (raw_json would become null).
 struct SystemInfoReport {
     std::uint32_t inputs = 0;
-    glz::raw_json capturemodes;  // from input name to resolution, as JSON
-    glz::raw_json viewmode;      // the mode information that is not about capture, as JSON
+    glz::text capturemodes;  // from input name to resolution, as JSON
+    glz::text viewmode;      // the mode information that is not about capture, as JSON
 };
 
 namespace {

@@ -1,5 +1,6 @@
 // Command lines of every odd shape, on both tools: what is printed, where, and the status.
 #include <algorithm>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,10 @@ struct tool {
     bool refuses_values;   // attached to a long switch, where GLib passes over them
     std::string answered;  // what it prints
 };
+
+std::ostream& operator<<(std::ostream& stream, const tool& shown) {
+    return stream << shown.name;
+}
 
 const std::string snapshot = R"({
     "stream": {"debug": {"global.capacity.peak": 5}},

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ostream>
 #include <set>
 #include <string>
 #include <tuple>
@@ -221,7 +222,7 @@ TEST(writes, to_a_device_that_is_full) {
     const temp_directory scratch;
     const std::string empty = scratch.write("snapshot.json", "{}");
     for (const auto& [given, snapshot] :
-         {std::pair<std::string, std::string>{"-l", ORU_EXAMPLES_DIR "/two-input-encoder.json"},
+         {std::pair<std::string, std::string>{"-lqca", ORU_EXAMPLES_DIR "/two-input-encoder.json"},
           {"-c", empty},
           {"-i", empty}}) {
         const tool_run tool("oru-serverreport-tool", {given}, snapshot);
@@ -245,6 +246,10 @@ struct failing_run {
     const char* record;  // of earlier assertions: a directory in its place when NULL
     int status;
 };
+
+std::ostream& operator<<(std::ostream& stream, const failing_run& shown) {
+    return stream << shown.name;
+}
 
 const std::vector<failing_run> failing_runs = {
     {"unknown_option_of_the_feeder", "oru-tlm-tool", {"--foo"}, "{}", "", 1},

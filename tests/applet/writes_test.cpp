@@ -216,15 +216,18 @@ TEST_P(each_switch, writes_to_a_pipe_without_reader) {
     expect_exception_line(run_on, ignored);
 }
 
-// More than stdio holds back, so that a write fails in the midst of the report; and a line that
+// A section longer than what stdio holds back, so that a write fails in its midst; and a line that
 // GLib writes, which does not say that it failed.
 TEST(writes, to_a_device_that_is_full) {
+    std::string streams = R"({"id":1,"info":{},"settings":{},"debug":{}})";
+    for (int id = 2; id <= 50; ++id) {
+        streams += ",{\"id\":" + std::to_string(id) + R"(,"info":{},"settings":{},"debug":{}})";
+    }
     const temp_directory scratch;
-    const std::string empty = scratch.write("snapshot.json", "{}");
+    const std::string many = scratch.write("many.json", R"({"stream":{"all":[)" + streams + "]}}");
+    const std::string none = scratch.write("none.json", "{}");
     for (const auto& [given, snapshot] :
-         {std::pair<std::string, std::string>{"-lqca", ORU_EXAMPLES_DIR "/two-input-encoder.json"},
-          {"-c", empty},
-          {"-i", empty}}) {
+         {std::pair<std::string, std::string>{"-l", many}, {"-c", none}, {"-i", none}}) {
         const tool_run tool("oru-serverreport-tool", {given}, snapshot);
         command what = tool.what();
         what.environment.pop_back();  // here a coverage build can count

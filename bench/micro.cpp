@@ -40,6 +40,7 @@ void stream_records(benchmark::State& state) {
     const owned_object<OruMap> info{oru_stream_get_info(stream, nullptr)};
     const owned_object<OruMap> settings{oru_stream_get_settings(stream, nullptr)};
     const owned_object<OruMap> debug{oru_stream_get_debug(stream, nullptr)};
+    std::string buffer;
     const stream_snapshot_entry entry{oru_stream_get_id(stream), info.get(), settings.get(),
                                       debug.get()};
 
@@ -47,9 +48,9 @@ void stream_records(benchmark::State& state) {
     std::FILE* const report = std::fopen("/dev/null", "w");
     std::FILE* const before = std::exchange(stdout, report);
     for ([[maybe_unused]] auto _ : state) {
-        print_stream_summary(entry, 0);
-        print_stream_settings(entry, 0);
-        print_stream_statistics(entry, 0);
+        print_stream_summary(entry, 0, buffer);
+        print_stream_settings(entry, 0, buffer);
+        print_stream_statistics(entry, 0, buffer);
     }
     stdout = before;
     std::fclose(report);

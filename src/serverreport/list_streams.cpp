@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <oru.h>
@@ -64,23 +65,24 @@ void list_streams() {
     }
     const std::uint32_t last_id = kept.empty() ? 0 : kept.back().id;
 
+    std::string buffer;
     print_section_header("Snapshot of all running streams");
     print("{\n");
     print("    \"streams\" : [\n");
     for (const auto& entry : kept) {
-        print_stream_summary(entry, last_id);
+        print_stream_summary(entry, last_id, buffer);
     }
     print("    ],\n");
     print("\n");
     print("    \"streaminfo\" : [\n");
     for (const auto& entry : kept) {
-        print_stream_settings(entry, last_id);
+        print_stream_settings(entry, last_id, buffer);
     }
     print("    ],\n");
     print("\n");
     print("    \"streamstatistics\" : [\n");
     for (const auto& entry : kept) {
-        print_stream_statistics(entry, last_id);
+        print_stream_statistics(entry, last_id, buffer);
     }
     print("    ]\n");
     print("}\n");

@@ -109,14 +109,14 @@ std::map<std::string, std::uint32_t> source_of(OruMap* info) {
 
 }  // namespace
 
-void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t last_id) {
+void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t last_id,
+                           std::string& buffer) {
     const stream_picture picture = picture_of(entry);
     const json basic = basic_group(entry, picture);
     const auto source = source_of(entry.info);
     const std::uint32_t strength = oru_map_get_uint32(entry.settings, "sqz.strength", 0);
 
-    std::string text;
-    if (!write_compact(merged(basic, source), text)) {
+    if (!write_compact(merged(basic, source), buffer)) {
         return;
     }
     print("        {\n");
@@ -124,16 +124,16 @@ void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t las
     print(stream_label(entry.id));
     print("\" : {\n");
     print("                \"basic\": ");
-    print(text);
+    print(buffer);
     if (shows_encoder(picture.format) &&
-        write_compact(encoder_group(entry.settings, picture.format), text)) {
+        write_compact(encoder_group(entry.settings, picture.format), buffer)) {
         print(",\n");
         print("                \"h26x\": ");
-        print(text);
-        if (strength != 0 && write_compact(leanflow_group(entry.settings, strength), text)) {
+        print(buffer);
+        if (strength != 0 && write_compact(leanflow_group(entry.settings, strength), buffer)) {
             print(",\n");
             print("                \"leanflow\": ");
-            print(text);
+            print(buffer);
         }
     }
     print("\n            }");

@@ -50,7 +50,8 @@ std::map<std::string, std::string> durations_of(OruMap* debug) {
 
 }  // namespace
 
-void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t last_id) {
+void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t last_id,
+                             std::string& buffer) {
     const json counters = counters_of(entry);
     const auto durations = durations_of(entry.debug);
     std::map<std::string, std::uint32_t> reclaim_counts;
@@ -69,8 +70,7 @@ void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t l
         reclaim_histograms.insert_or_assign(key, '[' + std::string(histogram) + ']');
     });
 
-    std::string text;
-    if (write_compact(merged(counters, durations, reclaim_counts, reclaim_histograms), text)) {
-        print_stream_line(entry.id, text, last_id);
+    if (write_compact(merged(counters, durations, reclaim_counts, reclaim_histograms), buffer)) {
+        print_stream_line(entry.id, buffer, last_id);
     }
 }

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string_view>
 
-inline void require(bool met, const char* demand, std::string_view shown = {}) {
+inline void require(bool met, const char* demand, std::string_view shown = "") {
     if (met) {
         return;
     }

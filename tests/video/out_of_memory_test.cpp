@@ -34,6 +34,15 @@ void* operator new[](std::size_t size) {
     return allocate(size);
 }
 
+// A sanitizer's form of this one would not go through the one above.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* memory) noexcept {
     free(memory);
 }

@@ -7,7 +7,6 @@
 #include <string>
 #include <string_view>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -70,23 +69,11 @@ counts expected(const result& ended) {
     return maps == 0 ? counts() : counts{{"OruMap", maps}};
 }
 
-const std::vector<std::pair<std::string, std::string>> every_switch = {
-    {"oru-tlm-tool", "-q"},
-    {"oru-tlm-tool", "-s"},
-    {"oru-tlm-tool", "-i"},
-    {"oru-tlm-tool", "-qsi"},
-    {"oru-tlm-tool", "--foo"},
-    {"oru-tlm-tool", "--help"},
-    {"oru-serverreport-tool", "-l"},
-    {"oru-serverreport-tool", "-q"},
-    {"oru-serverreport-tool", "-o"},
-    {"oru-serverreport-tool", "-c"},
-    {"oru-serverreport-tool", "-r"},
-    {"oru-serverreport-tool", "-a"},
-    {"oru-serverreport-tool", "-i"},
-    {"oru-serverreport-tool", "-lcai"},
-    {"oru-serverreport-tool", "--foo"},
-};
+const std::vector<tool_and_switch> every_switch =
+    every_switch_and({{"oru-tlm-tool", "--foo"},
+                      {"oru-tlm-tool", "--help"},
+                      {"oru-serverreport-tool", "-lcai"},
+                      {"oru-serverreport-tool", "--foo"}});
 
 std::size_t expect_all_given_back(const std::filesystem::path& snapshot) {
     std::size_t kept = 0;

@@ -51,3 +51,15 @@ result report(std::string_view snapshot, const std::vector<std::string>& argumen
               const run_options& options) {
     return run_tool("oru-serverreport-tool", snapshot, arguments, options);
 }
+
+std::vector<tool_and_switch> every_switch_and(const std::vector<tool_and_switch>& more) {
+    std::vector<tool_and_switch> all;
+    for (const char* given : {"-q", "-s", "-i", "-qsi"}) {
+        all.emplace_back("oru-tlm-tool", given);
+    }
+    for (const char* given : {"-l", "-q", "-o", "-c", "-r", "-a", "-i"}) {
+        all.emplace_back("oru-serverreport-tool", given);
+    }
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+}

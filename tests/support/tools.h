@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "support/run.h"
@@ -32,5 +33,11 @@ result report(std::string_view snapshot, const std::vector<std::string>& argumen
 
 // Returns the environment that puts the files of `directory` in the place of those of /etc/oru.
 std::vector<std::string> etc_oru_in(std::string_view directory);
+
+using tool_and_switch = std::pair<std::string, std::string>;
+
+// Returns both tools with each of their sections' switches by itself, the feeder tool with all of
+// them at once, and `more`.
+std::vector<tool_and_switch> every_switch_and(const std::vector<tool_and_switch>& more);
 
 #endif

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <utility>
 
 #include <benchmark/benchmark.h>
@@ -15,6 +14,7 @@
 #include "serverreport/stream_snapshot.h"
 #include "serverreport/stream_statistics.h"
 #include "serverreport/stream_summary.h"
+#include "video/native.h"
 #include "video/owned.h"
 #include "video/snapshot/snapshot.h"
 
@@ -36,11 +36,10 @@ void stream_records(benchmark::State& state) {
         state.SkipWithError("no streams");
         return;
     }
-    OruStream* stream = ORU_STREAM(streams->data);
+    OruStream* stream = object_in<OruStream>(streams);
     const owned_object<OruMap> info{oru_stream_get_info(stream, nullptr)};
     const owned_object<OruMap> settings{oru_stream_get_settings(stream, nullptr)};
     const owned_object<OruMap> debug{oru_stream_get_debug(stream, nullptr)};
-    std::string buffer;
     const stream_snapshot_entry entry{oru_stream_get_id(stream), info.get(), settings.get(),
                                       debug.get()};
 
@@ -48,9 +47,9 @@ void stream_records(benchmark::State& state) {
     std::FILE* const report = std::fopen("/dev/null", "w");
     std::FILE* const before = std::exchange(stdout, report);
     for ([[maybe_unused]] auto _ : state) {
-        print_stream_summary(entry, 0, buffer);
-        print_stream_settings(entry, 0, buffer);
-        print_stream_statistics(entry, 0, buffer);
+        print_stream_summary(entry, 0);
+        print_stream_settings(entry, 0);
+        print_stream_statistics(entry, 0);
     }
     stdout = before;
     std::fclose(report);

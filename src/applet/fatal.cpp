@@ -21,8 +21,10 @@ void tlm_fatal(const char* message) {
     fatal(tlm_prefix, message);
 }
 
-void tlm_fatal(GError* option_error) {
-    fatal(tlm_prefix, std::format("Option parsing failed: {}", option_error));
+void tlm_fatal(owned_error option_error) {
+    const std::string message = std::format("Option parsing failed: {}", option_error.get());
+    option_error.reset();
+    fatal(tlm_prefix, message);
 }
 
 void tlm_fatal(const std::exception& exception) {

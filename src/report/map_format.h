@@ -1,21 +1,17 @@
-// A native map as a {} argument: its JSON object text. A map that cannot be written is thrown as a
-// std::runtime_error with the bus library's message.
+// What the bus library writes as JSON, as a {} argument: the text of one JSON object. Throws what
+// to_json() throws.
 #pragma once
 
+#include <concepts>
 #include <format>
-#include <stdexcept>
-#include <string>
 #include <string_view>
 
-#include <qwire.h>
+#include "video/native.h"
 
-template <>
-struct std::formatter<qw::map> : std::formatter<std::string_view> {
-    auto format(const qw::map& map, auto& context) const {
-        std::string text;
-        if (const auto written = map.to_json(text); !written) {
-            throw std::runtime_error(written.error());
-        }
-        return std::formatter<std::string_view>::format(text, context);
+template <class Native>
+    requires std::same_as<Native, native_map> || std::same_as<Native, native_table>
+struct std::formatter<Native> : std::formatter<std::string_view> {
+    auto format(const Native& native, auto& context) const {
+        return std::formatter<std::string_view>::format(native.to_json(), context);
     }
 };

@@ -2,8 +2,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 #include <system_error>
+
+#include <glib.h>
 
 namespace {
 
@@ -45,14 +46,4 @@ void check_standard_output() {
     if (std::ferror(stdout) != 0) {
         throw_output_error(EIO);
     }
-}
-
-std::string format_to_name(OruFormat format) {
-    struct release_class {
-        void operator()(gpointer type) const noexcept { g_type_class_unref(type); }
-    };
-    const std::unique_ptr<GEnumClass, release_class> formats{
-        static_cast<GEnumClass*>(g_type_class_ref(oru_format_get_type()))};
-    const GEnumValue* value = g_enum_get_value(formats.get(), static_cast<gint>(format));
-    return value != nullptr ? value->value_nick : "n/a";
 }

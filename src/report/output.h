@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include <oru.h>
-
 // Prints `text` as it is. A write that fails is thrown as a std::system_error.
 void print(std::string_view text);
 
@@ -27,6 +25,3 @@ void print_section_end();
 // Flushes standard output and throws a std::system_error when anything printed so far, GLib's
 // prints included, did not arrive.
 void check_standard_output();
-
-// Returns the nick of a video format's number, or "n/a" when the enumeration does not hold it.
-std::string format_to_name(OruFormat format);

@@ -2,20 +2,21 @@
 
 #include <format>
 #include <memory>
-#include <span>
+#include <vector>
 
 #include <oru.h>
 
 #include "report/output.h"
 #include "serverreport/channel_list.h"
+#include "video/gerror_format.h"
+#include "video/native.h"
 #include "video/owned.h"
 
 namespace {
 
 // The first resolution is followed by a comma even when it is the only one: the readers of the
 // report count on it.
-void print_resolutions(const OruResolutionSet& set) {
-    const std::span resolutions{oru_resolution_set_items(&set), set.count};
+void print_resolutions(const std::vector<native_resolution>& resolutions) {
     for (std::size_t index = 0; index < resolutions.size(); ++index) {
         print(std::format("{}x{}", resolutions[index].width, resolutions[index].height));
         if (index == 0 || index + 1 < resolutions.size()) {
@@ -36,7 +37,7 @@ void list_available_resolutions() {
     print("{\n");
     print("    \"available_resolutions\" : [\n");
     for (const GList* link = channels.get(); link != nullptr; link = link->next) {
-        OruChannel* channel = ORU_CHANNEL(link->data);
+        OruChannel* channel = object_in<OruChannel>(link);
         const owned_object<OruMap> filter{oru_map_new()};
         if (filter == nullptr) {
             print("Failed to create new OruMap.\n");
@@ -45,14 +46,14 @@ void list_available_resolutions() {
         oru_map_set_string(filter.get(), "select", "available");
         print(std::format("        {{\"channel\":\"{}\",", oru_channel_get_id(channel)));
         owned_error error;
-        const owned_block<OruResolutionSet> resolutions{
+        const owned_block resolutions{
             oru_channel_get_resolutions(channel, filter.get(), std::out_ptr(error))};
         if (resolutions == nullptr) {
-            g_print("\nFailed to get resolutions: %s\n", error->message);
+            g_print("\nFailed to get resolutions: %s\n", message_of(error.get()));
             return;
         }
         print("\"resolutions\":\"");
-        print_resolutions(*resolutions);
+        print_resolutions(native_resolutions(resolutions.get()));
         print("\"}");
         print(link->next != nullptr ? ",\n" : "\n");
     }

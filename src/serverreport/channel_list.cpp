@@ -5,12 +5,13 @@
 #include <oru.h>
 
 #include "report/output.h"
+#include "video/gerror_format.h"
 
 owned_object_list all_channels() {
     owned_error error;
     owned_object_list channels{oru_channel_get_all(std::out_ptr(error))};
     if (error != nullptr) {
-        g_print("Failed to get all channels: %s\n", error->message);
+        g_print("Failed to get all channels: %s\n", message_of(error.get()));
         return nullptr;
     }
     if (channels == nullptr) {

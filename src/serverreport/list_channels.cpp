@@ -8,6 +8,8 @@
 #include "report/output.h"
 #include "serverreport/channel_list.h"
 #include "serverreport/crop.h"
+#include "video/gerror_format.h"
+#include "video/native.h"
 #include "video/owned.h"
 
 namespace {
@@ -42,11 +44,11 @@ void list_channels() {
             print(",\n");
             separator_due = false;
         }
-        OruChannel* channel = ORU_CHANNEL(link->data);
+        OruChannel* channel = object_in<OruChannel>(link);
         owned_error error;
         const owned_object<OruMap> info{oru_channel_get_info(channel, std::out_ptr(error))};
         if (info == nullptr) {
-            g_print("Failed to get channel info: %s\n", error->message);
+            g_print("Failed to get channel info: %s\n", message_of(error.get()));
             return;
         }
         const std::uint32_t number = oru_channel_get_id(channel);

@@ -10,7 +10,8 @@
 
 #include "report/output.h"
 #include "serverreport/crop.h"
-#include "video/map_readers.h"
+#include "video/gerror_format.h"
+#include "video/native.h"
 #include "video/owned.h"
 
 namespace {
@@ -21,7 +22,7 @@ owned_object_list input_channels() {
     owned_error error;
     owned_object_list channels{oru_channel_get_filtered(filter.get(), std::out_ptr(error))};
     if (error != nullptr) {
-        g_print("Failed to get inputs: %s\n", error->message);
+        g_print("Failed to get inputs: %s\n", message_of(error.get()));
         return nullptr;
     }
     if (channels == nullptr) {
@@ -58,23 +59,24 @@ void list_inputs() {
     print("{\n");
     print("    \"inputs\" : [\n");
     std::string text;
-    for (const GList* link = channels.get(); link != nullptr; link = link->next) {
+    for (GList* link = channels.get(); link != nullptr; link = link->next) {
+        const auto channel = take_object<OruChannel>(link);
         owned_error error;
         const owned_object<OruMap> channel_info{
-            oru_channel_get_info(ORU_CHANNEL(link->data), std::out_ptr(error))};
+            oru_channel_get_info(channel.get(), std::out_ptr(error))};
         if (channel_info == nullptr) {
-            g_print("Failed to get channel info: %s\n", error->message);
+            g_print("Failed to get channel info: %s\n", message_of(error.get()));
             return;
         }
         const std::uint32_t number = oru_map_get_uint32(channel_info.get(), "type.id", 1);
         const owned_object<OruInput> input{oru_input_new(number, std::out_ptr(error))};
         if (input == nullptr) {
-            g_print("Failed to get input %u: %s\n", number, error->message);
+            g_print("Failed to get input %u: %s\n", number, message_of(error.get()));
             return;
         }
         const owned_object<OruMap> info{oru_input_get_info(input.get(), std::out_ptr(error))};
         if (info == nullptr) {
-            g_print("Failed to get input info: %s\n", error->message);
+            g_print("Failed to get input info: %s\n", message_of(error.get()));
             return;
         }
         const std::optional<json> record = record_of(number, input.get(), info.get());

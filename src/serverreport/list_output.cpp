@@ -13,16 +13,6 @@
 
 namespace {
 
-bool device_has_output() {
-    owned_error error;
-    const owned_object<OruSystem> system{oru_system_new(std::out_ptr(error))};
-    if (system == nullptr) {
-        return false;
-    }
-    const owned_object<OruMap> caps{oru_system_get_caps(system.get(), std::out_ptr(error))};
-    return caps != nullptr && oru_map_get_boolean(caps.get(), "output", FALSE) != FALSE;
-}
-
 json output_state(OruMap* settings, OruMap* info) {
     json state;
     if (oru_map_get_boolean(settings, "enabled", FALSE) == FALSE) {
@@ -47,10 +37,15 @@ json output_state(OruMap* settings, OruMap* info) {
 }  // namespace
 
 void list_output() {
-    if (!device_has_output()) {
+    owned_error error;
+    const owned_object<OruSystem> system{oru_system_new(std::out_ptr(error))};
+    if (system == nullptr) {
         return;
     }
-    owned_error error;
+    const owned_object<OruMap> caps{oru_system_get_caps(system.get(), std::out_ptr(error))};
+    if (caps == nullptr || oru_map_get_boolean(caps.get(), "output", FALSE) == FALSE) {
+        return;
+    }
     const owned_object<OruOutput> output{oru_output_new(0, std::out_ptr(error))};
     if (output == nullptr) {
         serverreport_fatal("Failed to get output: {}", error.get());

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include <oru.h>
@@ -13,6 +12,7 @@
 #include "serverreport/stream_snapshot.h"
 #include "serverreport/stream_statistics.h"
 #include "serverreport/stream_summary.h"
+#include "video/native.h"
 #include "video/owned.h"
 
 namespace {
@@ -43,7 +43,8 @@ namespace {
         0) {
         return;
     }
-    // The process is about to end; giving the maps back one by one would only take time.
+    // The maps stay until the process ends, whatever sections follow: a report is over in a
+    // moment, and giving them back one by one would only take time.
     auto& entry = kept.emplace_back();
     entry.id = id;
     entry.info = info.release();
@@ -61,30 +62,29 @@ void list_streams() {
     }
     std::vector<stream_snapshot_entry> kept;
     for (const GList* link = streams.get(); link != nullptr; link = link->next) {
-        keep_stream(ORU_STREAM(link->data), kept);
+        keep_stream(object_in<OruStream>(link), kept);
     }
     const std::uint32_t last_id = kept.empty() ? 0 : kept.back().id;
 
-    std::string buffer;
     print_section_header("Snapshot of all running streams");
     print("{\n");
     print("    \"streams\" : [\n");
     for (const auto& entry : kept) {
-        print_stream_summary(entry, last_id, buffer);
+        print_stream_summary(entry, last_id);
     }
     print("    ],\n");
     print("\n");
     print("    \"streaminfo\" : [\n");
     for (const auto& entry : kept) {
-        print_stream_settings(entry, last_id, buffer);
+        print_stream_settings(entry, last_id);
     }
     print("    ],\n");
     print("\n");
     print("    \"streamstatistics\" : [\n");
     for (const auto& entry : kept) {
-        print_stream_statistics(entry, last_id, buffer);
+        print_stream_statistics(entry, last_id);
     }
     print("    ]\n");
     print("}\n");
-    print("\n");
+    print_section_end();
 }

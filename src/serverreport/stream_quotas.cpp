@@ -11,6 +11,7 @@
 #include "report/json.h"
 #include "report/output.h"
 #include "serverreport/stream_snapshot.h"
+#include "video/native.h"
 #include "video/owned.h"
 
 namespace {
@@ -39,7 +40,8 @@ bool is_encoded(OruStream* stream) {
 
 owned_object<OruMap> debug_of(const GList* link) {
     owned_error error;
-    return owned_object<OruMap>{oru_stream_get_debug(ORU_STREAM(link->data), std::out_ptr(error))};
+    return owned_object<OruMap>{
+        oru_stream_get_debug(object_in<OruStream>(link), std::out_ptr(error))};
 }
 
 // The service-wide figures in use, as any stream's debug map holds them: the first encoded stream's
@@ -51,7 +53,7 @@ owned_object<OruMap> figures_in_use() {
         return nullptr;
     }
     for (const GList* link = streams.get(); link != nullptr; link = link->next) {
-        if (is_encoded(ORU_STREAM(link->data))) {
+        if (is_encoded(object_in<OruStream>(link))) {
             if (auto debug = debug_of(link)) {
                 return debug;
             }
@@ -128,5 +130,5 @@ void print_stream_quotas() {
     }
     print("    ]\n");
     print("}\n");
-    print("\n");
+    print_section_end();
 }

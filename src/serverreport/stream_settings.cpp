@@ -7,7 +7,7 @@
 
 #include "report/json.h"
 #include "report/output.h"
-#include "video/map_readers.h"
+#include "video/native.h"
 
 namespace {
 
@@ -109,14 +109,14 @@ std::map<std::string, std::uint32_t> source_of(OruMap* info) {
 
 }  // namespace
 
-void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t last_id,
-                           std::string& buffer) {
+void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t last_id) {
     const stream_picture picture = picture_of(entry);
     const json basic = basic_group(entry, picture);
     const auto source = source_of(entry.info);
     const std::uint32_t strength = oru_map_get_uint32(entry.settings, "sqz.strength", 0);
 
-    if (!write_compact(merged(basic, source), buffer)) {
+    std::string text;
+    if (!write_compact(merged(basic, source), text)) {
         return;
     }
     print("        {\n");
@@ -124,16 +124,16 @@ void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t las
     print(stream_label(entry.id));
     print("\" : {\n");
     print("                \"basic\": ");
-    print(buffer);
+    print(text);
     if (shows_encoder(picture.format) &&
-        write_compact(encoder_group(entry.settings, picture.format), buffer)) {
+        write_compact(encoder_group(entry.settings, picture.format), text)) {
         print(",\n");
         print("                \"h26x\": ");
-        print(buffer);
-        if (strength != 0 && write_compact(leanflow_group(entry.settings, strength), buffer)) {
+        print(text);
+        if (strength != 0 && write_compact(leanflow_group(entry.settings, strength), text)) {
             print(",\n");
             print("                \"leanflow\": ");
-            print(buffer);
+            print(text);
         }
     }
     print("\n            }");

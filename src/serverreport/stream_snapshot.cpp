@@ -4,7 +4,8 @@
 #include <format>
 
 #include "report/output.h"
-#include "video/map_readers.h"
+#include "video/format_name.h"
+#include "video/native.h"
 
 stream_picture picture_of(const stream_snapshot_entry& entry) {
     const std::uint32_t format = native_map_get_uint(entry.settings, "format", format_code::none);

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "report/json.h"
-#include "video/map_readers.h"
+#include "video/native.h"
 
 namespace {
 
@@ -50,8 +50,7 @@ std::map<std::string, std::string> durations_of(OruMap* debug) {
 
 }  // namespace
 
-void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t last_id,
-                             std::string& buffer) {
+void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t last_id) {
     const json counters = counters_of(entry);
     const auto durations = durations_of(entry.debug);
     std::map<std::string, std::uint32_t> reclaim_counts;
@@ -70,7 +69,8 @@ void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t l
         reclaim_histograms.insert_or_assign(key, '[' + std::string(histogram) + ']');
     });
 
-    if (write_compact(merged(counters, durations, reclaim_counts, reclaim_histograms), buffer)) {
-        print_stream_line(entry.id, buffer, last_id);
+    std::string text;
+    if (write_compact(merged(counters, durations, reclaim_counts, reclaim_histograms), text)) {
+        print_stream_line(entry.id, text, last_id);
     }
 }

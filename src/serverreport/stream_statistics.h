@@ -3,7 +3,5 @@
 
 #include "serverreport/stream_snapshot.h"
 
-// Prints the line of `entry`; the stream with the id `last_id` ends the array. `buffer` is where
-// the text is made: one for all streams, so that it need not grow again for each.
-void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t last_id,
-                             std::string& buffer);
+// Prints the line of `entry`; the stream with the id `last_id` ends the array.
+void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t last_id);

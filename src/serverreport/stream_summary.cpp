@@ -16,8 +16,7 @@ constexpr std::array identities = {"identity[0]", "identity[1]", "identity[2]", 
 
 }  // namespace
 
-void print_stream_summary(const stream_snapshot_entry& entry, std::uint32_t last_id,
-                          std::string& buffer) {
+void print_stream_summary(const stream_snapshot_entry& entry, std::uint32_t last_id) {
     const stream_picture picture = picture_of(entry);
     const std::string duration =
         duration_text(oru_map_get_int64(entry.info, "statistics.duration", 0));
@@ -40,7 +39,8 @@ void print_stream_summary(const stream_snapshot_entry& entry, std::uint32_t last
         }
     }
 
-    if (write_compact(summary, buffer)) {
-        print_stream_line(entry.id, buffer, last_id);
+    std::string text;
+    if (write_compact(summary, text)) {
+        print_stream_line(entry.id, text, last_id);
     }
 }

@@ -5,10 +5,10 @@
 #include <string>
 
 #include <oru.h>
-#include <qwire.h>
 
 #include "report/json.h"
 #include "report/output.h"
+#include "video/native.h"
 #include "video/owned.h"
 
 void print_identity_info() {
@@ -24,11 +24,9 @@ void print_identity_info() {
     }
 
     json identities;
-    for (const auto& [key, value] : *oru_map_native_ref(counters.get())) {
-        std::string name{key};
-        const std::uint32_t count = oru_map_get_uint32(counters.get(), name.c_str(), 0);
-        name.erase(0, std::strlen(prefix));
-        identities[name] = count;
+    for (const std::string& key : native_map(counters.get()).keys()) {
+        const std::uint32_t count = oru_map_get_uint32(counters.get(), key.c_str(), 0);
+        identities[key.substr(std::strlen(prefix))] = count;
     }
     json document;
     document["identities"] = identities;

@@ -3,15 +3,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <format>
-#include <map>
 #include <string>
 
 #include <oru.h>
-#include <qwire.h>
 
 #include "report/json.h"
 #include "report/map_format.h"
 #include "report/output.h"
+#include "video/native.h"
 #include "video/owned.h"
 
 // The document, members in the order in which they are written. A table that could not be had stays
@@ -24,17 +23,6 @@ struct SystemInfoReport {
 
 namespace {
 
-// The table as JSON. It is handed over in the order of its names: a native map puts each further
-// entry at its end then, which takes no time to speak of however many there are.
-template <class Held>
-std::string as_json(const std::map<std::string, Held>& table) {
-    qw::map native;
-    for (const auto& [name, held] : table) {
-        native.insert(name, qw::value(held));
-    }
-    return std::format("{}", native);
-}
-
 void read_inputs(SystemInfoReport& report) {
     const owned_object<OruMap> channels{oru_channel_get_info(nullptr, nullptr)};
     if (channels == nullptr) {
@@ -42,7 +30,7 @@ void read_inputs(SystemInfoReport& report) {
     }
     report.inputs = oru_map_get_uint32(channels.get(), "input.count", 1);
 
-    std::map<std::string, std::string> capture_modes;
+    native_table capture_modes;
     // 64 bits, so that the walk ends for the largest count as well.
     for (std::uint64_t number = 1; number <= report.inputs; ++number) {
         const owned_object<OruInput> input{
@@ -54,10 +42,11 @@ void read_inputs(SystemInfoReport& report) {
         guint32 height = 0;
         if (oru_input_get_resolution_unrotated(input.get(), "capture", &width, &height, nullptr) !=
             FALSE) {
-            capture_modes[std::format("input{}", number)] = std::format("{}x{}", width, height);
+            capture_modes.assign(std::format("input{}", number),
+                                 std::format("{}x{}", width, height));
         }
     }
-    report.capturemodes.str = as_json(capture_modes);
+    report.capturemodes.str = std::format("{}", capture_modes);
 }
 
 void read_view_mode(SystemInfoReport& report) {
@@ -73,13 +62,14 @@ void read_view_mode(SystemInfoReport& report) {
     oru_map_remove_prefix(info.get(), "capture");
     oru_map_remove_prefix(info.get(), "available");
 
-    std::map<std::string, qw::value> view_mode;
-    for (const auto& [key, value] : *oru_map_native_ref(info.get())) {
-        std::string name{key};
+    const native_map native{info.get()};
+    native_table view_mode;
+    for (const std::string& key : native.keys()) {
+        std::string name = key;
         std::ranges::replace(name, '.', '_');
-        view_mode.emplace(name, value);  // of two keys that become one, the first stays
+        view_mode.insert(name, native, key);  // of two keys that become one, the first stays
     }
-    report.viewmode.str = as_json(view_mode);
+    report.viewmode.str = std::format("{}", view_mode);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <glib.h>
@@ -42,27 +43,28 @@ constexpr const char* description =
     "  oru-tlm-tool --identity-info\n"
     "  oru-tlm-tool --system-info\n";
 
-// GLib ignores a value attached to a switch, as in --system-info=no; here it is an error.
-void refuse_attached_values(const std::vector<std::string_view>& arguments) {
+// GLib ignores a value attached to a switch, as in --system-info=no; here it is an error. Returns
+// it, or NULL.
+owned_error attached_value(const std::vector<std::string_view>& arguments) {
     for (const std::string_view argument : arguments) {
         if (argument == "--") {
-            return;  // what follows is no option
+            break;  // what follows is no option
         }
         for (const GOptionEntry* entry = options; entry->long_name != nullptr; ++entry) {
             const std::string name = std::string("--") + entry->long_name;
             if (argument.starts_with(name + '=')) {
-                const owned_error error{g_error_new(G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
-                                                    "Option %s takes no value", name.c_str())};
-                tlm_fatal(error.get());
+                return owned_error{g_error_new(G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
+                                               "Option %s takes no value", name.c_str())};
             }
         }
     }
+    return nullptr;
 }
 
 void run(int argc, char** argv) {
     const std::vector<std::string_view> arguments(argv + 1, argv + argc);  // GLib changes argv
 
-    const owned_option_context context{g_option_context_new(parameters)};
+    owned_option_context context{g_option_context_new(parameters)};
     if (context == nullptr) {
         tlm_fatal("Failed creating option context");
     }
@@ -70,10 +72,13 @@ void run(int argc, char** argv) {
     g_option_context_set_description(context.get(), description);
     owned_error error;
     if (parse_switches(context.get(), options, argc, argv,
-                       "oru-tlm-tool: Exception: ", std::out_ptr(error)) == FALSE) {
-        tlm_fatal(error.get());
+                       "oru-tlm-tool: Exception: ", std::out_ptr(error)) != FALSE) {
+        error = attached_value(arguments);
     }
-    refuse_attached_values(arguments);
+    if (error != nullptr) {
+        context.reset();
+        tlm_fatal(std::move(error));
+    }
 
     if (stream_max_stats != FALSE) {
         print_stream_max_stats();
@@ -94,6 +99,8 @@ int tlm_tool_main(int argc, char** argv) {
         run(argc, argv);
     } catch (const std::exception& exception) {
         tlm_fatal(exception);
+    } catch (...) {
+        throw;  // nobody further up handles it, and without a handler nothing would be released
     }
     return 0;
 }

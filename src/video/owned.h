@@ -10,8 +10,15 @@
 struct release_object {
     void operator()(gpointer object) const noexcept { g_object_unref(object); }
 };
+// Objects that were taken out of their links before are not released again.
 struct release_object_list {
-    void operator()(GList* list) const noexcept { g_list_free_full(list, g_object_unref); }
+    void operator()(GList* list) const noexcept {
+        g_list_free_full(list, [](gpointer object) {
+            if (object != nullptr) {
+                g_object_unref(object);
+            }
+        });
+    }
 };
 struct release_error {
     void operator()(GError* error) const noexcept { g_error_free(error); }
@@ -28,5 +35,4 @@ using owned_object = std::unique_ptr<Object, release_object>;
 using owned_object_list = std::unique_ptr<GList, release_object_list>;
 using owned_error = std::unique_ptr<GError, release_error>;
 using owned_option_context = std::unique_ptr<GOptionContext, release_option_context>;
-template <class Block>
-using owned_block = std::unique_ptr<Block, release_block>;
+using owned_block = std::unique_ptr<void, release_block>;

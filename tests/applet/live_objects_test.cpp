@@ -59,11 +59,14 @@ counts expected(const result& ended) {
     if (ended.err.contains(": Failed to get limit: ")) {
         return {{"OruMap", 1}};
     }
+    if (ended.err.contains(": Failed to get output: ")) {
+        return {{"OruMap", 1}, {"OruSystem", 1}};
+    }
     if (ended.err.contains(": Failed to get output settings: ")) {
-        return {{"OruOutput", 1}};
+        return {{"OruMap", 1}, {"OruOutput", 1}, {"OruSystem", 1}};
     }
     if (ended.err.contains(": Failed to get output info: ")) {
-        return {{"OruMap", 1}, {"OruOutput", 1}};
+        return {{"OruMap", 2}, {"OruOutput", 1}, {"OruSystem", 1}};
     }
     const std::size_t maps = 3 * kept_streams(ended.out);
     return maps == 0 ? counts() : counts{{"OruMap", maps}};
@@ -109,13 +112,13 @@ TEST(live_objects, what_a_fatal_failure_leaves) {
              std::tuple<std::string, std::string, counts>{"-l", "{}", {}},
              {"-q", "{}", {}},
              {"-q", R"({"stream":{"quota":{}}})", {{"OruMap", 1}}},
-             {"-o", R"({"system":{"caps":{"output":true}}})", {}},
+             {"-o", R"({"system":{"caps":{"output":true}}})", {{"OruMap", 1}, {"OruSystem", 1}}},
              {"-o",
               R"({"system":{"caps":{"output":true}},"output":{"all":[{"id":0,"info":{}}]}})",
-              {{"OruOutput", 1}}},
+              {{"OruMap", 1}, {"OruOutput", 1}, {"OruSystem", 1}}},
              {"-o",
               R"({"system":{"caps":{"output":true}},"output":{"all":[{"id":0,"settings":{}}]}})",
-              {{"OruMap", 1}, {"OruOutput", 1}}},
+              {{"OruMap", 2}, {"OruOutput", 1}, {"OruSystem", 1}}},
          }) {
         const counted got =
             run_counted("oru-serverreport-tool", given, scratch.write("snapshot.json", text));

@@ -3,27 +3,23 @@
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 
 # The links are relative, so they hold in any prefix and under any DESTDIR.
-install(TARGETS oru-cgi-applet)
+install(TARGETS oru-cgi-applet oru-snapshot)
 install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/oru-tlm-tool
               ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/oru-serverreport-tool
         TYPE BIN)
-set(commands oru-tlm-tool oru-serverreport-tool)
-install(FILES docs/man/oru-cgi-applet.1 docs/man/oru-serverreport-tool.1 docs/man/oru-tlm-tool.1
+install(FILES docs/man/oru-cgi-applet.1 docs/man/oru-serverreport-tool.1 docs/man/oru-snapshot.1
+              docs/man/oru-tlm-tool.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-
-# Snapshots mean nothing to another client of the video service.
+install(FILES docs/man/oru-snapshot.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+install(FILES docs/snapshot.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/oru)
+# Only our own client answers from snapshots.
 if(ORU_CLIENT STREQUAL snapshot)
-    install(TARGETS oru-snapshot)
-    list(APPEND commands oru-snapshot)
-    install(FILES docs/man/oru-snapshot.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-    install(FILES docs/man/oru-snapshot.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
-    install(FILES docs/snapshot.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/oru)
     install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
             FILES_MATCHING PATTERN *.json)
 endif()
 
 # bash looks for a file named after the command.
-foreach(command IN LISTS commands)
+foreach(command oru-serverreport-tool oru-snapshot oru-tlm-tool)
     install(FILES packaging/completions/oru.bash
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${command})
 endforeach()

@@ -173,7 +173,7 @@ result run(const command& what) {
         fail("fork");
     }
     if (child == 0) {
-        place(open("/dev/null", O_RDONLY), STDIN_FILENO);
+        place(open(what.stdin_from.c_str(), O_RDONLY), STDIN_FILENO);
         place(out.theirs.get(), STDOUT_FILENO);
         place(err.theirs.get(), STDERR_FILENO);
         execve(what.executable.c_str(), argv.data(), envp.data());

@@ -15,10 +15,11 @@ inline const std::string closed_stream = "-";
 inline const std::vector<std::string> unwritable = {"/dev/full", closed_stream};
 
 struct command {
-    std::string executable;
-    std::vector<std::string> argv;  // argv[0] included, whatever the test wants it to be
+    std::string executable = {};
+    std::vector<std::string> argv = {};  // argv[0] included, whatever the test wants it to be
     std::vector<std::string> environment =
-        {};                      // "NAME=value"; all there is but for sanitizer options
+        {};  // "NAME=value"; all there is but for sanitizer options
+    std::string stdin_from = "/dev/null";
     std::string stdout_to = {};  // empty: captured; closed_stream; or a path to write to
     std::string stderr_to = {};  // likewise
     std::chrono::seconds time_limit{60};
@@ -36,8 +37,8 @@ struct result {
 // Shows the texts as they are, so that a difference can be read.
 std::ostream& operator<<(std::ostream& stream, const result& shown);
 
-// Runs the program to its end; its standard input is empty. Throws when it cannot be started; kills
-// it when the time limit has passed.
+// Runs the program to its end. Throws when it cannot be started; kills it when the time limit has
+// passed.
 result run(const command& what);
 
 // What a run that ended by itself with this output looks like.

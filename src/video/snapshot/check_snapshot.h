@@ -1,0 +1,15 @@
+// The one question about snapshots that a program asks which is more than a client of the service.
+#ifndef ORU_SNAPSHOT_CHECK_SNAPSHOT_H
+#define ORU_SNAPSHOT_CHECK_SNAPSHOT_H
+
+#include <string>
+
+namespace oru {
+
+// Reads `path` as the client reads its snapshot. Returns an empty text when it is one, else why it
+// is not: "PATH: REASON" or "PATH:LINE:COLUMN: REASON".
+std::string check_snapshot(const std::string& path);
+
+}  // namespace oru
+
+#endif

@@ -1,0 +1,14 @@
+#include <gtest/gtest.h>
+
+#include "snapshot/oru_snapshot.h"
+
+namespace {
+
+constexpr auto refusal = "oru-snapshot: the device's own client reads no snapshot files\n";
+
+TEST(no_files, refuses_to_check_any) {
+    EXPECT_EQ(oru_snapshot({"check", "/dev/null"}), ended(2, "", refusal));
+    EXPECT_EQ(oru_snapshot({"check", "-"}), ended(2, "", refusal));
+}
+
+}  // namespace

@@ -1,7 +1,6 @@
 // A JSON reader of the tests' own, so that what the tools read and print is judged by other code
 // than wrote it. It keeps every number as it is written.
-#ifndef TESTS_FUZZ_JSON_TEXT_H
-#define TESTS_FUZZ_JSON_TEXT_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -26,5 +25,3 @@ struct json_leave {
 
 // Returns the one value that `text` holds, blanks around it, or nothing when it is not JSON.
 std::optional<json_text> parse_json(std::string_view text, json_leave leave = {});
-
-#endif

@@ -1,7 +1,6 @@
 // What a fuzz target demands of the code under test: a demand that is not met is said on standard
 // error and ends the process, which the fuzzer takes as a find.
-#ifndef TESTS_FUZZ_REQUIRE_H
-#define TESTS_FUZZ_REQUIRE_H
+#pragma once
 
 #include <cstdio>
 #include <cstdlib>
@@ -15,5 +14,3 @@ inline void require(bool met, const char* demand, std::string_view shown = "") {
                  shown.data());
     std::abort();
 }
-
-#endif

@@ -1,7 +1,6 @@
 // What the targets that feed a snapshot have in common: the client library answers from the input,
 // and what a section prints is kept instead of printed.
-#ifndef TESTS_FUZZ_SNAPSHOT_INPUT_H
-#define TESTS_FUZZ_SNAPSHOT_INPUT_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -20,5 +19,3 @@ struct outcome {
     std::optional<std::string> exception;  // the text of a std::runtime_error that it let out
 };
 outcome run_section(void (*section)());
-
-#endif

@@ -1,36 +1,39 @@
 #!/bin/sh
-# Installs our client libraries, builds the tools against them as if they were the device's own, and
-# runs the end-to-end tests on that build.
-# usage: system_client_test.sh CMAKE SOURCE BUILD CACHE TEST...
-# CACHE is the initial cache of the second build; the tests are those of BUILD.
+# Builds our client libraries as a device has its own, shared and installed, then the project against
+# them in the release preset's form, and runs the tests of that build.
+# usage: system_client_test.sh CMAKE CTEST SOURCE CACHE
+# CACHE is the initial cache of both builds: compiler and flags.
 set -eu
 
 cmake=$1
-source=$2
-build=$3
+ctest=$2
+source=$3
 cache=$4
-shift 4
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-"$cmake" --install "$build" --component client --prefix "$scratch/device" >/dev/null
+"$cmake" -C "$cache" -DBUILD_SHARED_LIBS=ON -DBUILD_TESTING=OFF -S "$source" \
+    -B "$scratch/libraries" >/dev/null
+"$cmake" --build "$scratch/libraries" --target oru qwire
+"$cmake" --install "$scratch/libraries" --component client --prefix "$scratch/device" >/dev/null
 PKG_CONFIG_PATH=$(find "$scratch/device" -type d -name pkgconfig)
-export PKG_CONFIG_PATH
+LD_LIBRARY_PATH=$(dirname "$PKG_CONFIG_PATH")
+export PKG_CONFIG_PATH LD_LIBRARY_PATH
 
 # The sources without our client: there is no other to be found than what was installed.
 mkdir "$scratch/source"
-for part in CMakeLists.txt LICENSE CHANGELOG.md cmake docs packaging src; do
-    cp -R "$source/$part" "$scratch/source"
-done
-rm -r "$scratch/source/src/video/snapshot" "$scratch/source/src/video/oru.h" \
-    "$scratch/source/src/video/qwire.h"
+(cd "$source" && tar -c --exclude=./build --exclude=./.git --exclude=./src/video/snapshot \
+    --exclude=./src/video/oru.h --exclude=./src/video/qwire.h .) | tar -x -C "$scratch/source"
 
-"$cmake" -C "$cache" -S "$scratch/source" -B "$scratch/build" >/dev/null
+"$cmake" -C "$cache" -DORU_CLIENT=system -S "$scratch/source" -B "$scratch/build" >/dev/null
 "$cmake" --build "$scratch/build"
-"$cmake" --install "$scratch/build" --prefix "$scratch/tools" >/dev/null
+"$ctest" --test-dir "$scratch/build" --output-on-failure --parallel 2
 
-export ORU_TEST_BIN_DIR="$scratch/tools/bin"
-for test; do
-    "$test" --gtest_brief=1
-done
-echo 'system_client_test: the tools work with installed client libraries'
+# The C++ runtime is the one that the libraries brought: a second one in the program would mix.
+program=$scratch/build/bin/oru-cgi-applet
+if readelf -W --dyn-syms "$program" | grep -q ' FUNC .* [0-9]* _ZNSt.*runtime_error.*$' &&
+    ! ldd "$program" | grep -Eq 'libc\+\+\.so|libstdc\+\+\.so'; then
+    echo 'system_client_test: the program holds a C++ runtime of its own' >&2
+    exit 1
+fi
+echo 'system_client_test: the tools start and work with installed client libraries'

@@ -1,7 +1,6 @@
 // The decimal digits of a double by whole-number arithmetic alone: no floating-point operation and
 // no formatting of one.
-#ifndef TESTS_REPORT_EXACT_DIGITS_H
-#define TESTS_REPORT_EXACT_DIGITS_H
+#pragma once
 
 #include <algorithm>
 #include <cstddef>
@@ -98,5 +97,3 @@ inline exact_digits digits_of(std::uint64_t bits) {
     }
     return result;
 }
-
-#endif

@@ -86,6 +86,20 @@ TEST(previous_assertions, nothing_is_lost_of_a_record_that_is_no_json) {
     }
 }
 
+// The JSON library follows no deeper, and takes no half of a character.
+TEST(previous_assertions, a_record_beyond_the_library_is_printed_as_it_stands) {
+    const auto nested = [](std::size_t levels) {
+        return std::string(levels, '[') + " 1 " + std::string(levels, ']');
+    };
+    EXPECT_EQ(report_on(nested(256)),
+              ended(0, header + std::string(256, '[') + "1" + std::string(256, ']') + "\n\n"));
+    EXPECT_EQ(report_on(nested(257)), ended(0, header + nested(257) + "\n\n"));
+    EXPECT_EQ(report_on(R"([ "\ud83d\ude00" ])"), ended(0, header + R"(["\ud83d\ude00"])"
+                                                                    "\n\n"));
+    EXPECT_EQ(report_on(R"([ "\ud83d" ])"), ended(0, header + R"([ "\ud83d" ])"
+                                                              "\n\n"));
+}
+
 TEST(previous_assertions, a_large_record) {
     std::string record = "[\n";
     std::string expected = "[";

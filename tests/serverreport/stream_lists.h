@@ -1,6 +1,5 @@
 // Snapshots of running streams, and the arrays that the report makes of them.
-#ifndef TESTS_SERVERREPORT_STREAM_LISTS_H
-#define TESTS_SERVERREPORT_STREAM_LISTS_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -45,5 +44,3 @@ inline std::string array_of(const std::string& name, const std::string& snapshot
     }
     return got.out.substr(begin + opening.size(), end + 1 - begin - opening.size());
 }
-
-#endif

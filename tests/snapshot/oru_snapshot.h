@@ -1,6 +1,5 @@
 // Runs oru-snapshot as its users do.
-#ifndef TESTS_SNAPSHOT_ORU_SNAPSHOT_H
-#define TESTS_SNAPSHOT_ORU_SNAPSHOT_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -15,5 +14,3 @@ inline result oru_snapshot(const std::vector<std::string>& arguments, command st
     streams.argv.insert(streams.argv.end(), arguments.begin(), arguments.end());
     return run(streams);
 }
-
-#endif

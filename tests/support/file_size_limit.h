@@ -1,7 +1,6 @@
 // While an object of this lives, no program that is started can make a file longer than `bytes`: a
 // write beyond fails, as on a file system that is full. Terminals, pipes and devices are exempt.
-#ifndef TESTS_SUPPORT_FILE_SIZE_LIMIT_H
-#define TESTS_SUPPORT_FILE_SIZE_LIMIT_H
+#pragma once
 
 #include <signal.h>
 #include <sys/resource.h>
@@ -35,5 +34,3 @@ class file_size_limit {
     rlimit previous_{};
     sighandler_t previous_handler_ = nullptr;
 };
-
-#endif

@@ -1,8 +1,7 @@
 /* Counts the GObjects that are alive, by standing in the place of g_object_new(): linked into a
    program, or preloaded into one. With $ORU_TEST_LIVE_OBJECTS set, the counts are written to the
    file of that name when the process ends, a line "TYPE COUNT" for each type that has any. */
-#ifndef TESTS_SUPPORT_LIVE_OBJECTS_H
-#define TESTS_SUPPORT_LIVE_OBJECTS_H
+#pragma once
 
 #ifdef __cplusplus
 extern "C" {
@@ -16,6 +15,4 @@ void release_live_objects(void);
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

@@ -1,6 +1,5 @@
 // Runs a program as its users do and keeps everything it said.
-#ifndef TESTS_SUPPORT_RUN_H
-#define TESTS_SUPPORT_RUN_H
+#pragma once
 
 #include <chrono>
 #include <ostream>
@@ -45,5 +44,3 @@ result run(const command& what);
 inline result ended(int status, std::string_view out, std::string_view err = "") {
     return {.out = std::string(out), .err = std::string(err), .status = status};
 }
-
-#endif

@@ -1,6 +1,5 @@
 // A directory of a test's own, gone with everything in it when the test is over.
-#ifndef TESTS_SUPPORT_TEMP_DIRECTORY_H
-#define TESTS_SUPPORT_TEMP_DIRECTORY_H
+#pragma once
 
 #include <filesystem>
 #include <fstream>
@@ -43,5 +42,3 @@ class temp_directory {
   private:
     std::filesystem::path path_;
 };
-
-#endif

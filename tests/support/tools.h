@@ -1,6 +1,5 @@
 // The two tools, run through their links on a snapshot that the test writes.
-#ifndef TESTS_SUPPORT_TOOLS_H
-#define TESTS_SUPPORT_TOOLS_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -39,5 +38,3 @@ using tool_and_switch = std::pair<std::string, std::string>;
 // Returns both tools with each of their sections' switches by itself, the feeder tool with all of
 // them at once, and `more`.
 std::vector<tool_and_switch> every_switch_and(const std::vector<tool_and_switch>& more);
-
-#endif

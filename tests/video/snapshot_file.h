@@ -1,6 +1,5 @@
 // A snapshot written by a test, in a directory of its own that goes when the test is over.
-#ifndef ORU_TESTS_VIDEO_SNAPSHOT_FILE_H
-#define ORU_TESTS_VIDEO_SNAPSHOT_FILE_H
+#pragma once
 
 #include <filesystem>
 #include <string>
@@ -21,5 +20,3 @@ class snapshot_file {
   private:
     temp_directory directory_;
 };
-
-#endif

@@ -27,13 +27,12 @@ mkdir "$scratch/source"
 
 "$cmake" -C "$cache" -DORU_CLIENT=system -S "$scratch/source" -B "$scratch/build" >/dev/null
 "$cmake" --build "$scratch/build"
-"$ctest" --test-dir "$scratch/build" --output-on-failure --parallel 2
+# valgrind sees nothing here that it does not see with our client linked in.
+"$ctest" --test-dir "$scratch/build" --output-on-failure --parallel 2 --exclude-regex '^valgrind$'
 
-# The C++ runtime is the one that the libraries brought: a second one in the program would mix.
-program=$scratch/build/bin/oru-cgi-applet
-if readelf -W --dyn-syms "$program" | grep -q ' FUNC .* [0-9]* _ZNSt.*runtime_error.*$' &&
-    ! ldd "$program" | grep -Eq 'libc\+\+\.so|libstdc\+\+\.so'; then
-    echo 'system_client_test: the program holds a C++ runtime of its own' >&2
+# A second C++ library in the program, beside the one that the libraries brought, would mix with it.
+if ! readelf -W -d "$scratch/build/bin/oru-cgi-applet" | grep -Eq 'NEEDED.*\[lib(std)?c\+\+\.so'; then
+    echo 'system_client_test: the program does not share its C++ library' >&2
     exit 1
 fi
 echo 'system_client_test: the tools start and work with installed client libraries'

@@ -1,31 +1,16 @@
 #include "serverreport/crop.h"
 
-#include <utility>
-
-namespace {
-
-json under_name(std::uint32_t number, json state) {
-    json record;
-    record["id/" + std::to_string(number)] = std::move(state);
-    return record;
+crop_record crop_record_of(std::uint32_t number, const crop& crop) {
+    return {{"id/" + std::to_string(number),
+             {.crop = "Yes",
+              .height = crop.height,
+              .maxheight = crop.max_height,
+              .maxwidth = crop.max_width,
+              .width = crop.width,
+              .x = crop.x,
+              .y = crop.y}}};
 }
 
-}  // namespace
-
-json crop_record(std::uint32_t number, const crop& crop) {
-    json state;
-    state["crop"] = "Yes";
-    state["maxwidth"] = crop.max_width;
-    state["maxheight"] = crop.max_height;
-    state["x"] = crop.x;
-    state["y"] = crop.y;
-    state["width"] = crop.width;
-    state["height"] = crop.height;
-    return under_name(number, std::move(state));
-}
-
-json no_crop_record(std::uint32_t number) {
-    json state;
-    state["crop"] = "No";
-    return under_name(number, std::move(state));
+crop_record no_crop_record_of(std::uint32_t number) {
+    return {{"id/" + std::to_string(number), {.crop = "No"}}};
 }

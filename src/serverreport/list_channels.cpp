@@ -5,6 +5,7 @@
 
 #include <oru.h>
 
+#include "report/json.h"
 #include "report/output.h"
 #include "serverreport/channel_list.h"
 #include "serverreport/crop.h"
@@ -53,8 +54,8 @@ void list_channels() {
         }
         const std::uint32_t number = oru_channel_get_id(channel);
         const bool can_crop = oru_map_get_boolean(info.get(), "crop.possible", FALSE) != FALSE;
-        const json record =
-            can_crop ? crop_record(number, crop_of(channel)) : no_crop_record(number);
+        const crop_record record =
+            can_crop ? crop_record_of(number, crop_of(channel)) : no_crop_record_of(number);
         if (!write_compact(record, text)) {
             continue;
         }

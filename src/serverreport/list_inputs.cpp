@@ -8,6 +8,7 @@
 
 #include <oru.h>
 
+#include "report/json.h"
 #include "report/output.h"
 #include "serverreport/crop.h"
 #include "video/gerror_format.h"
@@ -32,9 +33,9 @@ owned_object_list input_channels() {
 }
 
 // The input's record, or none when its crop rectangle cannot be had.
-std::optional<json> record_of(std::uint32_t number, OruInput* input, OruMap* info) {
+std::optional<crop_record> record_of(std::uint32_t number, OruInput* input, OruMap* info) {
     if (oru_map_get_boolean(info, "crop.possible", FALSE) == FALSE) {
-        return no_crop_record(number);
+        return no_crop_record_of(number);
     }
     crop read;
     if (oru_input_get_crop(input, &read.x, &read.y, &read.width, &read.height, nullptr) == FALSE) {
@@ -44,7 +45,7 @@ std::optional<json> record_of(std::uint32_t number, OruInput* input, OruMap* inf
     const auto [width, height] = halves_of(oru_map_get_pair32u(info, "crop.max", no_maximum));
     read.max_width = width;
     read.max_height = height;
-    return crop_record(number, read);
+    return crop_record_of(number, read);
 }
 
 }  // namespace
@@ -79,7 +80,7 @@ void list_inputs() {
             g_print("Failed to get input info: %s\n", message_of(error.get()));
             return;
         }
-        const std::optional<json> record = record_of(number, input.get(), info.get());
+        const std::optional<crop_record> record = record_of(number, input.get(), info.get());
         if (!record || !write_compact(*record, text)) {
             continue;
         }

@@ -1,8 +1,10 @@
 #include "serverreport/list_output.h"
 
 #include <format>
+#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <oru.h>
 
@@ -13,8 +15,8 @@
 
 namespace {
 
-json output_state(OruMap* settings, OruMap* info) {
-    json state;
+std::map<std::string_view, std::string> output_state(OruMap* settings, OruMap* info) {
+    std::map<std::string_view, std::string> state;
     if (oru_map_get_boolean(settings, "enabled", FALSE) == FALSE) {
         state["enabled"] = "No";
         return state;

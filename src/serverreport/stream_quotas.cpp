@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <oru.h>
 
@@ -66,7 +68,7 @@ owned_object<OruMap> figures_in_use() {
 // Prints the line of one array's object. Returns false, with nothing printed, when it cannot be
 // written.
 bool print_figures(OruMap* map, std::initializer_list<figure> figures) {
-    json object;
+    std::map<std::string_view, std::string> object;
     for (const auto& [printed, read] : figures) {
         object[printed] = std::to_string(oru_map_get_uint32(map, read, 0));
     }

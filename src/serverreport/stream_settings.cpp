@@ -1,13 +1,58 @@
 #include "serverreport/stream_settings.h"
 
 #include <cstddef>
-#include <map>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "report/json.h"
 #include "report/output.h"
 #include "video/native.h"
+
+// The groups, members in the order in which they are printed; one without a value is left out.
+// Figures and switches are doubles, whose form the report's readers know; the source of the
+// picture, which stands last, is none.
+struct stream_basic {
+    double channel;
+    std::optional<double> compression = {};
+    std::string_view format;
+    double framerate;
+    std::optional<double> mirror = {};
+    std::optional<double> monochrome = {};
+    std::string_view resolution;
+    double rotation;
+    std::optional<double> is_signed = {};
+    std::optional<std::uint32_t> input = {}, view = {}, warp = {};
+
+    struct glaze {
+        using group = stream_basic;
+        static constexpr auto value =
+            glz::object("channel", &group::channel, "compression", &group::compression,  //
+                        "format", &group::format, "framerate", &group::framerate,        //
+                        "mirror", &group::mirror, "monochrome", &group::monochrome,      //
+                        "resolution", &group::resolution, "rotation", &group::rotation,  //
+                        "signed", &group::is_signed,                                     //
+                        "input", &group::input, "view", &group::view, "warp", &group::warp);
+    };
+};
+
+struct stream_encoder {
+    double bitrate;
+    double goplength;
+    std::string_view profile;
+    std::string_view rcmode;
+    std::string_view rcprio;
+};
+
+struct stream_leanflow {
+    double fps;
+    std::string_view fpsmode;
+    double goplength;
+    std::string_view gopmode;
+    std::string_view skipmode;
+    double strength;
+};
 
 namespace {
 
@@ -23,7 +68,7 @@ constexpr const char* other_profiles[] = {"main", "main 10bit"};
 constexpr const char* fixed[] = {"fixed"};
 constexpr const char* drop[] = {"drop"};
 // Percent; the steps are smaller between 20 and 30.
-constexpr std::uint32_t strengths[] = {0, 10, 20, 25, 30, 40, 50, 60, 70, 80, 90, 100};
+constexpr double strengths[] = {0, 10, 20, 25, 30, 40, 50, 60, 70, 80, 90, 100};
 
 bool is_uncompressed(std::uint32_t format) {
     return format == format_code::raw || format == 8 || format == 9;
@@ -35,25 +80,33 @@ bool shows_encoder(std::uint32_t format) {
     return format == format_code::h264 || format == format_code::h265 || format == format_code::av1;
 }
 
-json basic_group(const stream_snapshot_entry& entry, const stream_picture& picture) {
-    json basic;
-    basic["channel"] = oru_map_get_uint32(entry.settings, "channel", 0);
-    basic["resolution"] = picture.resolution;
-    basic["format"] = picture.name;
-    basic["framerate"] = oru_map_get_double(entry.settings, "framerate", 0.0);
-    basic["rotation"] = oru_map_get_uint32(entry.info, "rotation", 0);
-    if (is_uncompressed(picture.format)) {
-        return basic;
-    }
-    // The two switches are numbers here, as all figures of the group are.
-    const auto number_of = [&](const char* key) {
-        return oru_map_get_boolean(entry.settings, key, FALSE) != FALSE ? 1.0 : 0.0;
+stream_basic basic_group(const stream_snapshot_entry& entry, const stream_picture& picture) {
+    stream_basic basic{
+        .channel = figure_of(entry.settings, "channel"),
+        .format = picture.name,
+        .framerate = oru_map_get_double(entry.settings, "framerate", 0.0),
+        .resolution = picture.resolution,
+        .rotation = figure_of(entry.info, "rotation"),
     };
-    basic["compression"] = oru_map_get_uint32(entry.settings, "compression", 0);
-    basic["mirror"] = number_of("horizontal_flip");
-    basic["monochrome"] = oru_map_get_uint32(entry.info, "monochrome", 0);
-    if (picture.format != format_code::jpeg) {
-        basic["signed"] = number_of("sign");
+    if (!is_uncompressed(picture.format)) {
+        const auto number_of = [&](const char* key) {
+            return oru_map_get_boolean(entry.settings, key, FALSE) != FALSE ? 1.0 : 0.0;
+        };
+        basic.compression = figure_of(entry.settings, "compression");
+        basic.mirror = number_of("horizontal_flip");
+        basic.monochrome = figure_of(entry.info, "monochrome");
+        if (picture.format != format_code::jpeg) {
+            basic.is_signed = number_of("sign");
+        }
+    }
+    // Where the picture comes from: the first of these that the service names.
+    for (const auto& [source, member] : {std::pair{"input", &stream_basic::input},
+                                         {"view", &stream_basic::view},
+                                         {"warp", &stream_basic::warp}}) {
+        if (oru_map_contains(entry.info, source) != FALSE) {
+            basic.*member = oru_map_get_uint32(entry.info, source, 1);
+            break;
+        }
     }
     return basic;
 }
@@ -72,51 +125,37 @@ const char* profile_of(OruMap* settings, std::uint32_t format) {
     }
 }
 
-json encoder_group(OruMap* settings, std::uint32_t format) {
-    json encoder;
-    encoder["rcmode"] =
-        word_for(native_map_get_uint(settings, "rc.mode", 0), rate_control_modes, "none");
-    encoder["rcprio"] =
-        word_for(native_map_get_uint(settings, "rc.prio", 0), rate_control_priorities, "none");
-    encoder["profile"] = profile_of(settings, format);
-    encoder["goplength"] = oru_map_get_uint32(settings, "gop_length", 0);
-    encoder["bitrate"] = oru_map_get_uint32(settings, "bitrate", 0);
-    return encoder;
+stream_encoder encoder_group(OruMap* settings, std::uint32_t format) {
+    return {
+        .bitrate = figure_of(settings, "bitrate"),
+        .goplength = figure_of(settings, "gop_length"),
+        .profile = profile_of(settings, format),
+        .rcmode = word_for(native_map_get_uint(settings, "rc.mode", 0), rate_control_modes, "none"),
+        .rcprio =
+            word_for(native_map_get_uint(settings, "rc.prio", 0), rate_control_priorities, "none"),
+    };
 }
 
-json leanflow_group(OruMap* settings, std::uint32_t strength) {
+stream_leanflow leanflow_group(OruMap* settings, std::uint32_t strength) {
     const auto setting = [&](const char* key) { return oru_map_get_uint32(settings, key, 0); };
-
-    json leanflow;
-    leanflow["strength"] = strength < std::size(strengths) ? strengths[strength] : 0;
-    leanflow["gopmode"] = word_for(setting("sqz.gop_mode"), fixed, "dynamic");
-    leanflow["goplength"] = setting("sqz.max_gop_length");
-    leanflow["skipmode"] = word_for(setting("sqz.skip_mode"), drop, "empty");
-    leanflow["fpsmode"] = word_for(setting("sqz.fps_mode"), fixed, "dynamic");
-    leanflow["fps"] = setting("sqz.min_fps_num");
-    return leanflow;
-}
-
-// Where the stream's picture comes from: the first of these that the service names.
-std::map<std::string, std::uint32_t> source_of(OruMap* info) {
-    for (const char* source : {"input", "view", "warp"}) {
-        if (oru_map_contains(info, source) != FALSE) {
-            return {{source, oru_map_get_uint32(info, source, 1)}};
-        }
-    }
-    return {};
+    return {
+        .fps = figure_of(settings, "sqz.min_fps_num"),
+        .fpsmode = word_for(setting("sqz.fps_mode"), fixed, "dynamic"),
+        .goplength = figure_of(settings, "sqz.max_gop_length"),
+        .gopmode = word_for(setting("sqz.gop_mode"), fixed, "dynamic"),
+        .skipmode = word_for(setting("sqz.skip_mode"), drop, "empty"),
+        .strength = strength < std::size(strengths) ? strengths[strength] : 0,
+    };
 }
 
 }  // namespace
 
 void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t last_id) {
     const stream_picture picture = picture_of(entry);
-    const json basic = basic_group(entry, picture);
-    const auto source = source_of(entry.info);
     const std::uint32_t strength = oru_map_get_uint32(entry.settings, "sqz.strength", 0);
 
     std::string text;
-    if (!write_compact(merged(basic, source), text)) {
+    if (!write_compact(basic_group(entry, picture), text)) {
         return;
     }
     print("        {\n");

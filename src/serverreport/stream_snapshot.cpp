@@ -1,11 +1,23 @@
 #include "serverreport/stream_snapshot.h"
 
+#include <charconv>
 #include <cstdlib>
-#include <format>
 
 #include "report/output.h"
 #include "video/format_name.h"
 #include "video/native.h"
+
+namespace {
+
+// The number in `width` digits or more.
+std::string padded(std::uint64_t number, std::size_t width, int base) {
+    char digits[20];
+    const char* end = std::to_chars(digits, digits + sizeof digits, number, base).ptr;
+    const auto count = static_cast<std::size_t>(end - digits);
+    return std::string(width > count ? width - count : 0, '0').append(digits, count);
+}
+
+}  // namespace
 
 stream_picture picture_of(const stream_snapshot_entry& entry) {
     const std::uint32_t format = native_map_get_uint(entry.settings, "format", format_code::none);
@@ -22,14 +34,14 @@ stream_picture picture_of(const stream_snapshot_entry& entry) {
 }
 
 std::string stream_label(std::uint32_t id) {
-    return std::format("id/0x{:04x}", id);
+    return "id/0x" + padded(id, 4, 16);
 }
 
 std::string duration_text(std::int64_t microseconds) {
     const std::int64_t seconds = microseconds / 1'000'000;
-    const std::int64_t magnitude = std::abs(seconds);
-    return std::format("{}{:02}:{:02}:{:02}", seconds < 0 ? "-" : "", magnitude / 3600,
-                       magnitude / 60 % 60, magnitude % 60);
+    const auto magnitude = static_cast<std::uint64_t>(std::abs(seconds));
+    return (seconds < 0 ? "-" : "") + padded(magnitude / 3600, 2, 10) + ':' +
+           padded(magnitude / 60 % 60, 2, 10) + ':' + padded(magnitude % 60, 2, 10);
 }
 
 void print_stream_line(std::uint32_t id, std::string_view text, std::uint32_t last_id) {

@@ -35,6 +35,11 @@ struct stream_picture {
 };
 stream_picture picture_of(const stream_snapshot_entry& entry);
 
+// Returns a figure of a map as the double that the records hold it as, 0 when it is absent.
+inline double figure_of(OruMap* map, const char* key) {
+    return oru_map_get_uint32(map, key, 0);
+}
+
 // Returns the name under which a stream stands in each array, such as id/0x0001.
 std::string stream_label(std::uint32_t id);
 

@@ -1,11 +1,31 @@
 #include "serverreport/stream_statistics.h"
 
+#include <array>
 #include <map>
+#include <optional>
 #include <string>
-#include <utility>
 
 #include "report/json.h"
 #include "video/native.h"
+
+// The line's first members in the order in which they are printed, all of them doubles.
+struct stream_counters {
+    double actual_framerate;
+    double bitrate;
+    double failcount;
+    double framecount;
+    double reclaimcount;
+    std::optional<std::array<double, 2>> client_us;
+
+    struct glaze {
+        using line = stream_counters;
+        static constexpr auto value =
+            glz::object("actual-framerate", &line::actual_framerate, "bitrate", &line::bitrate,  //
+                        "failcount", &line::failcount, "framecount", &line::framecount,          //
+                        "reclaimcount", &line::reclaimcount,                                     //
+                        "tlm[0].client_us", &line::client_us);
+    };
+};
 
 namespace {
 
@@ -17,22 +37,19 @@ void for_each_client(std::string key, const Read& read) {
     }
 }
 
-json counters_of(const stream_snapshot_entry& entry) {
-    constexpr std::pair<const char*, const char*> printed_from_read[] = {
-        {"bitrate", "statistics.bitrate"},
-        {"framecount", "statistics.frame_count"},
-        {"actual-framerate", "statistics.framerate"},
-        {"failcount", "statistics.failed_frames"},
-        {"reclaimcount", "statistics.reclaim_count"},
+stream_counters counters_of(const stream_snapshot_entry& entry) {
+    stream_counters counters{
+        .actual_framerate = figure_of(entry.info, "statistics.framerate"),
+        .bitrate = figure_of(entry.info, "statistics.bitrate"),
+        .failcount = figure_of(entry.info, "statistics.failed_frames"),
+        .framecount = figure_of(entry.info, "statistics.frame_count"),
+        .reclaimcount = figure_of(entry.info, "statistics.reclaim_count"),
+        .client_us = {},
     };
-    json counters;
-    for (const auto& [printed, read] : printed_from_read) {
-        counters[printed] = oru_map_get_uint32(entry.info, read, 0);
-    }
     constexpr const char* client_time = "tlm[0].client_us";
     if (oru_map_contains(entry.debug, client_time) != FALSE) {
         const auto [first, second] = halves_of(oru_map_get_pair32u(entry.debug, client_time, 0));
-        counters[client_time] = json::array_t{first, second};
+        counters.client_us = {static_cast<double>(first), static_cast<double>(second)};
     }
     return counters;
 }
@@ -51,7 +68,7 @@ std::map<std::string, std::string> durations_of(OruMap* debug) {
 }  // namespace
 
 void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t last_id) {
-    const json counters = counters_of(entry);
+    const stream_counters counters = counters_of(entry);
     const auto durations = durations_of(entry.debug);
     std::map<std::string, std::uint32_t> reclaim_counts;
     std::map<std::string, glz::raw_json> reclaim_histograms;

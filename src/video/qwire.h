@@ -23,13 +23,21 @@ enum class kind : std::uint8_t {
     int64 = 3,
     float64 = 4,
     pair32u = 5,
+    other = 6,
     uint16 = 7,
     uint32 = 8,
 };
 
 using pair32u = std::pair<std::uint32_t, std::uint32_t>;
 
-// A tagged value in 16 bytes. A string is a view, shorter than 4 GiB and followed in memory by a
+// A value of a kind that has no C++ type here: its JSON text, which is all that is known of it.
+struct other {
+    std::string_view json;
+
+    bool operator==(const other&) const = default;
+};
+
+// A tagged value in 16 bytes. A text is a view, shorter than 4 GiB and followed in memory by a
 // NUL, of text that whoever hands the value out keeps alive: for an entry of a map, the map. Texts
 // hold no NUL themselves.
 class value {
@@ -42,6 +50,10 @@ class value {
           kind_(qw::kind::string) {}
     value(std::int64_t held) : bits_(static_cast<std::uint64_t>(held)), kind_(qw::kind::int64) {}
     value(double held) : bits_(std::bit_cast<std::uint64_t>(held)), kind_(qw::kind::float64) {}
+    value(other held)
+        : text_(held.json.data()),
+          length_(static_cast<std::uint32_t>(held.json.size())),
+          kind_(qw::kind::other) {}
     value(pair32u held)
         : bits_(std::uint64_t{held.second} << 32 | held.first), kind_(qw::kind::pair32u) {}
     value(std::uint16_t held) : bits_(held), kind_(qw::kind::uint16) {}
@@ -59,6 +71,8 @@ class value {
         }
         if constexpr (std::is_same_v<T, std::string_view>) {
             return std::string_view(text_, length_);
+        } else if constexpr (std::is_same_v<T, other>) {
+            return other{{text_, length_}};
         } else if constexpr (std::is_same_v<T, double>) {
             return std::bit_cast<double>(bits_);
         } else if constexpr (std::is_same_v<T, qw::pair32u>) {
@@ -74,7 +88,7 @@ class value {
         std::uint64_t bits_;
         const char* text_;
     };
-    std::uint32_t length_ = 0;  // of the text
+    std::uint32_t length_ = 0;  // of the text, when it is one
     qw::kind kind_;
 };
 
@@ -117,7 +131,8 @@ class map {
     map filter_prefix(std::string_view prefix) const;
 
     // Replaces `out` by the map as the text of one JSON object, compact, members in the map's
-    // order. Fails, with `out` unchanged, on a double that is not finite; the error names the key.
+    // order; bytes of strings that are no UTF-8 stay as they are. Fails, with `out` unchanged, on a
+    // double that is not finite; the error names the key.
     std::expected<void, std::string> to_json(std::string& out) const;
 
   private:

@@ -32,6 +32,10 @@ void check(const oru::map_entries& entries) {
         if (const auto text = entries[i].value.get_if<std::string_view>()) {
             require(is_text(*text), "a string is a text");
         }
+        if (const auto other = entries[i].value.get_if<qw::other>()) {
+            require(is_text(other->json) && parse_json(other->json, {.half_surrogates = true}),
+                    "a value of another kind is JSON", other->json);
+        }
     }
     const qw::map map(entries.data(), entries.size(), nullptr);
     for (const auto& entry : entries) {
@@ -39,7 +43,7 @@ void check(const oru::map_entries& entries) {
     }
     std::string text;
     if (const auto written = map.to_json(text); written) {
-        const auto read = parse_json(text);
+        const auto read = parse_json(text, {.half_surrogates = true});
         require(read && read->is == json_text::kind::object, "a map is a JSON object", text);
         require(std::ranges::equal(read->names, entries, {}, {}, &qw::map::entry::key),
                 "a map's members are its keys", text);
@@ -89,10 +93,12 @@ void check(const oru::document& doc) {
             check_all(stream.info, stream.settings, stream.debug);
         }
     }
-    if (const auto* channels = std::get_if<std::vector<oru::channel_record>>(&doc.channels)) {
-        for (const auto& channel : *channels) {
-            check(channel.properties);
-            check_all(channel.info, channel.crop, channel.crop_max, channel.resolutions);
+    for (const auto* list : {&doc.channels, &doc.channels_filtered}) {
+        if (const auto* channels = std::get_if<std::vector<oru::channel_record>>(list)) {
+            for (const auto& channel : *channels) {
+                check(channel.properties);
+                check_all(channel.info, channel.crop, channel.crop_max, channel.resolutions);
+            }
         }
     }
     if (const auto* inputs = std::get_if<oru::indexed<oru::input_record>>(&doc.inputs)) {
@@ -145,7 +151,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         check_complaint(snapshot.error(), input);
         return 0;
     }
-    require(parse_json(input, {.comments = true}).has_value(), "only JSON is taken");
+    require(parse_json(input, {.comments = true, .half_surrogates = true}).has_value(),
+            "only JSON is taken");
     check(**snapshot);
     return 0;
 }

@@ -1,6 +1,6 @@
 #include "fuzz/json_text.h"
 
-#include <cstddef>
+#include <algorithm>
 #include <cstdint>
 
 namespace {
@@ -177,7 +177,7 @@ class parser {
             return;
         }
         std::uint32_t code = read_unit();
-        if (code >= 0xD800 && code <= 0xDFFF) {
+        if (code >= 0xD800 && code <= 0xDFFF && !leave_.half_surrogates) {
             demand(code <= 0xDBFF && take("\\u"));
             const std::uint32_t low = read_unit();
             demand(low >= 0xDC00 && low <= 0xDFFF);
@@ -211,4 +211,23 @@ std::optional<json_text> parse_json(std::string_view text, json_leave leave) {
     } catch (const not_json&) {
         return std::nullopt;
     }
+}
+
+std::size_t nesting(std::string_view json) {
+    std::size_t open = 0;
+    std::size_t most = 0;
+    bool in_string = false;
+    for (std::size_t at = 0; at < json.size(); ++at) {
+        const char c = json[at];
+        if (in_string && c == '\\') {
+            ++at;
+        } else if (c == '"') {
+            in_string = !in_string;
+        } else if (!in_string && (c == '[' || c == '{')) {
+            most = std::max(most, ++open);
+        } else if (!in_string && (c == ']' || c == '}')) {
+            --open;
+        }
+    }
+    return most;
 }

@@ -2,6 +2,7 @@
 // than wrote it. It keeps every number as it is written.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,9 +20,13 @@ struct json_text {
 };
 
 struct json_leave {
-    bool comments = false;       // between tokens, as blanks
-    bool control_bytes = false;  // in strings, as themselves
+    bool comments = false;         // between tokens, as blanks
+    bool control_bytes = false;    // in strings, as themselves
+    bool half_surrogates = false;  // as escapes in strings; what they decode to is no UTF-8
 };
+
+// How deep the arrays and objects of a JSON text are nested.
+std::size_t nesting(std::string_view json);
 
 // Returns the one value that `text` holds, blanks around it, or nothing when it is not JSON.
 std::optional<json_text> parse_json(std::string_view text, json_leave leave = {});

@@ -10,9 +10,12 @@
 #include <stdexcept>
 
 #include <oru.h>
+#include <qwire.h>
 
 #include "applet/fatal.h"
+#include "fuzz/json_text.h"
 #include "fuzz/require.h"
+#include "video/owned.h"
 #include "video/snapshot/snapshot.h"
 
 namespace {
@@ -50,6 +53,14 @@ void answer_from(std::string_view input) {
 
 std::string snapshot_path() {
     return "/proc/self/fd/" + std::to_string(snapshot_file());
+}
+
+bool mode_breaks_off() {
+    constexpr std::size_t deepest = 127 - 1;  // the document, around the map
+    const owned_object<OruMode> mode{oru_mode_new(nullptr)};
+    const owned_object<OruMap> info{mode ? oru_mode_get_info(mode.get(), nullptr) : nullptr};
+    std::string text;
+    return info && oru_map_native_ref(info.get())->to_json(text) && nesting(text) > deepest;
 }
 
 outcome run_section(void (*section)()) {

@@ -12,6 +12,10 @@ std::string snapshot_path();
 // Makes the client library read its snapshot again, from a file that holds `input`.
 void answer_from(std::string_view input);
 
+// Whether the mode's map holds a value that is nested deeper than the document about the device is
+// printed: that breaks off there.
+bool mode_breaks_off();
+
 // How a section went.
 struct outcome {
     std::string out;                   // what it printed

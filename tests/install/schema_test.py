@@ -31,6 +31,13 @@ GOOD = [
     ' {"id": 2, "$error": "broken"}, {"id": 3, "resolution_unrotated": {"capture": {"$error": "x"}}}]}}',
     '{"output": {"all": [{"id": 0, "info": {}, "settings": {}}, {"id": 1, "$error": "broken"}]}}',
     '{"formats": {"h264": 0, "big": 4294967295}}',
+    '{"about": "unit 12, \u00e9", "channel": {"all": {"$error": "busy"}, "filtered": []}}',
+    '{"channel": {"all": [{}], "filtered": [{"id": 3, "info": {"a": 1}}, {"crop_max": [1, 1]}]}}',
+    '{"stream": {"quota": {"$error": 1, "a": 2}, "limit": {"$error": {"bytes": "78"}, "a": 2}}}',
+    '{"channel": {"all": [{"properties": {"$error": "x", "key": "input"}}]}}',
+    '{"mode": {"info": {"a": {"bytes": ""}, "b": {"bytes": "01c3ff"}, "c": {"double": "-nan"},'
+    ' "d": {"other": null}, "e": {"other": [{"a": "\\u0000"}, {"$error": "x", "b": 1}]},'
+    ' "f": {"other": {}}}}}',
     '{"mode": {"info": {"b": true, "s": "", "u": 4294967295, "i": -9223372036854775808, "d": 1.5,'
     ' "e": 1e300, "p": [0, 4294967295], "": {"uint16": 65535}, "w": {"uint32": 0},'
     ' "l": {"int64": 9223372036854775807}, "n": {"double": "nan"}, "m": {"double": "-inf"},'
@@ -61,8 +68,24 @@ BAD = [
     '{"system": {"$error": "x", "caps": {}}}',
     '{"stream": {"all": {"$error": "x", "id": 1}}}',
     '{"stream": {"$error": "x"}}',
-    '{"channel": {"filtered": []}}',
     '{"channel": {"filtered": {}}}',
+    '{"channel": {"filtered": [1]}}',
+    '{"channel": {"filtered": {"$error": "x", "id": 1}}}',
+    '{"stream": {"quota": {"$error": "x", "a": 1}}}',
+    '{"stream": {"all": [{"info": {"a": 1, "$error": "x"}}]}}',
+    '{"channel": {"all": [{"resolutions": {"available": [], "$error": "x"}}]}}',
+    '{"channel": {"all": [{"resolutions": {"available": {"$error": "x", "a": []}}}]}}',
+    '{"channel": {"all": [{"crop": {"$error": "x", "a": 1}}]}}',
+    '{"input": {"all": [{"id": 1, "$error": "x", "info": {}}]}}',
+    '{"output": {"all": [{"id": 1, "settings": {}, "$error": "x"}]}}',
+    # ids
+    '{"input": {"all": [{}]}}',
+    '{"input": {"all": [{"$error": "x"}]}}',
+    '{"output": {"all": [{"info": {}}]}}',
+    # texts
+    '{"about": 1}',
+    '{"about": {"$error": "x"}}',
+    '{"about": "\\u0000"}',
     # numbers
     '{"stream": {"all": [{"id": -1}]}}',
     '{"stream": {"all": [{"id": 4294967296}]}}',
@@ -93,6 +116,11 @@ BAD = [
     '{"mode": {"info": {"a": {"uint32": 4294967296}}}}',
     '{"mode": {"info": {"a": {"int64": 9223372036854775808}}}}',
     '{"mode": {"info": {"a": {"double": "NaN"}}}}',
+    '{"mode": {"info": {"a": {"bytes": 6}}}}',
+    '{"mode": {"info": {"a": {"bytes": "6"}}}}',
+    '{"mode": {"info": {"a": {"bytes": "6F"}}}}',
+    '{"mode": {"info": {"a": {"bytes": "6f00"}}}}',
+    '{"mode": {"info": {"a": {"other": 1, "bytes": ""}}}}',
     '{"mode": {"info": {"a": {"double": true}}}}',
     '{"mode": {"info": {"a": {"uint16": 1, "uint32": 1}}}}',
     '{"mode": {"info": {"a": "\\u0000"}}}',

@@ -28,10 +28,10 @@ using namespace std::string_literals;
 
 // One line, with every member that there is and a value of every kind.
 const std::string full =
-    R"({"system":{"caps":{"output":true}},"mode":{"info":{"a":1,"b":-2,"c":1.5,"d":"x","e":[1,2],)"
-    R"("f":{"uint16":3},"g":{"double":"nan"}}},"stream":{"debug":{"$error":"none"},"quota":{"k":0},)"
+    R"({"about":"a","system":{"caps":{"output":true}},"mode":{"info":{"a":1,"b":-2,"c":1.5,)"
+    R"("d":"x","e":[1,2],"f":{"uint16":3},"g":{"double":"nan"},"h":{"bytes":"6fff"}}},"stream":{"debug":{"$error":"none"},"quota":{"k":0},)"
     R"("limit":{},"all":[{"id":1,"info":{"x":1},"settings":{"y":2},"debug":{"$error":"gone"}}]},)"
-    R"("channel":{"info":{"n":1},"filtered":{"$error":"no"},"all":[{"id":0,"properties":{"key":"in"},)"
+    R"("channel":{"info":{"n":1},"filtered":[{"id":7,"crop_max":[1,1]}],"all":[{"id":0,"properties":{"key":"in"},)"
     R"("info":{"i":1},"crop":[1,2,3,4],"crop_max":[5,6],"resolutions":{"available":[[7,8],[9,10]],)"
     R"("other":{"$error":"none"}}}]},"input":{"all":[{"id":1,"info":{},"crop":{"$error":"none"},)"
     R"("resolution_unrotated":{"capture":[1,2]}},{"id":2,"$error":"broken"}]},)"
@@ -215,6 +215,30 @@ TEST(hostile_snapshot, what_is_no_value_is_refused_wherever_it_stands) {
             }
         }
     }
+}
+
+// The only place where a value of any form is taken: there it need only be JSON.
+TEST(hostile_snapshot, what_is_no_json_is_refused_in_a_value_of_another_kind) {
+    const snapshot_file file;
+    const std::string before = R"({"mode":{"info":{"k":{"other":)";
+    std::size_t taken = 0;
+    for (const std::string& hostile : never_values) {
+        file.write(before + hostile + "}}}}");
+        if (oru::load(file.path())) {
+            ++taken;
+            continue;
+        }
+        for (const char* around : {"%", "[%]", R"({"a":%})", R"([1,{"b":[%]}])"}) {
+            std::string text = before + around + "}}}}";
+            const std::size_t place = text.find('%');
+            text.replace(place, 1, hostile);
+            SCOPED_TRACE(text.substr(0, 100));
+            expect_refused(file, text, place);
+        }
+    }
+    // A null, 4 numbers too large or too long, 3 strings that are no text, 6 arrays of another
+    // form, and 3 objects with a name given twice.
+    EXPECT_EQ(taken, 17) << "of " << never_values.size();
 }
 
 TEST(hostile_snapshot, repeated_and_misplaced_members_are_refused_in_every_object) {
@@ -421,6 +445,17 @@ const std::vector<shape> shapes = {
          return R"({"stream":{"all":[{"id":1,"debug":{},"settings":{"identity":")" +
                 repeated(R"(\"\\\u0001\n\u00e9)", count) + R"("},"info":{"identity[0]":")" +
                 repeated("x\xc3\xa9", count) + "\"}}]}}";
+     }},
+    {"values_of_another_kind",
+     [](std::size_t count) {
+         return R"({"mode":{"info":{"long":{"other":[)" +
+                list_of(count, [](std::size_t) { return R"({"a":[1.50,"\u0000"]})"s; }) + "]}," +
+                list_of(count / 100,
+                        [](std::size_t i) {
+                            return std::format(R"("{:06}":{{"other":{}{}}})", i, repeated("[", 99),
+                                               repeated("]", 99));
+                        }) +
+                "}}}";
      }},
     {"comments", [](std::size_t count) { return repeated("/* x */ // y\n", count) + "{}"; }},
     {"lines_before_what_is_wrong",

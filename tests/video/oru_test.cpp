@@ -100,7 +100,9 @@ TEST_F(Oru, MapGettersWidenUnsignedNumbersAndNothingElse) {
     record(R"({"system":{"caps":{
         "boolean": true, "string": "text", "uint32": 4294967295, "int64": -5, "double": 2.5,
         "pair": [1, 2], "uint16": {"uint16": 65535}, "small int64": {"int64": 5},
-        "whole double": {"double": 5}}}})");
+        "whole double": {"double": 5}, "bytes": {"bytes": "6fff"}, "other text": {"other": "text"},
+        "other number": {"other": 5}, "other pair": {"other": [1, 2]}, "other flag": {"other": true}
+        }}})");
     const owned<OruSystem> system(oru_system_new(nullptr));
     ASSERT_NE(system, nullptr);
     const owned<OruMap> map(oru_system_get_caps(system.get(), nullptr));
@@ -125,6 +127,11 @@ TEST_F(Oru, MapGettersWidenUnsignedNumbersAndNothingElse) {
         {"uint16", 65535, 65535, 65535.0, FALSE, "default", 7},
         {"small int64", 7, 5, 7.0, FALSE, "default", 7},
         {"whole double", 7, 7, 5.0, FALSE, "default", 7},
+        {"bytes", 7, 7, 7.0, FALSE, "o\xFF", 7},
+        {"other text", 7, 7, 7.0, FALSE, "default", 7},
+        {"other number", 7, 7, 7.0, FALSE, "default", 7},
+        {"other pair", 7, 7, 7.0, FALSE, "default", 7},
+        {"other flag", 7, 7, 7.0, FALSE, "default", 7},
         {"absent", 7, 7, 7.0, FALSE, "default", 7},
     };
     for (const row& expected : rows) {
@@ -144,6 +151,7 @@ TEST_F(Oru, MapGettersWidenUnsignedNumbersAndNothingElse) {
             << expected.key;
     }
     EXPECT_TRUE(oru_map_contains(map.get(), "pair"));
+    EXPECT_TRUE(oru_map_contains(map.get(), "other text"));
     EXPECT_FALSE(oru_map_contains(map.get(), "absent"));
 }
 
@@ -277,35 +285,78 @@ TEST_F(Oru, AnswersWhatIsRecorded) {
     EXPECT_EQ(wrong.text(), "");
 }
 
+std::vector<guint32> ids_of(GList* list_of_channels) {
+    const list<OruChannel> channels(list_of_channels);
+    std::vector<guint32> found;
+    for (guint i = 0; i < channels.size(); ++i) {
+        found.push_back(oru_channel_get_id(channels[i]));
+    }
+    return found;
+}
+
+// The ids of the channels that the filter finds.
+std::vector<guint32> filtered(OruMap* filter) {
+    error wrong;
+    const auto found = ids_of(oru_channel_get_filtered(filter, wrong));
+    EXPECT_EQ(wrong.text(), "");
+    return found;
+}
+
 TEST_F(Oru, FiltersChannelsByTheirProperties) {
     record(R"({"channel":{"all":[
         {"id":0,"properties":{"key":"input","n":1}}, {"id":1,"properties":{"key":"view"}}, {"id":2},
         {"id":3,"properties":{"side":"left","key":"input"}}, {"id":4,"properties":{"key":5}}]}})");
-    const auto ids = [](OruMap* filter) {
-        error wrong;
-        const list<OruChannel> channels(oru_channel_get_filtered(filter, wrong));
-        EXPECT_EQ(wrong.text(), "");
-        std::vector<guint32> found;
-        for (guint i = 0; i < channels.size(); ++i) {
-            found.push_back(oru_channel_get_id(channels[i]));
-        }
-        return found;
-    };
     const owned<OruMap> filter(oru_map_new());
-    EXPECT_EQ(ids(filter.get()), (std::vector<guint32>{0, 1, 2, 3, 4}));
+    EXPECT_EQ(filtered(filter.get()), (std::vector<guint32>{0, 1, 2, 3, 4}));
     oru_map_set_string(filter.get(), "key", "input");
-    EXPECT_EQ(ids(filter.get()), (std::vector<guint32>{0, 3}));
+    EXPECT_EQ(filtered(filter.get()), (std::vector<guint32>{0, 3}));
     oru_map_set_string(filter.get(), "side", "left");
-    EXPECT_EQ(ids(filter.get()), (std::vector<guint32>{3}));
+    EXPECT_EQ(filtered(filter.get()), (std::vector<guint32>{3}));
     oru_map_set_string(filter.get(), "key", "inpu");
-    EXPECT_EQ(ids(filter.get()), std::vector<guint32>{});
+    EXPECT_EQ(filtered(filter.get()), std::vector<guint32>{});
 
     // What is no string in the filter selects nothing.
     const owned<OruMap> other(oru_map_new());
     record(R"({"mode":{"info":{"n":2}},"channel":{"all":[{"id":0,"properties":{"n":1}}]}})");
     const owned<OruMode> mode(oru_mode_new(nullptr));
     const owned<OruMap> number(oru_mode_get_info(mode.get(), nullptr));
-    EXPECT_EQ(ids(number.get()), (std::vector<guint32>{0}));
+    EXPECT_EQ(filtered(number.get()), (std::vector<guint32>{0}));
+}
+
+TEST_F(Oru, AnswersTheFilterForInputsWithTheirOwnList) {
+    record(R"({"channel":{
+        "all":[{"id":0,"properties":{"key":"input"}},{"id":1,"properties":{"key":"view"}}],
+        "filtered":[{"id":5,"info":{"is":"five"}},{"id":1,"properties":{"key":"view"},
+                     "info":{"is":"one"}}]}})");
+    EXPECT_EQ(ids_of(oru_channel_get_all(nullptr)), (std::vector<guint32>{0, 1}));
+    const owned<OruMap> filter(oru_map_new());
+    EXPECT_EQ(filtered(filter.get()), (std::vector<guint32>{0, 1}));
+    oru_map_set_string(filter.get(), "key", "view");
+    EXPECT_EQ(filtered(filter.get()), (std::vector<guint32>{1}));
+    oru_map_set_string(filter.get(), "key", "input");
+    EXPECT_EQ(filtered(filter.get()), (std::vector<guint32>{5, 1}));
+    oru_map_set_string(filter.get(), "side", "left");
+    EXPECT_EQ(filtered(filter.get()), (std::vector<guint32>{5, 1}));
+
+    const list<OruChannel> channels(oru_channel_get_filtered(filter.get(), nullptr));
+    expect_map([&](GError** e) { return oru_channel_get_info(channels[1], e); }, R"({"is":"one"})");
+    expect_map([](GError** e) { return oru_channel_get_info(nullptr, e); },
+               "not recorded: channel info not recorded");
+}
+
+TEST_F(Oru, AnswersTheFilterForInputsWhereAllChannelsFail) {
+    record(R"({"channel":{"all":{"$error":"busy"},"filtered":[{"id":5}]}})");
+    error all;
+    EXPECT_EQ(oru_channel_get_all(all), nullptr);
+    EXPECT_EQ(all.text(), "failed: busy");
+    const owned<OruMap> filter(oru_map_new());
+    error other;
+    EXPECT_EQ(oru_channel_get_filtered(filter.get(), other), nullptr);
+    EXPECT_EQ(other.text(), "failed: busy");
+    oru_map_set_string(filter.get(), "key", "input");
+    EXPECT_EQ(filtered(filter.get()), (std::vector<guint32>{5}));
+    record(R"({"channel":{"all":[{"properties":{"key":"input"}}],"filtered":[]}})");
+    EXPECT_EQ(filtered(filter.get()), std::vector<guint32>{});
 }
 
 TEST_F(Oru, AnEmptyListIsNoError) {
@@ -583,7 +634,7 @@ TEST_F(Oru, LooksNamesUp) {
 }
 
 TEST_F(Oru, LooksInputsAndOutputsUpByTheirNumber) {
-    record(R"({"input":{"all":[{"id":4294967295},{},{"id":2,"info":{}}]},"output":{"all":[{}]}})");
+    record(R"({"input":{"all":[{"id":4294967295},{"id":2,"info":{}}]},"output":{"all":[]}})");
     const auto open = [](guint32 number) {
         error wrong;
         const owned<OruInput> input(oru_input_new(number, wrong));

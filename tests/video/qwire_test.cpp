@@ -38,6 +38,7 @@ TEST(Value, KnowsItsKindByTheCodesOfTheBus) {
     EXPECT_EQ(static_cast<int>(qw::value(std::int64_t{1}).kind()), 3);
     EXPECT_EQ(static_cast<int>(qw::value(1.0).kind()), 4);
     EXPECT_EQ(static_cast<int>(qw::value(qw::pair32u(1, 2)).kind()), 5);
+    EXPECT_EQ(static_cast<int>(qw::value(qw::other{"null"}).kind()), 6);
     EXPECT_EQ(static_cast<int>(qw::value(std::uint16_t{1}).kind()), 7);
     EXPECT_EQ(static_cast<int>(qw::value(std::uint32_t{1}).kind()), 8);
 }
@@ -54,6 +55,10 @@ TEST(Value, GivesItsContentOnlyAsItsOwnKind) {
     EXPECT_EQ(qw::value(qw::pair32u(4294967295, 2)).get_if<qw::pair32u>(),
               qw::pair32u(4294967295, 2));
     EXPECT_EQ(qw::value(std::uint32_t{4294967295}).get_if<std::uint32_t>(), 4294967295);
+    const qw::value other(qw::other{"[1]"});
+    EXPECT_EQ(other.get_if<qw::other>(), qw::other{"[1]"});
+    EXPECT_EQ(other.get_if<std::string_view>(), std::nullopt);
+    EXPECT_EQ(qw::value("[1]"sv).get_if<qw::other>(), std::nullopt);
 }
 
 TEST(Map, StartsEmpty) {
@@ -96,6 +101,7 @@ TEST(Map, CopiesTheTextsThatItIsGiven) {
         std::string text(100, 't');
         map.insert(key, std::string_view(text));
         map.assign("short", std::string_view(text).substr(0, 3));
+        map.assign("unknown", qw::other{std::string_view(text).substr(0, 4)});
         key.assign(100, 'x');
         text.assign(100, 'y');
     }
@@ -103,6 +109,7 @@ TEST(Map, CopiesTheTextsThatItIsGiven) {
     EXPECT_EQ(text, std::string(100, 't'));
     EXPECT_EQ(text.data()[100], '\0');
     EXPECT_STREQ(at<std::string_view>(map, "short").data(), "ttt");
+    EXPECT_STREQ(at<qw::other>(map, "unknown").json.data(), "tttt");
     EXPECT_EQ(map.begin()->key.data()[100], '\0');
 }
 
@@ -238,6 +245,13 @@ TEST(MapToJson, WritesTheShortestDecimalOfADouble) {
         map.insert("x", number);
         EXPECT_EQ(json(map), "{\"x\":" + std::string(text) + "}");
     }
+}
+
+TEST(MapToJson, WritesAnUnknownKindAsItStands) {
+    qw::map map;
+    map.insert("a", qw::other{R"({"b":[1.50,"\u0041",null],"b":-0})"});
+    map.insert("c", true);
+    EXPECT_EQ(json(map), R"({"a":{"b":[1.50,"\u0041",null],"b":-0},"c":true})");
 }
 
 TEST(MapToJson, EscapesKeysAndStrings) {

@@ -93,12 +93,14 @@ TEST(Document, TakesEveryMemberAndAnyOfThemLeftOut) {
             R"({})"sv,
             R"({"system":{},"mode":{},"stream":{},"channel":{},"input":{},"output":{},"formats":{}})"sv,
             R"({"stream":{"all":[]},"channel":{"all":[]},"input":{"all":[]},"output":{"all":[]}})"sv,
-            R"({"stream":{"all":[{}]},"channel":{"all":[{}]},"input":{"all":[{}]},"output":{"all":[{}]}})"sv,
-            R"({"system":{"caps":{}},"mode":{"info":{}},"stream":{"debug":{},"quota":{},"limit":{},
+            R"({"stream":{"all":[{}]},"channel":{"all":[{}]},"input":{"all":[{"id":1}]},"output":{"all":[{"id":0}]}})"sv,
+            R"({"about":"unit 12, \u00e9","system":{"caps":{}},"mode":{"info":{}},"stream":{"debug":{},"quota":{},"limit":{},
                  "all":[{"id":1,"info":{},"settings":{},"debug":{}}]},
                  "channel":{"info":{},"all":[{"id":0,"properties":{"key":"input"},"info":{},
                  "crop":[0,0,1920,1080],"crop_max":[1920,1080],
-                 "resolutions":{"available":[[1920,1080],[1280,720]],"none":[]}}]},
+                 "resolutions":{"available":[[1920,1080],[1280,720]],"none":[]}}],
+                 "filtered":[{"id":0,"properties":{},"info":{},"crop":[0,0,1,1],"crop_max":[1,1],
+                 "resolutions":{}},{"id":1}]},
                  "input":{"all":[{"id":1,"info":{},"crop":[0,1,2,4294967295],
                  "resolution_unrotated":{"capture":[1920,1080]}}]},
                  "output":{"all":[{"id":0,"info":{},"settings":{}}]},
@@ -155,6 +157,7 @@ TEST(Document, RefusesAMemberGivenTwice) {
         {R"({"system":{"caps":{},"caps":{}}})", "1:22: duplicate member 'caps'"},
         {R"({"stream":{"all":[],"all":[]}})", "1:21: duplicate member 'all'"},
         {R"({"stream":{"all":[{"id":1,"id":1}]}})", "1:27: duplicate member 'id'"},
+        {R"({"about":"x","about":"x"})", "1:14: duplicate member 'about'"},
         {R"({"channel":{"filtered":{"$error":"x"},"filtered":{"$error":"x"}}})",
          "1:39: duplicate member 'filtered'"},
         {R"({"input":{"all":[{"$error":"x","$error":"x"}]}})", "1:32: duplicate member '$error'"},
@@ -186,12 +189,34 @@ TEST(Document, RefusesAnIdGivenTwice) {
               "1:42: id 1 is recorded twice");
     EXPECT_EQ(complaint(R"({"output":{"all":[{"id":7},{"$error":"x","id":7}]}})"),
               "1:47: id 7 is recorded twice");
+    EXPECT_EQ(complaint(R"({"channel":{"filtered":[{"id":5},{"id":5}]}})"),
+              "1:40: id 5 is recorded twice");
 }
 
 TEST(Document, TakesStreamsWithoutAnIdOrWithZero) {
     EXPECT_EQ(complaint(R"({"stream":{"all":[{"id":0},{},{"id":0},{"id":1},{}]}})"), "");
-    EXPECT_EQ(complaint(R"({"channel":{"all":[{},{"id":0},{}]}})"), "");
-    EXPECT_EQ(complaint(R"({"input":{"all":[{},{},{"id":0}]},"output":{"all":[{},{}]}})"), "");
+}
+
+TEST(Document, GivesAChannelWithoutAnIdTheIdZero) {
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{"id":1},{"info":{}},{"id":2}]}})"), "");
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{}],"filtered":[{}]}})"), "");
+    constexpr auto twice = "id 0 is recorded twice, which is that of a channel without one";
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{},{}]}})"), "1:23: "s + twice);
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{"id":0},{"info":{}}]}})"), "1:29: "s + twice);
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{},{"id":1},{"id":0}]}})"),
+              "1:38: id 0 is recorded twice");
+    EXPECT_EQ(complaint(R"({"channel":{"filtered":[{"id":7},{},{}]}})"), "1:37: "s + twice);
+}
+
+TEST(Document, NeedsTheIdOfAnInputAndAnOutput) {
+    EXPECT_EQ(complaint(R"({"input":{"all":[{"id":1}, {}]}})"),
+              "1:28: expected an input (an object) with an id");
+    EXPECT_EQ(complaint(R"({"input":{"all":[{"info":{}}]}})"),
+              "1:18: expected an input (an object) with an id");
+    EXPECT_EQ(complaint(R"({"input":{"all":[{"$error":"x"}]}})"),
+              "1:18: expected an input (an object) with an id");
+    EXPECT_EQ(complaint("{\"output\":{\"all\":[\n {\"settings\":{}}]}}"),
+              "2:2: expected an output (an object) with an id");
 }
 
 TEST(Document, RefusesTheWrongKindOfValue) {
@@ -208,8 +233,13 @@ TEST(Document, RefusesTheWrongKindOfValue) {
         {R"({"stream":{"all":1}})", "1:18: expected an array of objects, found '1'"},
         {R"({"stream":{"all":{}}})", "1:18: expected an array of streams, found an empty object"},
         {R"({"channel":{"all":{"id":1}}})", "1:20: unknown member 'id'"},
-        {R"({"channel":{"filtered":[]}})", "1:24: expected a failure, found '['"},
-        {R"({"channel":{"filtered":{}}})", "1:24: expected a failure, found an empty object"},
+        {R"({"about":{}})", "1:10: expected a text, found '{'"},
+        {R"({"about":null})", "1:10: expected a text, found 'n'"},
+        {R"({"channel":{"filtered":5}})", "1:24: expected an array of objects, found '5'"},
+        {R"({"channel":{"filtered":{}}})",
+         "1:24: expected an array of channels, found an empty object"},
+        {R"({"channel":{"filtered":{"id":1}}})", "1:25: unknown member 'id'"},
+        {R"({"channel":{"filtered":["x"]}})", "1:25: expected a channel (an object), found '\"'"},
         {R"({"channel":{"filtered":{"$error":5}}})",
          "1:34: expected the text of a failure, found '5'"},
         {R"({"channel":{"all":[{"properties":[]}]}})",
@@ -259,9 +289,10 @@ TEST(Failure, StandsInThePlaceOfAnyAnswer) {
                     "all": [{"info": {"$error": "info"}, "crop": {"$error": "crop"},
                              "crop_max": {"$error": "crop_max"},
                              "resolutions": {"$error": "resolutions"}},
-                            {"resolutions": {"available": {"$error": "available"}, "b": []}}]},
+                            {"id": 1, "resolutions": {"available": {"$error": "available"},
+                                                      "b": []}}]},
         "input": {"all": [{"id": 1, "$error": "input 1"},
-                          {"$error": "input 2", "info": {}, "id": 2},
+                          {"$error": "input 2", "id": 2},
                           {"id": 3, "resolution_unrotated": {"$error": "unrotated"}},
                           {"id": 4, "resolution_unrotated": {"capture": {"$error": "capture"}}}]},
         "output": {"all": [{"id": 0, "$error": "output 0"}]}})");
@@ -274,7 +305,7 @@ TEST(Failure, StandsInThePlaceOfAnyAnswer) {
     EXPECT_EQ(failure_of(doc.stream_limit), "limit");
     EXPECT_EQ(failure_of(doc.streams), "streams");
     EXPECT_EQ(failure_of(doc.channel_info), "channel info");
-    EXPECT_STREQ(doc.channel_filtered->message, "filtered");
+    EXPECT_EQ(failure_of(doc.channels_filtered), "filtered");
     const auto& channels = std::get<std::vector<oru::channel_record>>(doc.channels);
     EXPECT_EQ(failure_of(channels[0].info), "info");
     EXPECT_EQ(failure_of(channels[0].crop), "crop");
@@ -314,7 +345,9 @@ TEST(Failure, InAMapIsOnlyExactlyThatForm) {
     EXPECT_EQ(caps(R"({"$error":""})"), "failure: ");
     EXPECT_EQ(caps(R"({"\u0024error":"n\u00f6"})"), "failure: n\xC3\xB6");
     EXPECT_EQ(caps(R"({"$error":5})"), R"({"$error":5})");
-    EXPECT_EQ(caps(R"({"$error":"no","a":1})"), R"({"$error":"no","a":1})");
+    EXPECT_EQ(caps(R"({"$error":5,"a":"b"})"), R"({"$error":5,"a":"b"})");
+    EXPECT_EQ(caps(R"({"$error":{"bytes":"6e6f"}})"), R"({"$error":"no"})");
+    EXPECT_EQ(caps(R"({"$error":{"other":"no"},"a":1})"), R"({"$error":"no","a":1})");
     EXPECT_EQ(caps(R"({"$errors":"no"})"), R"({"$errors":"no"})");
 }
 
@@ -326,6 +359,56 @@ TEST(Failure, IsAnOrdinaryPropertyOfAChannel) {
     EXPECT_EQ(channel.properties[0].key, "$error");
 }
 
+TEST(Failure, HasNoOtherMemberInAnyOrder) {
+    constexpr auto alone = "a failure has no other member";
+    const std::vector<std::pair<std::string, std::string>> maps{
+        {R"({"$error":"x","a":1})", "15: "s + alone},
+        {R"({"a":1,"$error":"x"})", "8: "s + alone},
+        {R"({"a":1,"b":2,"$error":"x","c":3})", "14: "s + alone},
+        {R"({"$error":"","$error":""})", "14: "s + alone},
+        {R"({"$error":"x","$error":5})", "15: "s + alone},
+        {R"({"$error":5,"$error":"x"})", "13: "s + alone},
+        {R"({"\u0024error":"x","a":1})", "20: "s + alone},
+    };
+    for (const char* place : {
+             R"({"system":{"caps":)",
+             R"({"mode":{"info":)",
+             R"({"stream":{"debug":)",
+             R"({"stream":{"quota":)",
+             R"({"stream":{"limit":)",
+             R"({"stream":{"all":[{"info":)",
+             R"({"stream":{"all":[{"settings":)",
+             R"({"stream":{"all":[{"debug":)",
+             R"({"channel":{"info":)",
+             R"({"channel":{"all":[{"info":)",
+             R"({"channel":{"filtered":[{"info":)",
+             R"({"input":{"all":[{"id":1,"info":)",
+             R"({"output":{"all":[{"id":0,"info":)",
+             R"({"output":{"all":[{"id":0,"settings":)",
+         }) {
+        for (const auto& [map, expected] : maps) {
+            const std::size_t column = std::string_view(place).size() + std::stoul(expected);
+            EXPECT_EQ(complaint(place + map), std::format("1:{}: {}", column, alone)) << place;
+        }
+    }
+}
+
+TEST(Failure, OfAnInputOrAnOutputHasNothingBesideItButTheId) {
+    constexpr auto alone = "beside a failure stands the id and nothing else";
+    EXPECT_EQ(complaint(R"({"input":{"all":[{"id":1,"$error":"x","info":{}}]}})"),
+              "1:39: "s + alone);
+    EXPECT_EQ(complaint(R"({"input":{"all":[{"info":{},"$error":"x","id":1}]}})"),
+              "1:29: "s + alone);
+    EXPECT_EQ(complaint(R"({"input":{"all":[{"$error":"x","crop":[1,2,3,4],"id":1}]}})"),
+              "1:32: "s + alone);
+    EXPECT_EQ(complaint(R"({"input":{"all":[{"resolution_unrotated":{},"id":1,"$error":"x"}]}})"),
+              "1:52: "s + alone);
+    EXPECT_EQ(complaint(R"({"output":{"all":[{"id":1,"$error":"x","info":{}}]}})"),
+              "1:40: "s + alone);
+    EXPECT_EQ(complaint(R"({"output":{"all":[{"settings":{},"id":1,"$error":"x"}]}})"),
+              "1:41: "s + alone);
+}
+
 TEST(Failure, HasNoOtherMemberElsewhere) {
     EXPECT_EQ(complaint(R"({"system":{"$error":"x","caps":{}}})"),
               "1:25: a failure has no other member");
@@ -335,6 +418,14 @@ TEST(Failure, HasNoOtherMemberElsewhere) {
               "1:49: a failure has no other member");
     EXPECT_EQ(complaint(R"({"input":{"all":[{"resolution_unrotated":{"a":[1,2],"$error":"x"}}]}})"),
               "1:53: a failure has no other member");
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{"resolutions":{"a":[],"$error":"x"}}]}})"),
+              "1:43: a failure has no other member");
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{"resolutions":{"a":{"$error":"x","b":1}}}]}})"),
+              "1:54: unknown member 'b'");
+    EXPECT_EQ(complaint(R"({"channel":{"all":[{"crop":{"a":1,"$error":"x"}}]}})"),
+              "1:29: unknown member 'a'");
+    EXPECT_EQ(complaint(R"({"channel":{"filtered":{"$error":"x","id":0}}})"),
+              "1:38: unknown member 'id'");
     EXPECT_EQ(complaint(R"({"stream":{"all":{"$error":"x","$error":"y"}}})"),
               "1:32: duplicate member '$error'");
     EXPECT_EQ(complaint(R"({"system":{"$error":null}})"),
@@ -393,9 +484,123 @@ TEST(Value, ReadsDoublesCorrectlyRounded) {
     EXPECT_TRUE(is_double(R"({"double":123456789012345678901234567890})",
                           123456789012345678901234567890.0));
     EXPECT_TRUE(is_double(R"({"double":1.5e300})", 1.5e300));
-    const auto nan = load_value(R"({"double":"nan"})");
-    ASSERT_TRUE(nan.as<double>());
-    EXPECT_TRUE(std::isnan(*nan.as<double>()));
+    for (const auto& [written, negative] :
+         {std::pair(R"({"double":"nan"})", false), std::pair(R"({"double":"-nan"})", true)}) {
+        const auto nan = load_value(written);
+        ASSERT_TRUE(nan.as<double>());
+        EXPECT_TRUE(std::isnan(*nan.as<double>()));
+        EXPECT_EQ(std::signbit(*nan.as<double>()), negative);
+    }
+}
+
+TEST(Value, TakesAStringByItsBytes) {
+    EXPECT_TRUE(is_value(R"({"bytes":""})", ""sv));
+    EXPECT_TRUE(is_value(R"({"bytes":"6fff"})", "o\xFF"sv));
+    EXPECT_TRUE(is_value(R"({"bytes":"01090a7f80c3e9fe"})", "\x01\t\n\x7f\x80\xC3\xE9\xFE"sv));
+    EXPECT_TRUE(is_value(R"({ "bytes" : "\u0036f10" })", "o\x10"sv));
+    EXPECT_TRUE(is_value(R"({"bytes":"c3a9"})", "\xC3\xA9"sv));
+}
+
+// The JSON of another kind, as the map keeps it.
+std::string other(std::string_view written) {
+    const auto value = load_value(std::format(R"({{"other":{}}})", written));
+    const auto json = value.as<qw::other>();
+    if (!json) {
+        return "(none)";
+    }
+    EXPECT_EQ(json->json.data()[json->json.size()], '\0');
+    return std::string(json->json);
+}
+
+TEST(Value, KeepsTheTokensOfAnotherKind) {
+    for (const char* written : {"null",
+                                "true",
+                                "false",
+                                "0",
+                                "-0",
+                                "-0.0",
+                                "1.50",
+                                "1E+2",
+                                "1e999",
+                                "123456789012345678901234567890",
+                                R"("")",
+                                R"("a b")",
+                                R"(" \/\"\\ // /* x */ ")",
+                                R"("\u0000\uD800\udc00\ud800")",
+                                "\"\xC3\xA9\x7f\"",
+                                "[]",
+                                "{}",
+                                "[[],{}]",
+                                "[1,2,3]",
+                                R"({"":[null,true,false],"a":{"b":{}},"a":1})",
+                                R"({"$error":"x"})",
+                                R"({"other":{"bytes":"zz"}})"}) {
+        EXPECT_EQ(other(written), written);
+    }
+}
+
+TEST(Value, LeavesOutTheBlanksAndCommentsOfAnotherKind) {
+    EXPECT_EQ(other("\t[ 1 ,\n\r 2 , [ ] , { } ] "), "[1,2,[],{}]");
+    EXPECT_EQ(other("{ \"a b\" : { \"c\" : \" d \" } , \"e\":-1.0 }"),
+              R"({"a b":{"c":" d "},"e":-1.0})");
+    EXPECT_EQ(other("/* x */[// y\n 1/**/,\"// no\" /* z */ ]//"
+                    "\n"),
+              R"([1,"// no"])");
+}
+
+TEST(Value, KeepsAnotherKindUpToADepthThatReadersOfReportsFollow) {
+    const auto nested = [](std::size_t levels) {
+        std::string text;
+        for (std::size_t i = 0; i < levels; ++i) {
+            text += i % 2 == 0 ? "[" : "{\"a\":";
+        }
+        text += "1";
+        for (std::size_t i = levels; i-- > 0;) {
+            text += i % 2 == 0 ? "]" : "}";
+        }
+        return text;
+    };
+    EXPECT_EQ(other(nested(256)), nested(256));
+    EXPECT_EQ(value_complaint(R"({"other":)" + nested(257) + "}"),
+              std::format("{}: more than 256 levels of nesting", 10 + 128 * 6));
+    EXPECT_EQ(value_complaint(R"({"other":)" + std::string(1'000'000, '[')),
+              "266: more than 256 levels of nesting");
+}
+
+TEST(Value, RefusesAnotherKindThatIsNotJson) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"", "10: expected a JSON value, found '}'"},
+        {"nul", "10: expected a JSON value, found 'n'"},
+        {"True", "10: expected a JSON value, found 'T'"},
+        {"nullx", "14: expected ',' or '}', found 'x'"},
+        {"01", "10: this is not a JSON number"},
+        {"1.", "10: this is not a JSON number"},
+        {"+1", "10: expected a JSON value, found '+'"},
+        {"[1,]", "13: expected a JSON value, found ']'"},
+        {"[,1]", "11: expected a JSON value, found ','"},
+        {"[1 2]", "13: expected ',' or ']', found '2'"},
+        {"[1}", "12: expected ',' or ']', found '}'"},
+        {R"({"a":1]})", "16: expected ',' or '}', found ']'"},
+        {R"({"a":1,})", "17: expected a member name, found '}'"},
+        {R"({"a"})", "14: expected ':', found '}'"},
+        {R"({"a" 1})", "15: expected ':', found '1'"},
+        {R"({"a":})", "15: expected a JSON value, found '}'"},
+        {R"({a:1})", "11: expected a member name, found 'a'"},
+        {R"({1:1})", "11: expected a member name, found '1'"},
+        {R"("\x")", "11: JSON has no such escape"},
+        {R"(["ab\u12g4"])", "14: \\u needs four hexadecimal digits"},
+        {"[\"a\tb\"]", "13: a string holds this control character only as an escape"},
+        {"[\"\xff\"]", "12: this is not valid UTF-8"},
+        {"1,2", "12: expected a member name, found '2'"},
+    };
+    for (const auto& [written, expected] : cases) {
+        EXPECT_EQ(value_complaint(R"({"other":)" + written + "}"), expected) << written;
+    }
+    EXPECT_EQ(complaint(R"({"mode":{"info":{"k":{"other":["a)"), "1:32: this string is not closed");
+    EXPECT_EQ(complaint(R"({"mode":{"info":{"k":{"other":["a\)"),
+              "1:32: this string is not closed");
+    EXPECT_EQ(complaint(R"({"mode":{"info":{"k":{"other":[)"),
+              "1:32: expected a JSON value, found the end of the file");
 }
 
 TEST(Value, ReadsDoublesOfEveryExponentAsTheLibraryDoes) {
@@ -461,10 +666,19 @@ TEST(Value, RefusesEveryOtherForm) {
         {"[-1,1]", "2: expected a whole number from 0 to 4294967295"},
         {"[[1,2],3]", "2: expected a whole number from 0 to 4294967295, found '['"},
         {"[true,1]", "2: expected a whole number from 0 to 4294967295, found 't'"},
-        {"{}", "1: expected a typed number, found an empty object"},
-        {R"({"uint8":1})", "2: unknown kind of number 'uint8'"},
-        {R"({"a":{"b":1}})", "2: unknown kind of number 'a'"},
-        {R"({"$error":"x"})", "2: unknown kind of number '$error'"},
+        {"{}", "1: expected a typed value, found an empty object"},
+        {R"({"uint8":1})", "2: unknown kind of value 'uint8'"},
+        {R"({"a":{"b":1}})", "2: unknown kind of value 'a'"},
+        {R"({"$error":"x"})", "2: unknown kind of value '$error'"},
+        {R"({"bytes":6})", "10: expected hexadecimal digits, found '6'"},
+        {R"({"bytes":"6"})", "10: expected pairs of lower-case hexadecimal digits"},
+        {R"({"bytes":"6f6"})", "10: expected pairs of lower-case hexadecimal digits"},
+        {R"({"bytes":"6F"})", "10: expected pairs of lower-case hexadecimal digits"},
+        {R"({"bytes":"0x"})", "10: expected pairs of lower-case hexadecimal digits"},
+        {R"({"bytes":"6f 70"})", "10: expected pairs of lower-case hexadecimal digits"},
+        {R"({"bytes":"6f00"})", "10: a text cannot hold a NUL"},
+        {R"({"bytes":"","other":1})", "13: a typed value has one member"},
+        {R"({"other":1,"other":1})", "12: a typed value has one member"},
         {R"({"uint16":65536})", "11: expected a whole number from 0 to 65535"},
         {R"({"uint16":-1})", "11: expected a whole number from 0 to 65535"},
         {R"({"uint16":1.0})", "11: expected a whole number from 0 to 65535"},
@@ -477,9 +691,11 @@ TEST(Value, RefusesEveryOtherForm) {
         {R"({"double":1e999})", "11: this number is too large for a double"},
         {R"({"double":1)" + std::string(400, '0') + "}",
          "11: this number is too large for a double"},
-        {R"({"double":"NaN"})", R"(11: expected a number, "nan", "inf" or "-inf")"},
-        {R"({"double":true})", R"(11: expected a number, "nan", "inf" or "-inf", found 't')"},
-        {R"({"uint16":1,"uint16":2})", "13: a typed number has one member"},
+        {R"({"double":"NaN"})", R"(11: expected a number, "nan", "-nan", "inf" or "-inf")"},
+        {R"({"double":"+inf"})", R"(11: expected a number, "nan", "-nan", "inf" or "-inf")"},
+        {R"({"double":true})",
+         R"(11: expected a number, "nan", "-nan", "inf" or "-inf", found 't')"},
+        {R"({"uint16":1,"uint16":2})", "13: a typed value has one member"},
         {R"({"uint16":1,})", "13: expected a member name, found '}'"},
     };
     for (const auto& [written, expected] : cases) {
@@ -654,7 +870,7 @@ TEST(Text, RefusesDeepNestingAtItsSecondLevel) {
     for (int i = 0; i < 100'000; ++i) {
         nested += R"({"a":)";
     }
-    EXPECT_EQ(value_complaint(nested), "2: unknown kind of number 'a'");
+    EXPECT_EQ(value_complaint(nested), "2: unknown kind of value 'a'");
 }
 
 // --- Files --------------------------------------------------------------------------------------

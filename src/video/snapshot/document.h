@@ -61,7 +61,7 @@ struct channel_record {
 using mode_resolution = named<OruResolution>;
 
 struct input_record {
-    std::optional<std::uint32_t> id;
+    std::uint32_t id = 0;
     std::optional<failure> fails;
     answer<map_entries> info;
     answer<rectangle> crop;
@@ -69,7 +69,7 @@ struct input_record {
 };
 
 struct output_record {
-    std::optional<std::uint32_t> id;
+    std::uint32_t id = 0;
     std::optional<failure> fails;
     answer<map_entries> info, settings;
 };
@@ -87,7 +87,7 @@ struct format_record {
     std::uint32_t code;
 };
 
-// The records of a list, and where the ones that have an id stand, ascending by it.
+// The records of a list, and where each stands, ascending by its id.
 template <class Record>
 struct indexed {
     std::vector<Record> all;
@@ -104,7 +104,7 @@ struct document {
     answer<std::vector<stream_record>> streams;
     answer<map_entries> channel_info;
     answer<std::vector<channel_record>> channels;
-    std::optional<failure> channel_filtered;
+    answer<std::vector<channel_record>> channels_filtered;  // by the key "input"
     answer<indexed<input_record>> inputs;
     answer<indexed<output_record>> outputs;
     std::optional<std::vector<format_record>> formats;

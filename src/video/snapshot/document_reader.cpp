@@ -16,6 +16,13 @@ using namespace std::string_view_literals;
 
 constexpr auto error_member = "$error"sv;
 
+constexpr std::pair<std::string_view, double> not_finite[] = {
+    {"nan", std::numeric_limits<double>::quiet_NaN()},
+    {"-nan", -std::numeric_limits<double>::quiet_NaN()},
+    {"inf", std::numeric_limits<double>::infinity()},
+    {"-inf", -std::numeric_limits<double>::infinity()},
+};
+
 // What was read, and the place in the text that names it.
 template <class T>
 struct placed {
@@ -69,14 +76,19 @@ class document_reader {
                                                  std::vector<placed<named<T>>>& scratch,
                                                  std::string_view element, Read&& read);
     answer<map_entries> read_map();
+    template <class Read>
+    std::optional<failure> members_or_failure(std::string_view what, Read&& read);
 
     // Parts of answers.
-    map_entries read_entries();
+    map_entries read_properties();
+    void read_entry(const word& key);
+    map_entries keep_entries();
     qw::value read_value();
     qw::value read_number();
-    qw::value read_typed_number();
+    qw::value read_typed_value();
     std::int64_t read_int64();
     double read_double();
+    std::string_view read_bytes();
     template <std::size_t N>
     std::array<std::uint32_t, N> read_naturals(std::string_view what);
     rectangle read_rectangle();
@@ -91,9 +103,12 @@ class document_reader {
     void read_indexed(std::string_view what, answer<indexed<Record>>& list, Read&& read_record);
     void read_streams();
     void read_channels();
+    answer<std::vector<channel_record>> read_channel_list();
     void read_formats();
     stream_record read_stream();
     channel_record read_channel();
+    template <class Record, class Read>
+    Record read_opened(std::string_view what, std::span<const std::string_view> names, Read&& read);
     input_record read_input();
     output_record read_output();
 
@@ -115,6 +130,8 @@ class document_reader {
 
     // Used again by every map and list, so that they grow only for the largest.
     std::vector<placed<entry>> entries_;
+    bool ascending_ = true;  // the keys of the entries, as far as they were read
+    std::string bytes_;
     std::vector<placed<resolution_list>> lists_;
     std::vector<placed<mode_resolution>> modes_;
     std::vector<OruResolution> resolutions_;
@@ -122,8 +139,8 @@ class document_reader {
 };
 
 void document_reader::read() {
-    static constexpr std::array names{"system"sv, "mode"sv,   "stream"sv, "channel"sv,
-                                      "input"sv,  "output"sv, "formats"sv};
+    static constexpr std::array names{"system"sv, "mode"sv,   "stream"sv,  "channel"sv,
+                                      "input"sv,  "output"sv, "formats"sv, "about"sv};
     in_.object("a snapshot (an object)", names, [&](std::size_t which, const word&) {
         switch (which) {
             case 0:
@@ -145,8 +162,11 @@ void document_reader::read() {
                 read_indexed("the outputs (an object)", doc_.outputs,
                              [&] { return read_output(); });
                 break;
-            default:
+            case 6:
                 read_formats();
+                break;
+            default:
+                in_.string("a text");  // for people alone
         }
     });
     in_.finish();
@@ -202,23 +222,35 @@ answer<Record> document_reader::read_single(std::string_view what, std::string_v
     return record;
 }
 
+// Reads an object of any names, `read(name)` each member's value. Returns the failure that may
+// stand in its place: one without any other member.
+template <class Read>
+std::optional<failure> document_reader::members_or_failure(std::string_view what, Read&& read) {
+    std::optional<failure> fails;
+    bool other_members = false;
+    in_.object(what, [&](const word& name) {
+        const bool failing = name.text == error_member && in_.peek() == '"';
+        if (fails || (failing && other_members)) {
+            throw complaint{name.at, "a failure has no other member"};
+        }
+        if (failing) {
+            fails = read_failure_text();
+        } else {
+            other_members = true;
+            read(name);
+        }
+    });
+    return fails;
+}
+
 // Reads an object of any names, each with an answer, or a failure in its place.
 template <class T, class Read>
 answer<std::span<const named<T>>> document_reader::read_named(
     std::string_view what, std::vector<placed<named<T>>>& scratch, std::string_view element,
     Read&& read) {
     scratch.clear();
-    std::optional<failure> fails;
-    int members = 0;
-    in_.object(what, [&](const word& name) {
-        if (name.text == error_member && in_.peek() == '"') {
-            fails = read_failure_text();
-        } else {
-            scratch.push_back({{name.text, array_or_failure(element, read)}, name.at});
-        }
-        if (++members > 1 && fails) {
-            throw complaint{name.at, "a failure has no other member"};
-        }
+    const auto fails = members_or_failure(what, [&](const word& name) {
+        scratch.push_back({{name.text, array_or_failure(element, read)}, name.at});
     });
     if (fails) {
         return *fails;
@@ -228,26 +260,32 @@ answer<std::span<const named<T>>> document_reader::read_named(
 }
 
 answer<map_entries> document_reader::read_map() {
-    const map_entries entries = read_entries();
-    if (entries.size() == 1 && entries[0].key == error_member) {
-        if (const auto text = entries[0].value.get_if<std::string_view>()) {
-            return failure{text->data()};
-        }
+    entries_.clear();
+    const auto fails =
+        members_or_failure("a map (an object)", [&](const word& key) { read_entry(key); });
+    if (fails) {
+        return *fails;
     }
-    return entries;
+    return keep_entries();
 }
 
 // --- Parts of answers ---------------------------------------------------------------------------
 
-map_entries document_reader::read_entries() {
+// A map that is no answer, so that no failure can stand in its place.
+map_entries document_reader::read_properties() {
     entries_.clear();
-    bool ascending = true;
-    in_.object("a map (an object)", [&](const word& name) {
-        const qw::value value = read_value();
-        ascending = ascending && (entries_.empty() || entries_.back().is.key < name.text);
-        entries_.push_back({{name.text, value}, name.at});
-    });
-    if (!ascending) {
+    in_.object("a map (an object)", [&](const word& key) { read_entry(key); });
+    return keep_entries();
+}
+
+void document_reader::read_entry(const word& key) {
+    const qw::value value = read_value();
+    ascending_ = entries_.empty() || (ascending_ && entries_.back().is.key < key.text);
+    entries_.push_back({{key.text, value}, key.at});
+}
+
+map_entries document_reader::keep_entries() {
+    if (!entries_.empty() && !ascending_) {
         refuse_repeated_names(entries_, &entry::key);
     }
     return keep(entries_, &placed<entry>::is);
@@ -265,7 +303,7 @@ qw::value document_reader::read_value() {
             return qw::pair32u(first, second);
         }
         case '{':
-            return read_typed_number();
+            return read_typed_value();
         default:
             return read_number();
     }
@@ -283,12 +321,12 @@ qw::value document_reader::read_number() {
     return value;
 }
 
-qw::value document_reader::read_typed_number() {
+qw::value document_reader::read_typed_value() {
     const char* begin = in_.place();
     std::optional<qw::value> value;
     in_.object("'{'", [&](const word& kind) {
         if (value) {
-            throw complaint{kind.at, "a typed number has one member"};
+            throw complaint{kind.at, "a typed value has one member"};
         }
         if (kind.text == "uint16") {
             value = static_cast<std::uint16_t>(in_.natural(UINT16_MAX));
@@ -298,12 +336,16 @@ qw::value document_reader::read_typed_number() {
             value = read_int64();
         } else if (kind.text == "double") {
             value = read_double();
+        } else if (kind.text == "bytes") {
+            value = read_bytes();
+        } else if (kind.text == "other") {
+            value = qw::other{in_.any_value()};
         } else {
-            throw complaint{kind.at, std::format("unknown kind of number {}", quoted(kind.text))};
+            throw complaint{kind.at, std::format("unknown kind of value {}", quoted(kind.text))};
         }
     });
     if (!value) {
-        throw complaint{begin, "expected a typed number, found an empty object"};
+        throw complaint{begin, "expected a typed value, found an empty object"};
     }
     return *value;
 }
@@ -313,20 +355,36 @@ std::int64_t document_reader::read_int64() {
 }
 
 double document_reader::read_double() {
+    constexpr auto what = R"(a number, "nan", "-nan", "inf" or "-inf")"sv;
     if (in_.peek() != '"') {
-        return in_.double_value(in_.number("a number, \"nan\", \"inf\" or \"-inf\""));
+        return in_.double_value(in_.number(what));
     }
-    const word name = in_.string("");
-    if (name.text == "nan") {
-        return std::numeric_limits<double>::quiet_NaN();
+    const word written = in_.string(what);
+    for (const auto& [name, value] : not_finite) {
+        if (written.text == name) {
+            return value;
+        }
     }
-    if (name.text == "inf") {
-        return std::numeric_limits<double>::infinity();
+    throw complaint{written.at, std::format("expected {}", what)};
+}
+
+// A string of any bytes but NUL, written as lower-case hexadecimal digits.
+std::string_view document_reader::read_bytes() {
+    constexpr auto digits = "0123456789abcdef"sv;
+    const word written = in_.string("hexadecimal digits");
+    bytes_.clear();
+    for (std::size_t i = 0; i < written.text.size(); i += 2) {
+        const auto high = digits.find(written.text[i]);
+        const auto low = digits.find(written.text.data()[i + 1]);  // the NUL behind it is none
+        if (high == std::string_view::npos || low == std::string_view::npos) {
+            throw complaint{written.at, "expected pairs of lower-case hexadecimal digits"};
+        }
+        if (high == 0 && low == 0) {
+            throw complaint{written.at, "a text cannot hold a NUL"};
+        }
+        bytes_ += static_cast<char>(high << 4 | low);
     }
-    if (name.text == "-inf") {
-        return -std::numeric_limits<double>::infinity();
-    }
-    throw complaint{name.at, "expected a number, \"nan\", \"inf\" or \"-inf\""};
+    return in_.keep(bytes_);
 }
 
 template <std::size_t N>
@@ -375,7 +433,8 @@ std::vector<Record> document_reader::read_list(Read&& read_record) {
     ids_.clear();
     in_.array("an array of objects", [&] { all.push_back(read_record()); });
     if (const auto* repeated = sort_and_find_repetition(ids_, std::identity())) {
-        throw complaint{repeated->at, std::format("id {} is recorded twice", repeated->is)};
+        const char* why = *repeated->at == '{' ? ", which is that of a channel without one" : "";
+        throw complaint{repeated->at, std::format("id {} is recorded twice{}", repeated->is, why)};
     }
     return all;
 }
@@ -387,9 +446,7 @@ void document_reader::read_indexed(std::string_view what, answer<indexed<Record>
         list = array_or_failure("an array of objects", [&] {
             indexed<Record> records{read_list<Record>(read_record), {}};
             for (std::size_t i = 0; i < records.all.size(); ++i) {
-                if (records.all[i].id) {
-                    records.index.emplace_back(*records.all[i].id, i);
-                }
+                records.index.emplace_back(records.all[i].id, i);
             }
             std::ranges::sort(records.index);
             return records;
@@ -450,13 +507,17 @@ void document_reader::read_channels() {
                 doc_.channel_info = read_map();
                 break;
             case 1:
-                doc_.channel_filtered = read_failure("a failure");
+                doc_.channels_filtered = read_channel_list();
                 break;
             default:
-                doc_.channels = array_or_failure("an array of channels", [&] {
-                    return read_list<channel_record>([&] { return read_channel(); });
-                });
+                doc_.channels = read_channel_list();
         }
+    });
+}
+
+answer<std::vector<channel_record>> document_reader::read_channel_list() {
+    return array_or_failure("an array of channels", [&] {
+        return read_list<channel_record>([&] { return read_channel(); });
     });
 }
 
@@ -464,13 +525,15 @@ channel_record document_reader::read_channel() {
     static constexpr std::array names{"id"sv,   "properties"sv, "info"sv,
                                       "crop"sv, "crop_max"sv,   "resolutions"sv};
     channel_record channel;
+    const char* begin = in_.place();
+    const std::size_t ids = ids_.size();
     in_.object("a channel (an object)", names, [&](std::size_t which, const word&) {
         switch (which) {
             case 0:
                 channel.id = read_id();
                 break;
             case 1:
-                channel.properties = read_entries();
+                channel.properties = read_properties();
                 break;
             case 2:
                 channel.info = read_map();
@@ -489,56 +552,70 @@ channel_record document_reader::read_channel() {
                                [&] { return read_resolutions(); });
         }
     });
+    if (ids_.size() == ids) {
+        ids_.push_back({channel.id, begin});
+    }
     return channel;
+}
+
+// Reads an input or an output, with `read(which)` for its members but the id and a failure, which
+// has no member beside it but the id.
+template <class Record, class Read>
+Record document_reader::read_opened(std::string_view what, std::span<const std::string_view> names,
+                                    Read&& read) {
+    Record record;
+    in_.peek();
+    const char* begin = in_.place();
+    const std::size_t ids = ids_.size();
+    bool other_members = false;
+    in_.object(what, names, [&](std::size_t which, const word& name) {
+        if (which == 0) {
+            record.id = read_id();
+            return;
+        }
+        if (which == 1) {
+            record.fails = read_failure_text();
+        } else {
+            other_members = true;
+            read(record, which);
+        }
+        if (record.fails && other_members) {
+            throw complaint{name.at, "beside a failure stands the id and nothing else"};
+        }
+    });
+    if (ids_.size() == ids) {
+        throw complaint{begin, std::format("expected {} with an id", what)};
+    }
+    return record;
 }
 
 input_record document_reader::read_input() {
     static constexpr std::array names{"id"sv, error_member, "info"sv, "crop"sv,
                                       "resolution_unrotated"sv};
-    input_record input;
-    in_.object("an input (an object)", names, [&](std::size_t which, const word&) {
-        switch (which) {
-            case 0:
-                input.id = read_id();
-                break;
-            case 1:
-                input.fails = read_failure_text();
-                break;
-            case 2:
-                input.info = read_map();
-                break;
-            case 3:
-                input.crop =
-                    array_or_failure("[x, y, width, height]", [&] { return read_rectangle(); });
-                break;
-            default:
-                input.resolution_unrotated =
-                    read_named("the resolutions (an object)", modes_, "[width, height]",
-                               [&] { return read_resolution(); });
-        }
-    });
-    return input;
+    return read_opened<input_record>(
+        "an input (an object)", names, [&](input_record& input, std::size_t which) {
+            switch (which) {
+                case 2:
+                    input.info = read_map();
+                    break;
+                case 3:
+                    input.crop =
+                        array_or_failure("[x, y, width, height]", [&] { return read_rectangle(); });
+                    break;
+                default:
+                    input.resolution_unrotated =
+                        read_named("the resolutions (an object)", modes_, "[width, height]",
+                                   [&] { return read_resolution(); });
+            }
+        });
 }
 
 output_record document_reader::read_output() {
     static constexpr std::array names{"id"sv, error_member, "info"sv, "settings"sv};
-    output_record output;
-    in_.object("an output (an object)", names, [&](std::size_t which, const word&) {
-        switch (which) {
-            case 0:
-                output.id = read_id();
-                break;
-            case 1:
-                output.fails = read_failure_text();
-                break;
-            case 2:
-                output.info = read_map();
-                break;
-            default:
-                output.settings = read_map();
-        }
-    });
-    return output;
+    return read_opened<output_record>("an output (an object)", names,
+                                      [&](output_record& output, std::size_t which) {
+                                          (which == 2 ? output.info : output.settings) = read_map();
+                                      });
 }
 
 void document_reader::read_formats() {

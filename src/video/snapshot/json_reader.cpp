@@ -151,50 +151,46 @@ word json_reader::string(std::string_view what) {
 std::string_view json_reader::decode(const char* begin) {
     decoded_.assign(begin, static_cast<const char*>(at_));
     while (*at_ != '"') {
-        if (at_ == end_ || (*at_ == '\\' && at_ + 1 == end_)) {
-            throw complaint{begin - 1, "this string is not closed"};
-        }
+        check_string_byte(begin - 1);
         if (*at_ == '\\') {
             decode_escape();
-        } else if (static_cast<unsigned char>(*at_) < 0x20) {
-            throw complaint{at_, "a string holds this control character only as an escape"};
         } else {
             decoded_ += *at_++;
         }
     }
     ++at_;
-    auto* kept = static_cast<char*>(arena_.allocate(decoded_.size() + 1, 1));
-    std::memcpy(kept, decoded_.c_str(), decoded_.size() + 1);
-    return {kept, decoded_.size()};
+    return keep(decoded_);
+}
+
+// Complains unless the string that begins at `opening` may go on with the byte at the place.
+void json_reader::check_string_byte(const char* opening) const {
+    if (at_ == end_ || (*at_ == '\\' && at_ + 1 == end_)) {
+        throw complaint{opening, "this string is not closed"};
+    }
+    if (static_cast<unsigned char>(*at_) < 0x20) {
+        throw complaint{at_, "a string holds this control character only as an escape"};
+    }
+}
+
+std::string_view json_reader::keep(std::string_view text) const {
+    auto* kept = static_cast<char*>(arena_.allocate(text.size() + 1, 1));
+    *std::ranges::copy(text, kept).out = '\0';
+    return {kept, text.size()};
 }
 
 void json_reader::decode_escape() {
     const char* escape = at_;
-    const char letter = at_[1];
-    at_ += 2;
-    if (letter != 'u') {
-        const char meant = glz::char_unescape_table[static_cast<unsigned char>(letter)];
-        if (meant == '\0') {
-            throw complaint{escape, "JSON has no such escape"};
-        }
+    if (const char meant = read_short_escape()) {
         decoded_ += meant;
         return;
     }
-    const auto code_unit = [&] {
-        const auto value = end_ - at_ < 4 ? UINT32_MAX : glz::hex_to_u32(at_);
-        if (value == UINT32_MAX) {
-            throw complaint{escape, "\\u needs four hexadecimal digits"};
-        }
-        at_ += 4;
-        return value;
-    };
     const auto is_low_surrogate = [](std::uint32_t unit) { return (unit & 0xFC00) == 0xDC00; };
-    std::uint32_t code = code_unit();
+    std::uint32_t code = read_code_unit(escape);
     if ((code & 0xF800) == 0xD800) {
         std::uint32_t low = 0;
         if (!is_low_surrogate(code) && at_[0] == '\\' && at_[1] == 'u') {
             at_ += 2;
-            low = code_unit();
+            low = read_code_unit(escape);
         }
         if (!is_low_surrogate(low)) {
             throw complaint{escape, "this surrogate has no partner"};
@@ -206,6 +202,104 @@ void json_reader::decode_escape() {
     }
     std::array<char, 4> utf8;
     decoded_.append(utf8.data(), glz::code_point_to_utf8(code, utf8.data()));
+}
+
+// Reads a backslash and the letter behind it. Returns what they mean, or NUL for one that four
+// digits follow.
+char json_reader::read_short_escape() {
+    const char letter = at_[1];
+    const char meant = glz::char_unescape_table[static_cast<unsigned char>(letter)];
+    if (meant == '\0' && letter != 'u') {
+        throw complaint{at_, "JSON has no such escape"};
+    }
+    at_ += 2;
+    return meant;
+}
+
+// Reads the four digits of the escape.
+std::uint32_t json_reader::read_code_unit(const char* escape) {
+    const auto value = end_ - at_ < 4 ? UINT32_MAX : glz::hex_to_u32(at_);
+    if (value == UINT32_MAX) {
+        throw complaint{escape, "\\u needs four hexadecimal digits"};
+    }
+    at_ += 4;
+    return value;
+}
+
+std::string_view json_reader::any_value() {
+    constexpr std::size_t deepest = 256;
+    std::string open;  // what closes each array and object that is open, the innermost last
+    decoded_.clear();
+    do {
+        const char first = peek();
+        if (first == '{' || first == '[') {
+            if (open.size() == deepest) {
+                throw complaint{at_, std::format("more than {} levels of nesting", deepest)};
+            }
+            open += first == '{' ? '}' : ']';
+            decoded_ += *at_++;
+            if (peek() != open.back()) {
+                copy_name_in(open.back());
+                continue;
+            }
+        } else {
+            copy_scalar();
+        }
+        while (!open.empty() && peek() == open.back()) {
+            decoded_ += *at_++;
+            open.pop_back();
+        }
+        if (!open.empty()) {
+            take(',', open.back() == '}' ? "',' or '}'" : "',' or ']'");
+            decoded_ += ',';
+            copy_name_in(open.back());
+        }
+    } while (!open.empty());
+    return keep(decoded_);
+}
+
+// Copies the name of a member, and the colon, unless `closing` is an array's.
+void json_reader::copy_name_in(char closing) {
+    if (closing == ']') {
+        return;
+    }
+    if (peek() != '"') {
+        unexpected("a member name");
+    }
+    copy_string();
+    take(':', "':'");
+    decoded_ += ':';
+}
+
+void json_reader::copy_scalar() {
+    if (*at_ == '"') {
+        copy_string();
+        return;
+    }
+    const std::string_view rest(at_, end_);
+    for (const std::string_view literal : {"true", "false", "null"}) {
+        if (rest.starts_with(literal)) {
+            decoded_ += literal;
+            at_ += literal.size();
+            return;
+        }
+    }
+    decoded_ += number("a JSON value").text;
+}
+
+void json_reader::copy_string() {
+    const char* opening = at_++;
+    while (*at_ != '"') {
+        check_string_byte(opening);
+        const char* begin = at_;
+        if (*at_ != '\\') {
+            ++at_;
+        } else if (read_short_escape() == '\0') {
+            read_code_unit(begin);
+        }
+    }
+    ++at_;
+    decoded_.append(opening, static_cast<const char*>(at_));
 }
 
 bool json_reader::boolean(std::string_view what) {

@@ -54,6 +54,13 @@ class json_reader {
     std::int64_t whole_value(const oru::number& written) const;
     double double_value(const oru::number& written) const;
 
+    // A value of any form, whatever it holds. Returns its text without the blanks between the
+    // tokens; a NUL follows it.
+    std::string_view any_value();
+
+    // Returns a copy of the text that lives as long as the document; a NUL follows it.
+    std::string_view keep(std::string_view text) const;
+
     // A whole number from 0 to `max`.
     std::uint32_t natural(std::uint32_t max = UINT32_MAX);
 
@@ -102,13 +109,19 @@ class json_reader {
     bool another(char closing, std::string_view what);
     std::size_t which(const word& name, std::span<const std::string_view> names,
                       std::uint32_t& seen) const;
+    void check_string_byte(const char* opening) const;
     std::string_view decode(const char* begin);
     void decode_escape();
+    char read_short_escape();
+    std::uint32_t read_code_unit(const char* escape);
+    void copy_name_in(char closing);
+    void copy_scalar();
+    void copy_string();
 
     char* at_;
     char* end_;
     std::pmr::memory_resource& arena_;
-    std::string decoded_;
+    std::string decoded_;  // of the string or value being read
 };
 
 // The name as it is written in the text, for a complaint: never more than one short line.

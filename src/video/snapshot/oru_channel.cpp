@@ -18,10 +18,17 @@ bool matches(const oru::channel_record& channel, const qw::map& filter) {
     });
 }
 
-// Lists the channels that match the filter, or all when it is NULL.
-GList* matching(const std::shared_ptr<const oru::document>& doc, const qw::map* filter,
-                GError** error) {
-    const auto* all = oru::recorded(doc->channels, {"channels"}, error);
+// Whether the filter asks for the channels of inputs, whose list may be recorded by itself.
+bool asks_for_inputs(const qw::map& filter) {
+    const qw::value* key = filter.find("key");
+    return key && key->get_if<std::string_view>() == "input";
+}
+
+// Lists the recorded channels that match the filter, or all of them when it is NULL.
+GList* matching(const std::shared_ptr<const oru::document>& doc,
+                const oru::answer<std::vector<oru::channel_record>>& channels,
+                const qw::map* filter, GError** error) {
+    const auto* all = oru::recorded(channels, {"channels"}, error);
     GList* list = nullptr;
     for (std::size_t i = all ? all->size() : 0; i-- > 0;) {
         const auto& channel = (*all)[i];
@@ -41,7 +48,7 @@ oru::question about(OruChannel* channel, const char* part) {
 
 GList* oru_channel_get_all(GError** error) {
     const auto doc = oru::reach(error);
-    return doc ? matching(doc, nullptr, error) : nullptr;
+    return doc ? matching(doc, doc->channels, nullptr, error) : nullptr;
 }
 
 GList* oru_channel_get_filtered(OruMap* filter, GError** error) {
@@ -49,10 +56,15 @@ GList* oru_channel_get_filtered(OruMap* filter, GError** error) {
     if (!doc) {
         return nullptr;
     }
-    if (doc->channel_filtered) {
-        return oru::failed(*doc->channel_filtered, error);
+    if (const auto* fails = std::get_if<oru::failure>(&doc->channels_filtered)) {
+        return oru::failed(*fails, error);
     }
-    return matching(doc, oru_map_native_ref(filter), error);
+    const qw::map* wanted = oru_map_native_ref(filter);
+    if (!std::holds_alternative<oru::left_out>(doc->channels_filtered) &&
+        asks_for_inputs(*wanted)) {
+        return matching(doc, doc->channels_filtered, nullptr, error);
+    }
+    return matching(doc, doc->channels, wanted, error);
 }
 
 guint32 oru_channel_get_id(OruChannel* channel) {

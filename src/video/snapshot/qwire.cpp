@@ -41,8 +41,13 @@ std::string_view keep(std::forward_list<std::string>& texts, std::string_view te
 }
 
 value keep(std::forward_list<std::string>& texts, const value& held) {
-    const auto text = held.get_if<std::string_view>();
-    return text ? value(keep(texts, *text)) : held;
+    if (const auto text = held.get_if<std::string_view>()) {
+        return keep(texts, *text);
+    }
+    if (const auto unknown = held.get_if<other>()) {
+        return other{keep(texts, unknown->json)};
+    }
+    return held;
 }
 
 template <class Number>
@@ -96,6 +101,9 @@ bool append_value(std::string& out, const value& held) {
             out += ',';
             append_number(out, held.get_if<pair32u>()->second);
             out += ']';
+            break;
+        case kind::other:
+            out += held.get_if<other>()->json;
             break;
         case kind::uint16:
             append_number(out, *held.get_if<std::uint16_t>());

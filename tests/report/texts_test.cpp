@@ -1,0 +1,131 @@
+// Texts and values as the service gives them, however odd, in every place where a report holds one.
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/tools.h"
+
+namespace {
+
+// Whatever is no UTF-8 is printed byte for byte; what JSON must escape is escaped beside it.
+TEST(texts, bytes_that_are_no_utf8_stay_as_they_are) {
+    EXPECT_EQ(
+        report(R"({"stream": {"all": [{"id": 1, "info": {"identity[3]": {"bytes": "c328"}},
+                  "settings": {"format": 3, "subformat": {"bytes": "feff"},
+                               "identity": {"bytes": "22ff0a80"}},
+                  "debug": {"tlm[0].reclaim_count": 1,
+                            "tlm[0].reclaim_histogram": {"bytes": "edff22"}}}]}})",
+               {"--list-streams"}),
+        ended(0,
+              "----- Snapshot of all running streams -----\n\n"
+              "{\n    \"streams\" : [\n        { \"id/0x0001\" : {\"bitrate\":0,\"channel\":0,"
+              "\"duration\":\"00:00:00\",\"failcount\":0,\"format\":\"\xFE\xFF\","
+              "\"framecount\":0,\"framerate\":0,\"identity\":\"\\\"\xFF\\n\x80\","
+              "\"identity[3]\":\"\xC3(\",\"peers\":0,\"resolution\":\"0x0\"} }\n    ],\n\n"
+              "    \"streaminfo\" : [\n        {\n            \"id/0x0001\" : {\n"
+              "                \"basic\": {\"channel\":0,\"format\":\"\xFE\xFF\","
+              "\"framerate\":0,\"resolution\":\"0x0\",\"rotation\":0}\n"
+              "            }\n        }\n    ],\n\n"
+              "    \"streamstatistics\" : [\n        { \"id/0x0001\" : "
+              "{\"actual-framerate\":0,\"bitrate\":0,\"failcount\":0,\"framecount\":0,"
+              "\"reclaimcount\":0,\"tlm[0].reclaim_count\":1,"
+              "\"tlm[0].reclaim_histogram\":[\xED\xFF\"]} }\n    ]\n}\n\n"));
+    EXPECT_EQ(report(R"({"system": {"caps": {"output": true}}, "output": {"all": [{"id": 0,
+                  "settings": {"enabled": true},
+                  "info": {"running": true, "aspect.ratio": {"bytes": "31f09f"}}}]}})",
+                     {"--list-output"}),
+              ended(0,
+                    "----- HDMI output -----\n\n    {\"aspect ratio\":\"1\xF0\x9F\","
+                    "\"current VIC\":\"0\",\"enabled\":\"Yes\",\"framerate\":\"0.000000\","
+                    "\"height\":\"0\",\"running\":\"Yes\",\"vsdb\":\"DVI\",\"width\":\"0\"}\n\n"));
+    EXPECT_EQ(tlm(R"({"channel": {"info": {"input.count": 0}},
+                      "mode": {"info": {"sensor": {"bytes": "ff5c01e2"}}}})",
+                  {"--system-info"}),
+              ended(0,
+                    "{\n    \"inputs\": 0,\n    \"capturemodes\": {},\n    \"viewmode\": {\n"
+                    "        \"sensor\": \"\xFF\\\\\\u0001\xE2\"\n    }\n}\n"));
+}
+
+// Messages that go through GLib are written in the character set that it takes the locale to have:
+// that of the C locale, for the tools never set another, unless $CHARSET names one.
+TEST(texts, messages_that_glib_prints_are_in_its_character_set) {
+    const std::string snapshot = R"({"channel": {"all": {"$error": "na\u00efve \u2603"}}})";
+    for (const std::vector<std::string>& environment :
+         {std::vector<std::string>{}, {"LANG=C.UTF-8"}, {"LC_ALL=C.UTF-8"}, {"CHARSET=US-ASCII"}}) {
+        EXPECT_EQ(report(snapshot, {"--list-channels"}, {.environment = environment}),
+                  ended(0, "Failed to get all channels: na?ve ?\n"));
+    }
+    EXPECT_EQ(report(snapshot, {"--list-channels"}, {.environment = {"CHARSET=UTF-8"}}),
+              ended(0, "Failed to get all channels: na\xC3\xAFve \xE2\x98\x83\n"));
+    // The ones that end a tool do not go through it.
+    EXPECT_EQ(report(R"({"stream": {"all": {"$error": "na\u00efve \u2603"}}})", {"--list-streams"}),
+              ended(1, "",
+                    "oru-serverreport-tool: Failed to get all streams: "
+                    "na\xC3\xAFve \xE2\x98\x83\n"));
+}
+
+// A value of a kind that the getters do not know: none of them gives it, but its key is there.
+TEST(texts, values_of_a_kind_that_no_getter_knows_count_as_absent) {
+    EXPECT_EQ(report(R"({"stream": {"all": [{"id": 1,
+                  "info": {"channel": {"other": 1}, "identity[0]": {"other": "x"},
+                           "statistics.duration": {"other": 1}, "view": {"other": 2}},
+                  "settings": {"format": 0, "identity": {"other": "x"}, "rc.mode": {"other": 1},
+                               "h264.profile": {"other": 1}, "sign": {"other": true},
+                               "framerate": {"other": 2.5}},
+                  "debug": {"tlm[0].client_us": {"other": [1, 2]},
+                            "tlm[0].duration": {"other": 1},
+                            "tlm[0].reclaim_count": 1,
+                            "tlm[0].reclaim_histogram": {"other": "1"}}}]}})",
+                     {"--list-streams"}),
+              ended(0, R"(----- Snapshot of all running streams -----
+
+{
+    "streams" : [
+        { "id/0x0001" : {"bitrate":0,"channel":0,"duration":"00:00:00","failcount":0,"format":"h264","framecount":0,"framerate":0,"identity":"N/A","peers":0,"resolution":"0x0"} }
+    ],
+
+    "streaminfo" : [
+        {
+            "id/0x0001" : {
+                "basic": {"channel":0,"compression":0,"format":"h264","framerate":0,"mirror":0,"monochrome":0,"resolution":"0x0","rotation":0,"signed":0,"view":1},
+                "h26x": {"bitrate":0,"goplength":0,"profile":"baseline","rcmode":"cbr","rcprio":"fps"}
+            }
+        }
+    ],
+
+    "streamstatistics" : [
+        { "id/0x0001" : {"actual-framerate":0,"bitrate":0,"failcount":0,"framecount":0,"reclaimcount":0,"tlm[0].client_us":[0,0]} }
+    ]
+}
+
+)"));
+    EXPECT_EQ(tlm(R"({"channel": {"info": {"input.count": {"other": 7}}},
+                      "input": {"all": [{"id": 1, "resolution_unrotated": {"capture": [8, 6]}}]},
+                      "stream": {"debug": {"global.capacity.peak": {"other": 5}}, "quota": {},
+                                 "limit": {}},
+                      "mode": {"info": {"view": {"other": 1}, "a.b": {"other": [ 1.50, "\u0041" ]},
+                                        "c": {"other": {"d": null, "e": {}}}}}})",
+                  {"--stream-max-stats", "--system-info"}),
+              ended(0, R"(MaxBufferBytes=0
+MaxEncodeStreams=0
+MaxRawStreams=0
+Version=1
+{
+    "inputs": 1,
+    "capturemodes": {
+        "input1": "8x6"
+    },
+    "viewmode": {
+        "a_b": [1.50, "\u0041"],
+        "c": {
+            "d": null,
+            "e": {}
+        }
+    }
+}
+)"));
+}
+
+}  // namespace

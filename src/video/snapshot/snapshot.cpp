@@ -133,7 +133,7 @@ snapshot load(const std::string& path) {
 
 const snapshot& current() {
     if (!current_snapshot) {
-        const char* named = std::getenv("ORU_SNAPSHOT");
+        const char* named = secure_getenv("ORU_SNAPSHOT");
         current_snapshot = new snapshot(load(named && *named ? named : default_path));
     }
     return *current_snapshot;

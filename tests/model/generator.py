@@ -2,47 +2,42 @@
 
     snapshot(seed, kind=None)   the text of a snapshot; its file is text.encode("utf-8", "surrogateescape")
     kind_of(seed)               the kind that snapshot(seed) has
-    assertions(seed)            the record of earlier assertions: bytes, None where there is none, or
-                                "directory" or "unreadable" for what is in its place
+    assertions(seed)            the record of earlier assertions, as model.run takes it
     command_line(seed, tool)    a command line, argv[0] left out
 
-The kinds: "whole", every answer is recorded; "sparse", answers and keys are missing; "faulty", there
-are recorded failures among the answers; "broken", a rule of the format is broken, so that the
-service cannot be reached. Values are odd in all of them: of another kind than is asked for, too
-large, no UTF-8. What a section makes of them need not be a whole document."""
+The kinds: "whole", every answer is recorded; "sparse", answers and keys are missing; "faulty", there are recorded
+failures among the answers; "broken", a rule of the format is broken, so that the service cannot be reached. Values
+are odd in all of them, of another kind than is asked for, too large, no UTF-8: a section need not print a document."""
 
 import json
 import random
 
-from model import TOOLS
+from model import ALL_ONES, TOOLS, Raw
 
 KINDS = ("whole", "sparse", "faulty", "broken")
-
-
-class Token(str):
-    """JSON text that stands in the snapshot as it is."""
-
-
-MAX32 = 2**32 - 1
 NUMBERS = (0, 1, 2, 3, 7, 9, 10, 11, 12, 20, 25, 30, 99, 100, 101, 120, 1000, 1080, 1920, 65535, 65536, 6000000,
-           2**31 - 1, 2**31, 2**31 + 1, MAX32 - 1, MAX32)
+           2**31 - 1, 2**31, 2**31 + 1, ALL_ONES - 1, ALL_ONES)
 WIDE = (-1, -9, -10, -1000000, -999999, 999999, 1000000, 59999999, 3599999999, 3600000000, 86399999999, 86400000000,
         360000000000, 2**32, -2**31, -2**31 - 1, 2**53 + 1, 2**63 - 1, -2**63, -2**63 + 1)
-DOUBLES = tuple(map(Token, (
-    "0.0", "-0.0", "25.0", "29.97", "30.0", "59.94", "60.0", "120.0", "0.1", "0.5", "1e-4", "1e-5", "0.00012345", "1e22",
-    "9.999999999999999e22", "1e23", "1E5", "1e+05", "123456.0", "1234567.0", "4294967295.0", "4294967296.0", "5e-324",
-    "9007199254740993.0", "12345678901234567890.0", "2.2250738585072014e-308", "-1.5", "1.7976931348623157e308",
-    "0.30000000000000004", "1e100", "-1e-7", "999999.9999995")))
-TEXTS = ("", "a", "north gate", "Leanflow", "leanflow ", "16:9", "caf\u00e9", "\u65e5\u672c", "\U0001f3a5 live", "e\u0301", "%s%n{}",
-         'say "no" \\ yes', "/etc/oru", "tab\tline\nreturn\rback\bfeed\f", "\x01\x1b\x1f\x7f\x80", "a, b: [1] {2}",
-         "// no comment", "/* none */", "\u2028\ufeff\uffff", "\U0010ffff", "N/A", "-1", "null", "x" * 600)
+DOUBLES = tuple(map(Raw, (
+    "0.0", "-0.0", "25.0", "29.97", "30.0", "59.94", "60.0", "120.0", "0.1", "0.5", "1e-4", "1e-5", "0.00012345",
+    "1e22", "9.999999999999999e22", "1e23", "1E5", "1e+05", "123456.0", "1234567.0", "4294967295.0", "4294967296.0",
+    "5e-324", "9007199254740993.0", "12345678901234567890.0", "2.2250738585072014e-308", "-1.5", "-1e-7", "1e100",
+    "1.7976931348623157e308", "0.30000000000000004", "999999.9999995")))
+TEXTS = ("", "a", "north gate", "Leanflow", "leanflow ", "16:9", "caf\u00e9", "\u65e5\u672c", "\U0001f3a5 live",
+         "e\u0301", "%s%n{}", 'say "no" \\ yes', "/etc/oru", "tab\tline\nreturn\rback\bfeed\f", "a, b: [1] {2}",
+         "\x01\x1b\x1f\x7f\x80", "// no comment", "/* none */", "\u2028\ufeff\uffff", "\U0010ffff", "null", "x" * 600)
 BYTES = ("6fff", "ff", "c3", "80", "eda080", "f4908080", "c080", "636166e9", "22ff5c", "01fe0a", "6f6b", "", "c3a9")
 OTHERS = ("null", "[]", "{}", "[ ]", "{ }", "[1, 2, 3]", "[1,[2,[ ]],{}]", '{"a": 1, "b": [true, false, null]}', "-0",
           "1.50E+03", '"A\\/b"', '[{"x":{}}, {"y" : [ { } ]}]', "[1, // one\n 2 /* two */]", '{"$error": "no failure"}',
           '"\\ud83c\\udfa5 \\u0000"', "123456789012345678901234567890", '{"a": 1, "a": 2}', '"caf\u00e9 // 1"')
-ERRORS = ("device busy", "", "caf\u00e9 closed", "100 % \"lost\"", "two\nlines", "%s %n {} {0}", "\U0001f3a5", "a\u2026b\u00a0c",
-          "x" * 300, "\x01\x7f", "not found: /dev/video0")
+ERRORS = ("device busy", "", "caf\u00e9 closed", "100 % \"lost\"", "two\nlines", "%s %n {} {0}", "\U0001f3a5",
+          "a\u2026b\u00a0c", "x" * 300, "\x01\x7f", "not found: /dev/video0")
 FORMATS = {"h264": 0, "h265": 1, "jpeg": 2, "raw": 3, "av1": 10}
+
+
+def recorded(**answers):
+    return {name: answer for name, answer in answers.items() if answer is not None}
 
 
 class Draw(random.Random):
@@ -62,11 +57,12 @@ class Draw(random.Random):
         return self.choice(NUMBERS) if self.chance(0.7) else self.getrandbits(self.choice((4, 8, 16, 24, 32)))
 
     def double(self):
-        return self.choice(DOUBLES) if self.chance(0.7) else Token(self.uniform(1, 10) * 10.0 ** self.randrange(-300, 300))
+        of_any_size = Raw(self.uniform(1, 10) * 10.0 ** self.randrange(-300, 300))
+        return self.choice(DOUBLES) if self.chance(0.7) else of_any_size
 
     def text(self):
-        length = self.randrange(9)
-        return self.choice(TEXTS) if self.chance(0.85) else "".join(chr(self.randrange(32, 0xd800)) for _ in range(length))
+        of_any_letters = "".join(chr(self.randrange(32, 0xd800)) for _ in range(self.randrange(9)))
+        return self.choice(TEXTS) if self.chance(0.85) else of_any_letters
 
     def duration(self):
         return self.choice(WIDE) if self.chance(0.4) else self.randrange(400 * 3600 * 10**6)
@@ -77,7 +73,7 @@ class Draw(random.Random):
     def other(self):
         depth = self.randrange(120, 132)  # about as deep as what prints it goes
         deep = ("[" * depth + "]" * depth, '{"n":' * depth + "7" + "}" * depth)
-        return Token(self.choice(deep if self.chance(0.1) else OTHERS))
+        return Raw(self.choice(deep if self.chance(0.1) else OTHERS))
 
     def any_value(self):
         """A value of any kind, those that only a device's own map holds among them."""
@@ -105,14 +101,52 @@ class Draw(random.Random):
             return {"$error": self.choice(ERRORS)}
         return None if self.chance(self.gap) else value
 
-    def ids(self, count):
-        """Numbers for a list, each once."""
-        few = [0, 1, 2, 3, 4, 5]
-        return self.sample(few + [0x1a2b, 0x12345, 65535, 65536, 2**31, MAX32], count) if self.chance(0.3) else few[:count]
+    def map_answer(self, values):
+        return self.answer(self.map(values))
 
+    def each(self, make, count, ids=(0, 1, 2, 3, 4, 5, 0x1a2b, 0x12345, 65535, 65536, 2**31, ALL_ONES)):
+        """The answer to a list query: as many, each with a number of its own."""
+        return self.answer([make(number) for number in (self.sample(ids, count) if self.chance(0.3) else ids[:count])])
 
-def recorded(**answers):
-    return {name: answer for name, answer in answers.items() if answer is not None}
+    def stream(self, number):
+        return recorded(id=number or self.choice((0, None)), info=self.map_answer(STREAM_INFO),
+                        settings=self.map_answer(STREAM_SETTINGS), debug=self.map_answer(STREAM_DEBUG))
+
+    def channel(self, number):
+        sizes = [self.pair() for _ in range(self.choice((0, 1, 2, 5)))]
+        return recorded(
+            id=number or self.choice((0, None)), info=self.map_answer(CHANNEL_INFO), properties=self.choice(PROPERTIES),
+            crop=self.answer(self.pair() + self.pair()), crop_max=self.answer(self.pair()),
+            resolutions=self.answer(recorded(other=self.answer([[1, 2]]), available=self.answer(sizes))))
+
+    def input(self, number):
+        """An input, which may fail to open."""
+        return {"id": number} | ({"$error": self.choice(ERRORS)} if self.chance(self.fault) else recorded(
+            info=self.map_answer(INPUT_INFO), crop=self.answer(self.pair() + self.pair()),
+            resolution_unrotated=self.answer(recorded(capture=self.answer(self.pair()), other=self.answer([1, 2])))))
+
+    def output(self, number):
+        return {"id": number} | ({"$error": self.choice(ERRORS)} if self.chance(self.fault) else recorded(
+            info=self.map_answer(OUTPUT_INFO), settings=self.map_answer(OUTPUT_SETTINGS)))
+
+    def document(self):
+        count = self.choice((0, 1, 2, 3, 4, 12))  # of inputs: nobody opens as many as a number may count
+        counted = self.choice(({"input.count": count}, {"input.count": {"uint16": count}}, {"input.count": "3"}, {}))
+        streams = self.sample((1, 2, 3, 4, 0x1a2b, 0x12345, 65535, 2**31, ALL_ONES, 0, 0), self.choice((0, 1, 2, 3, 5)))
+        filtered = self.each(self.channel, self.randrange(4)) if self.chance(0.2) else None
+        made = recorded(
+            about=self.choice((None, None, self.text())),
+            system=self.answer(recorded(caps=self.map_answer({"output": (True,) * 7 + (False,)}))),
+            mode=self.answer(recorded(info=self.map_answer(MODE_INFO))),
+            stream=recorded(debug=self.map_answer(SERVICE_DEBUG), quota=self.map_answer(QUOTA),
+                            limit=self.map_answer(LIMIT), all=self.answer([self.stream(number) for number in streams])),
+            channel=recorded(info=self.answer(self.map({}) | counted), filtered=filtered,
+                             all=self.each(self.channel, self.randrange(5))),
+            input=recorded(all=self.each(self.input, 14 if self.gap == 0 else self.randrange(14), INPUTS)),
+            output=recorded(all=self.each(self.output, self.choice((1, 1, 2)), (0, 1))), formats=self.choice((
+                None, None, FORMATS, {}, {"raw": 3}, {**FORMATS, "sharp": 11, "seven": 7},
+                {"yuv": 3, "mpeg 4": 4, "caf\u00e9": 0, "second": 0, "last": ALL_ONES, "h\"x": 10})))
+        return dict(self.sample(list(made.items()), len(made) - self.chance(self.gap)))
 
 
 # The keys that the sections read, and what belongs there.
@@ -121,93 +155,45 @@ def all_of(value, *keys):
 
 
 FLAG = (True, True, True, False)
-SMALL = (0, 1, 2, 3, 4, 1, 2, {"uint16": 0}, {"uint16": 1}, {"uint16": 2}, 7, 65536, MAX32)
-CODES = (0, 0, 0, 1, 1, 2, 3, 3, 10, 10, 11, 8, 9, 6, 4, 5, 7, 12, 255, MAX32)
+SMALL = (0, 1, 2, 3, 4, 1, 2, {"uint16": 0}, {"uint16": 1}, {"uint16": 2}, 7, 65536, ALL_ONES)
+CODES = (0, 0, 0, 1, 1, 2, 3, 3, 10, 10, 11, 8, 9, 6, 4, 5, 7, 12, 255, ALL_ONES)
 RATES = DOUBLES + (30, 25, {"uint16": 60}) * 3
 HISTOGRAMS = ("1,2,3", "0", "", "1,", "no json \"", "[1],{}", '"caf\u00e9",null', " 1 , 2 ")
+INPUTS = (1, 2, 3, 4, 0, ALL_ONES, *range(5, 13))
 STREAM_INFO = {
-    **all_of(Draw.number, "channel", "framerate", "bitrate", "peers", "width", "height", "rotation", "monochrome"),
-    **all_of(Draw.number, *("statistics." + key for key in (
-        "bitrate", "frame_count", "framerate", "failed_frames", "reclaim_count"))),
-    "statistics.duration": Draw.duration, **all_of(SMALL, "input", "view", "warp"),
-    **all_of(TEXTS, *(f"identity[{n}]" for n in range(9)))}
+    **all_of(Draw.number, "channel", "framerate", "bitrate", "peers", "width", "height", "rotation", "monochrome",
+             "statistics.bitrate", "statistics.frame_count", "statistics.framerate", "statistics.failed_frames",
+             "statistics.reclaim_count"), **all_of(TEXTS, *(f"identity[{n}]" for n in range(9))),
+    "statistics.duration": Draw.duration, **all_of(SMALL, "input", "view", "warp")}
 STREAM_SETTINGS = {
-    **all_of(Draw.number, "width", "height", "channel", "compression", "gop_length", "bitrate", "sqz.max_gop_length", "sqz.min_fps_num"),
-    "format": CODES + tuple({"uint16": code} for code in CODES[:-1]), "identity": Draw.text, "framerate": RATES,
-    "subformat": ("NV12", "Y800", "", "n\u00e9", "leanflow"), **all_of(FLAG, "horizontal_flip", "sign"),
-    "sqz.strength": (*range(14), 0, 0, 0, MAX32),
-    **all_of(SMALL, "rc.mode", "rc.prio", "h264.profile", "h265.profile", "av1.profile", "sqz.gop_mode", "sqz.skip_mode", "sqz.fps_mode")}
+    **all_of(Draw.number, "width", "height", "channel", "compression", "gop_length", "bitrate", "sqz.max_gop_length",
+             "sqz.min_fps_num"), "identity": Draw.text, "subformat": ("NV12", "Y800", "", "n\u00e9", "leanflow"),
+    "format": CODES + tuple({"uint16": code} for code in CODES[:-1]), "framerate": RATES,
+    **all_of(FLAG, "horizontal_flip", "sign"), "sqz.strength": (*range(14), 0, 0, 0, ALL_ONES),
+    **all_of(SMALL, "rc.mode", "rc.prio", "h264.profile", "h265.profile", "av1.profile", "sqz.gop_mode",
+             "sqz.skip_mode", "sqz.fps_mode")}
 STREAM_DEBUG = {
     **all_of(Draw.number, "global.capacity", "global.encoded.peers", "global.encoded.jpeg.peers", "global.raw.peers"),
     "tlm[0].client_us": Draw.pair, **all_of(Draw.duration, *(f"tlm[{n}].duration" for n in range(9))),
     **all_of(HISTOGRAMS, *(f"tlm[{n}].reclaim_histogram" for n in range(9))),
     **all_of(SMALL, *(f"tlm[{n}].reclaim_count" for n in range(9)))}
-SERVICE_DEBUG = all_of(
-    Draw.number, "global.capacity.peak", "global.encoded.peers.peak", "global.raw.peers.peak", "identity", *("identity." + name for name in (
-        "alpha", "b", "a", "a.x", "", "wall \"north\"", "tab\there", "caf\u00e9", "back\\slash", "x/y", "\x01", "identity.")))
+IDENTITIES = all_of(Draw.number, *("identity." + name for name in (
+    "alpha", "b", "a", "a.x", "", 'wall "north"', "tab\there", "caf\u00e9", "back\\slash", "x/y", "\x01", "identity.")))
+SERVICE_DEBUG = IDENTITIES | all_of(
+    Draw.number, "global.capacity.peak", "global.encoded.peers.peak", "global.raw.peers.peak", "identity")
 MODE_INFO = all_of(
-    Draw.any_value, "view", "capture", "capture.width", "captured", "available.modes", "views", "stream.fps", "a.b.c", "a.b_c", "a_b.c",
-    "x.y", "x_y", "..", "caf\u00e9.\u65e5", "q\"\\", "\x01\t")
-OFTEN_ABSENT = {key for key in (*STREAM_INFO, *STREAM_DEBUG) if "[" in key} | set(MODE_INFO) | {"input", "view", "warp"} \
-    | {key for key in SERVICE_DEBUG if "identity" in key}
-OUTPUT_INFO = {"running": FLAG, "vsdb": FLAG, "width": Draw.number, "height": Draw.number, "framerate": RATES, "aspect.ratio": Draw.text}
+    Draw.any_value, "view", "capture", "capture.width", "captured", "available.modes", "views", "stream.fps", "a.b.c",
+    "a.b_c", "a_b.c", "x.y", "x_y", "..", "caf\u00e9.\u65e5", "q\"\\", "\x01\t")
 QUOTA = all_of(Draw.number, "global.hard.limit", "global.soft.limit", "global.buffering.limit")
-INPUTS = (1, 2, 3, 4, 0, MAX32)
-
-
-def stream(draw, number):
-    return recorded(id=number or draw.choice((0, None)), info=draw.answer(draw.map(STREAM_INFO)),
-                    settings=draw.answer(draw.map(STREAM_SETTINGS)), debug=draw.answer(draw.map(STREAM_DEBUG)))
-
-
-def channel(draw, number):
-    return recorded(
-        id=number or draw.choice((0, None)), crop=draw.answer([draw.number() for _ in range(4)]), crop_max=draw.answer(draw.pair()),
-        properties=draw.choice(({"key": "input"}, {"key": "input"}, {"kind": "x", "key": "input"}, {"key": "view"}, {"Key": "input"},
-                                {"key": "inputs"}, {}, None)),
-        info=draw.answer(draw.map({"crop.possible": FLAG, "type.id": INPUTS + (1, 2, {"uint16": 3})})),
-        resolutions=draw.answer(recorded(
-            other=draw.answer([draw.pair()]), available=draw.answer([draw.pair() for _ in range(draw.choice((0, 1, 2, 5)))]))))
-
-
-def opened(draw, number, **answers):
-    """An input or an output, which may fail to open."""
-    return {"id": number} | ({"$error": draw.choice(ERRORS)} if draw.chance(draw.fault) else recorded(**answers))
-
-
-def an_input(draw, number):
-    return opened(draw, number, info=draw.answer(draw.map({"crop.possible": FLAG, "crop.max": Draw.pair})),
-                  crop=draw.answer([draw.number() for _ in range(4)]),
-                  resolution_unrotated=draw.answer(recorded(capture=draw.answer(draw.pair()), other=draw.choice(([1, 2], None)))))
-
-
-def an_output(draw, number):
-    return opened(draw, number, info=draw.answer(draw.map(OUTPUT_INFO)),
-                  settings=draw.answer(draw.map({"enabled": FLAG, "VIC": Draw.number})))
-
-
-def document(draw):
-    streams = [number + 1 for number in draw.ids(draw.choice((0, 1, 2, 3, 5))) if number < MAX32] + [0] * draw.choice((0, 0, 1, 2))
-    inputs = [*INPUTS, *range(5, 13)][:draw.choice((6, 14)) if draw.gap == 0 else draw.randrange(14)]
-    count = draw.choice((0, 1, 2, 3, 4, 12))  # of inputs; nobody opens as many as a number may count
-    counted = draw.choice(({"input.count": count}, {"input.count": {"uint16": count}}, {"input.count": "3"}, {}))
-    made = recorded(
-        about=draw.choice((None, None, draw.text())),
-        system=draw.answer(recorded(caps=draw.answer(draw.map({"output": (True,) * 7 + (False,)})))),
-        mode=draw.answer(recorded(info=draw.answer(draw.map(MODE_INFO)))),
-        stream=recorded(
-            debug=draw.answer(draw.map(SERVICE_DEBUG)), quota=draw.answer(draw.map(QUOTA)),
-            limit=draw.answer(draw.map(all_of(Draw.number, "global.max.streams.limit.encoded"))),
-            all=draw.answer([stream(draw, number) for number in draw.sample(streams, len(streams))])),
-        channel=recorded(
-            info=draw.answer(draw.map({}) | counted),
-            all=draw.answer([channel(draw, number) for number in draw.ids(draw.randrange(5))]),
-            filtered=draw.answer([channel(draw, number) for number in draw.ids(draw.randrange(4))]) if draw.chance(0.2) else None),
-        input=recorded(all=draw.answer([an_input(draw, number) for number in draw.sample(inputs, len(inputs))])),
-        output=recorded(all=draw.answer([an_output(draw, number) for number in draw.choice(((0,), (0, 1), (1, 0)))])),
-        formats=draw.choice((None, None, FORMATS, {}, {"raw": 3}, {**FORMATS, "sharp": 11, "seven": 7},
-                             {"yuv": 3, "mpeg 4": 4, "caf\u00e9": 0, "second": 0, "last": MAX32, "h\"x": 10})))
-    return dict(draw.sample(list(made.items()), len(made) - draw.chance(draw.gap)))
+LIMIT = all_of(Draw.number, "global.max.streams.limit.encoded")
+CHANNEL_INFO = {"crop.possible": FLAG, "type.id": INPUTS[:6] + (1, 2, {"uint16": 3})}
+PROPERTIES = ({"key": "input"}, {"key": "input"}, {"kind": "x", "key": "input"}, {"key": "view"}, {"Key": "input"},
+              {"key": "inputs"}, {}, None)
+INPUT_INFO = {"crop.possible": FLAG, "crop.max": Draw.pair}
+OUTPUT_INFO = {"running": FLAG, "vsdb": FLAG, **all_of(Draw.number, "width", "height"), "framerate": RATES,
+               "aspect.ratio": Draw.text}
+OUTPUT_SETTINGS = {"enabled": FLAG, "VIC": Draw.number}
+OFTEN_ABSENT = {key for key in (*STREAM_INFO, *STREAM_DEBUG) if "[" in key} | {*MODE_INFO, *IDENTITIES, "input", "warp"}
 
 
 class Writer:
@@ -219,7 +205,8 @@ class Writer:
 
     def space(self, level):
         comment = self.draw.choice(("/* a \u00e9 \" */", "// one line {\n", "/**/", " \t\r\n"))
-        return comment * self.draw.chance(self.comments) + ("" if self.indent is None else "\n" + " " * (self.indent * level))
+        new_line = "" if self.indent is None else "\n" + " " * (self.indent * level)
+        return comment * self.draw.chance(self.comments) + new_line
 
     def string(self, text):
         written = json.dumps(text, ensure_ascii=self.draw.chance(self.escapes))
@@ -227,9 +214,10 @@ class Writer:
 
     def write(self, value, level=0):
         if isinstance(value, str):
-            return value if isinstance(value, Token) else self.string(value)
+            return value if isinstance(value, Raw) else self.string(value)
         if isinstance(value, dict):
-            members = (f"{self.space(level + 1)}{self.string(key)}: {self.write(value[key], level + 1)}" for key in value)
+            inner = level + 1
+            members = (f"{self.space(inner)}{self.string(key)}: {self.write(value[key], inner)}" for key in value)
             return "{" + ",".join(members) + self.space(level) + "}"
         return "[" + ", ".join(map(self.write, value)) + "]" if isinstance(value, list) else json.dumps(value)
 
@@ -237,33 +225,23 @@ class Writer:
 # What breaks one rule each: a member put into a class, a value put into a map, and a whole text.
 BROKEN_MEMBERS = {
     "system": ('"Caps": {}', '"$error": "x"'), "mode": ('"info": {"a": 1, "a": 2}', '"info": [1]', '"caps": {}'),
-    "stream": ('"info": {}', '"all": [1]', '"all": {}', '"all": [{"id": 7}, {"id": 7}]', '"all": [{"id": -1}]', '"all": [{"id": 1.0}]',
-               '"all": [{"$error": "x"}]', '"quota": {"$error": "x", "a": 1}', '"all": [{"crop": [0, 0, 1, 1]}]'),
-    "channel": ('"all": [{}, {}]', '"all": [{"id": 4294967296}]', '"all": [{"id": 3}, {"id": 3}]', '"all": [{"crop": [0, 0, 1]}]',
-                '"all": [{"crop_max": [-1, 0]}]', '"all": [{"resolutions": {"available": [[1]]}}]', '"filtered": {}',
-                '"filtered": [{"id": 3}, {"id": 3}]', '"all": [{"properties": {"key": 1}}]'),
-    "input": ('"all": [{}]', '"all": [{"id": 1}, {"id": 1}]', '"all": [{"id": 1, "$error": "x", "info": {}}]', '"info": {}'),
-    "output": ('"all": [{"id": 0, "$error": 1}]', '"all": [{"info": {}}]'), "formats": ('"h264": "0"', '"x": -1', '"x": [0]')}
+    "stream": ('"info": {}', '"all": [1]', '"all": {}', '"all": [{"id": 7}, {"id": 7}]', '"all": [{"id": -1}]',
+               '"all": [{"id": 1.0}]', '"all": [{"$error": "x"}]', '"quota": {"$error": "x", "a": 1}'),
+    "channel": ('"all": [{}, {}]', '"all": [{"id": 4294967296}]', '"all": [{"id": 3}, {"id": 3}]', '"filtered": {}',
+                '"all": [{"crop": [0, 0, 1]}]', '"all": [{"crop_max": [-1, 0]}]', '"filtered": [{"id": 3}, {"id": 3}]',
+                '"all": [{"resolutions": {"available": [[1]]}}]', '"all": [{"properties": {"key": 1}}]'),
+    "input": ('"all": [{}]', '"all": [{"id": 1}, {"id": 1}]', '"all": [{"id": 1, "$error": "x", "info": {}}]'),
+    "output": ('"all": [{"id": 0, "$error": 1}]', '"all": [{"info": {}}]'), "formats": ('"h264": "0"', '"x": -1')}
 BROKEN_VALUES = (
-    "null", "{}", "[]", "[1]", "[1, 2, 3]", "[1, -1]", "[1, 4294967296]", "[1.0, 2]", '{"uint16": 65536}', '{"uint16": -1}',
-    '{"uint32": 4294967296}', '{"uint32": 1.0}', '{"int64": 9223372036854775808}', '{"int64": "1"}', '{"double": "NaN"}',
-    '{"double": null}', '{"uint8": 1}', '{"uint16": 1, "uint32": 1}', '{"bytes": "6F"}', '{"bytes": "6"}', '{"bytes": "zz"}',
-    '{"bytes": "00"}', '{"bytes": 6}', '{"other": }', '{"other": 1, "bytes": ""}', "9223372036854775808", "-9223372036854775809",
-    '"a\\u0000b"', '"\\ud800"', '"\\udc00 "', '"\\x"', '"tab\t"', '"\udcff"', '"\udcc3"', "01", "1.", ".5", "+1", "1e", "0x1", "NaN",
-    "nul", "True", "'x'", "1 2", "1,", '"open')
-BROKEN_TEXTS = ("", " \n", "[]", "null", '"{}"', "1", "{,}", '{"about": 1}', '{"About": ""}', '{"a', "{a: 1}", '{"stream": []}', "{}x", "{},",
-                '{"mode": {}, "mode": {}}', '{"formats": []}', "\ufeff\ufeff{}", '{"mode" {}}', '{"mode": {} "input": {}}', "{}}", "{} {}",
-                "{} /* open", "{} /", "{}\0", "{}\udcff")
-
-
-def broken(draw):
-    text = Writer(draw).write(document(draw))
-    if draw.chance(0.2):
-        return text[:draw.randrange(len(text) // 2 + 1)]
-    name = draw.choice(list(BROKEN_MEMBERS))
-    member = draw.choice(BROKEN_MEMBERS[name])
-    return draw.choice((draw.choice(BROKEN_TEXTS), '{"mode": {"info": {"odd": %s}}}' % draw.choice(BROKEN_VALUES),
-                        '{"%s": {%s%s}}' % (name, '"caps": {}, ' * (name == "system"), member)))
+    "null", "{}", "[]", "[1]", "[1, 2, 3]", "[1, -1]", "[1, 4294967296]", "[1.0, 2]", '{"uint16": 65536}',
+    '{"uint16": -1}', '{"uint32": 4294967296}', '{"uint32": 1.0}', '{"int64": 9223372036854775808}', '{"int64": "1"}',
+    '{"double": "NaN"}', '{"double": null}', '{"uint8": 1}', '{"uint16": 1, "uint32": 1}', '{"bytes": "6F"}',
+    '{"bytes": "6"}', '{"bytes": "zz"}', '{"bytes": "00"}', '{"bytes": 6}', '{"other": }', '{"other": 1, "bytes": ""}',
+    "9223372036854775808", "-9223372036854775809", '"a\\u0000b"', '"\\ud800"', '"\\udc00 "', '"\\x"', '"tab\t"',
+    '"\udcff"', '"\udcc3"', "01", "1.", ".5", "+1", "1e", "0x1", "NaN", "nul", "True", "'x'", "1 2", "1,", '"open')
+BROKEN_TEXTS = ("", " \n", "[]", "null", '"{}"', "1", "{,}", '{"about": 1}', '{"About": ""}', '{"a', "{a: 1}", "{}x",
+                '{"stream": []}', "{},", '{"mode": {}, "mode": {}}', '{"formats": []}', "\ufeff\ufeff{}", '{"mode" {}}',
+                '{"mode": {} "input": {}}', "{}}", "{} {}", "{} /* open", "{} /", "{}\0", "{}\udcff")
 
 
 def kind_of(seed):
@@ -271,39 +249,46 @@ def kind_of(seed):
 
 
 def snapshot(seed, kind=None):
-    draw = Draw(seed, kind or kind_of(seed))
-    if (kind or kind_of(seed)) == "broken":
-        return broken(draw)
-    return Writer(draw).write(document(draw)) + draw.choice(("", "\n", " // end"))
+    kind = kind or kind_of(seed)
+    draw = Draw(seed, kind)
+    text = Writer(draw).write(draw.document())
+    if kind != "broken":
+        return text + draw.choice(("", "\n", " // end"))
+    name = draw.choice(list(BROKEN_MEMBERS))
+    member = '"caps": {}, ' * (name == "system") + draw.choice(BROKEN_MEMBERS[name])
+    value = '{"mode": {"info": {"odd": %s}}}' % draw.choice(BROKEN_VALUES)
+    cut = text[:draw.randrange(len(text) // 2 + 1)]
+    return draw.choice((cut, draw.choice(BROKEN_TEXTS), value, value, '{"%s": {%s}}' % (name, member)))
 
 
-RECORDS = ('{"dsp": 0, "line": 1217}', '{\n  "dsp" : [ 1, 2 ],\n\t"text": "a  b\\t\\u00e9 // c /* d */"\n}\n', "[]", "{ }", " 12 ", "null",
-           "[1, /* one */ 2, // two\n 3]", '{"a": 1, "a": 2}', '{"caf\u00e9 \U0001f3a5": [true,false , null]}', "[-0.0, 1E+5 ,0.10, 1e999]",
-           '[ "\\ud83c\\udfa5", "\\/", "\x7f" ]', "/**/[ 1 ]/* end */ // end", "", " \n", "// only a comment", '{"dsp": 0, "li', "[1, 2",
-           "[1 2]", "{ a : 1 }", "[ 01 ]", "[ 1. ]", "[ +1]", "[ 'a' ]", "[1, ]", '{"a" 1}', '[ "\\ud800 " ]', '[ "\\udc00" ]', '[ "a\tb" ]',
-           '[ "\\q" ]', "[1] x", "/* open", "[ nul ]", " NaN", "\0\0\0", "[ 1 ]\0", "\ufeff[ 1 ]", "[ 1\f ]", '[ "\udcff" ]', '[ "\udcc3" ]',
-           '[ "\\ud83c\\u0041" ]', '["a", "' + "x" * 5000 + '" ]')
+RECORDS = (
+    '{"dsp": 0, "line": 1217}', '{\n  "dsp" : [ 1, 2 ],\n\t"text": "a  b\\t\\u00e9 // c /* d */"\n}\n', "[]", "{ }",
+    " 12 ", "null", "[1, /* one */ 2, // two\n 3]", '{"a": 1, "a": 2}', '{"caf\u00e9 \U0001f3a5": [true,false , null]}',
+    "[-0.0, 1E+5 ,0.10, 1e999]", '[ "\\ud83c\\udfa5", "\\/", "\x7f" ]', "/**/[ 1 ]/* end */ // end", "", " \n",
+    "// only a comment", '{"dsp": 0, "li', "[1, 2", "[1 2]", "{ a : 1 }", "[ 01 ]", "[ 1. ]", "[ +1]", "[ 'a' ]",
+    "[1, ]", '{"a" 1}', '[ "\\ud800 " ]', '[ "\\udc00" ]', '[ "a\tb" ]', '[ "\\q" ]', "[1] x", "/* open", "[ nul ]",
+    " NaN", "\0\0\0", "[ 1 ]\0", "\ufeff[ 1 ]", "[ 1\f ]", '[ "\udcff" ]', '[ "\udcc3" ]', '[ "\\ud83c\\u0041" ]')
 
 
 def assertions(seed):
     draw = Draw(seed, "whole")
-    form = draw.choices((None, "directory", "unreadable", "listed", "whole", "cut", "deep", "raw"), (25, 3, 3, 35, 14, 10, 5, 5))[0]
-    if form in (None, "directory", "unreadable"):
-        return form
-    depth, whole = draw.randrange(250, 262), Writer(draw).write(document(draw))
-    return {"listed": draw.choice(RECORDS), "whole": whole, "cut": whole[:draw.randrange(200)], "deep": "[ " * depth + "1 " + "] " * depth,
-            "raw": '{ "dsp" : ' + bytes(draw.getrandbits(8) for _ in range(64)).decode("latin-1")}[form].encode("utf-8", "surrogateescape")
+    depth, whole = draw.randrange(250, 262), Writer(draw).write(draw.document())
+    form, text = draw.choices((
+        (None, None), ("directory", "directory"), ("unreadable", "unreadable"), ("listed", draw.choice(RECORDS)),
+        ("whole", whole), ("cut", whole[:draw.randrange(200)]), ("deep", "[ " * depth + "1 " + "] " * depth),
+        ("raw", '{ "dsp" : ' + "".join(chr(draw.randrange(256)) for _ in range(64)))), (25, 3, 3, 35, 14, 10, 5, 5))[0]
+    return text if form in (None, "directory", "unreadable") else text.encode("utf-8", "surrogateescape")
 
 
 def command_line(seed, tool):
     draw = Draw(f"{seed} {tool}", "whole")
-    letters, names = "".join(row[0] for row in TOOLS[tool].switches), [row[1] for row in TOOLS[tool].switches]
+    letters, names, _, _ = zip(*TOOLS[tool].SWITCHES)
     drawn = [draw.choice(("-" + draw.choice(letters), "--" + draw.choice(names), "--" + draw.choice(names),
                           "-" + "".join(draw.sample(letters, draw.randrange(1, len(letters) + 1)))))
              for _ in range(draw.choice((0, 1, 1, 2, 2, 3, 6)))]
-    odd = ("-h", "--help", "--help-all", "-?", "--help-x", "-x", "-qx", "-xq", "-ih", "-i?x", "--", "-", "---", "--foo", "--foo=1", "-\u00e9", "",
-           "operand", "--" + names[0][:-1], "--" + names[0].upper(), "--" + names[1] + "=no", "--" + names[0] + "=", "-q=no", "--=",
-           "--help=no", "-\udcff")
     if draw.chance(0.2):
-        drawn.insert(draw.randrange(len(drawn) + 1), draw.choice(odd))
+        drawn.insert(draw.randrange(len(drawn) + 1), draw.choice((
+            "-h", "--help", "--help-all", "-?", "--help-x", "-x", "-qx", "-xq", "-ih", "-i?x", "--", "-", "---",
+            "--foo", "--foo=1", "-\u00e9", "", "operand", "--" + names[0][:-1], "--" + names[0].upper(), f"--{names[1]}=no",
+            f"--{names[0]}=", "-q=no", "--=", "--help=no", "-\udcff")))
     return drawn

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Compares the built tools with the model, on random snapshots and command lines.
+"""Compares the built tools with the model on random snapshots, records of assertions and command lines.
 
 usage: compare.py BIN_DIR REDIRECT_ETC_ORU FIRST COUNT
 
-Seeds FIRST to FIRST + COUNT - 1. $ORU_TEST_BIN_DIR takes the place of BIN_DIR. A snapshot on which
-the two differ is kept in the working directory."""
+Seeds FIRST to FIRST + COUNT - 1; BIN_DIR is where the tools are, unless $ORU_TEST_BIN_DIR says otherwise. A snapshot
+on which the two differ is kept in the working directory."""
 
 import multiprocessing
 import os
@@ -17,51 +17,58 @@ import generator
 import model
 
 # What the tools of the trade need from the environment, as in tests/support/run.cpp.
-PASSED_THROUGH = ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "G_SLICE", "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH", "QEMU_LD_PREFIX")
+PASSED_THROUGH = ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "G_SLICE", "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH",
+                  "QEMU_LD_PREFIX")
 
 
 class Bench:
-    """A directory in which a worker puts what the tools find, and runs them."""
+    """A directory in which the tools find what a seed draws."""
 
     def __init__(self, bin_dir, redirect):
         self.bin_dir, self.redirect = os.path.abspath(bin_dir), os.path.abspath(redirect)
         self.scratch = tempfile.TemporaryDirectory(prefix="oru-model-")
         self.snapshot = pathlib.Path(self.scratch.name, "snapshot.json")
-        self.etc = pathlib.Path(self.scratch.name, "etc")
-        self.etc.mkdir()
-        # Nothing can be put in the place of a file that a program without a dynamic loader opens.
-        self.put_record(b"")
-        self.records = self.run("oru-serverreport-tool", []).stdout != b""
-
-    def put_record(self, record):
-        path = self.etc / "dsp-assertion"
-        path.is_dir() and path.rmdir()
-        path.unlink(missing_ok=True)
-        if record == "directory":
-            path.mkdir()
-        elif record is not None:
-            path.write_bytes(b"" if record == "unreadable" else record)
-            path.chmod(0 if record == "unreadable" else 0o644)
+        self.record = pathlib.Path(self.scratch.name, "dsp-assertion")
 
     def run(self, name, arguments, locale="C"):
-        environment = {key: os.environ[key] for key in PASSED_THROUGH if key in os.environ}
-        environment |= {"LC_ALL": locale, "ORU_SNAPSHOT": str(self.snapshot), "ORU_TEST_ETC": str(self.etc), "LD_PRELOAD": self.redirect,
-                        "ASAN_OPTIONS": environment.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
-        return subprocess.run([f"{self.bin_dir}/{name}", *arguments], env=environment, capture_output=True, stdin=subprocess.DEVNULL,
-                              timeout=120)
+        environment = {key: os.environ[key] for key in PASSED_THROUGH if key in os.environ} | {
+            "LC_ALL": locale, "ORU_SNAPSHOT": str(self.snapshot), "ORU_TEST_ETC": self.scratch.name,
+            "LD_PRELOAD": self.redirect,
+            "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
+        return subprocess.run([f"{self.bin_dir}/{name}", *arguments], env=environment, stdin=subprocess.DEVNULL,
+                              capture_output=True, timeout=120)
+
+    def put_record(self, record):
+        if self.record.is_dir():
+            self.record.rmdir()
+        self.record.unlink(missing_ok=True)
+        if record == "directory":
+            self.record.mkdir()
+        elif record is not None:
+            self.record.write_bytes(b"" if record == "unreadable" else record)
+            self.record.chmod(0 if record == "unreadable" else 0o644)
+
+    def records_are_found(self):
+        """A program without a dynamic loader opens /etc/oru/dsp-assertion, and no other."""
+        self.put_record(b"")
+        return self.run("oru-serverreport-tool", []).stdout != b""
 
     def message(self):
-        """Returns with what every query fails on a snapshot that cannot be read, as oru-snapshot tells it."""
+        """Returns the message with which every query fails on a snapshot that cannot be read: what oru-snapshot says
+        of it, or, where that knows no snapshots, what the service says first."""
         told = self.run("oru-snapshot", ["check", str(self.snapshot)])
-        return told.stderr.decode("utf-8", "surrogateescape").removesuffix("\n")
+        if told.returncode == 2:
+            told = self.run("oru-serverreport-tool", ["-l"])
+        text = told.stderr.decode("utf-8", "surrogateescape").removesuffix("\n")
+        return text.removeprefix("oru-serverreport-tool: Failed to get all streams: ")
 
-    def differences(self, seed):
-        """Runs both tools on what the seed draws. Returns a text for each run in which they differ from the model."""
+    def differences(self, seed, with_record):
+        """Runs both tools on what the seed draws. Returns a text for each run that differs from the model's."""
         kind, text = generator.kind_of(seed), generator.snapshot(seed)
-        record = generator.assertions(seed) if self.records else None
+        record = generator.assertions(seed) if with_record else None
         self.put_record(record)
         self.snapshot.unlink(missing_ok=True)
-        if kind != "broken" or seed % 10 != 0:
+        if kind != "broken" or seed % 8 != 0:
             self.snapshot.write_bytes(text.encode("utf-8", "surrogateescape"))
         unreachable = self.message() if kind == "broken" else None
         told = []
@@ -69,44 +76,46 @@ class Bench:
             for arguments in ([every], generator.command_line(seed, tool)):
                 wanted = model.run([tool, *arguments], text, record, unreachable)
                 got = self.run(tool, arguments, "C" if seed % 2 else "C.UTF-8")
-                for what, of_model, of_tool in (("stdout", wanted.stdout, got.stdout), ("stderr", wanted.stderr, got.stderr),
-                                                ("status", b"%d" % wanted.status, b"%d" % got.returncode)):
-                    if of_model != of_tool:
-                        told.append(f"seed {seed} ({kind}), {tool} {arguments}, {what}:" + first_difference(of_model, of_tool))
+                for what, ours, theirs in (("stdout", wanted.stdout, got.stdout), ("stderr", wanted.stderr, got.stderr),
+                                           ("status", b"%d" % wanted.status, b"%d" % got.returncode)):
+                    if ours != theirs:
+                        told.append(f"seed {seed} ({kind}), {tool} {arguments}, {what}, "
+                                    + first_difference(ours, theirs))
         if told:
-            kept = pathlib.Path(f"model-{seed}.json")
+            kept = pathlib.Path(f"model-{seed}.json").resolve()
             kept.write_bytes(self.snapshot.read_bytes() if self.snapshot.exists() else b"")
-            told.append(f"kept as {kept.resolve()}" + (f", the record was {record!r}" if record is not None else ""))
+            told.append(f"kept as {kept}" + (f"; the record is {record!r}" if record is not None else ""))
         return told
 
 
-def first_difference(of_model, of_tool):
-    lines = zip(of_model.splitlines(True) + [b""], of_tool.splitlines(True) + [b""])
-    number, (first, second) = next((at, pair) for at, pair in enumerate(lines, 1) if pair[0] != pair[1])
-    return f" line {number}\n  model: {first!r}\n  tool:  {second!r}"
+def first_difference(ours, theirs):
+    lines = zip(ours.splitlines(True) + [b""], theirs.splitlines(True) + [b""])
+    at, (first, second) = next((at, pair) for at, pair in enumerate(lines, 1) if pair[0] != pair[1])
+    return f"line {at}:\n  model: {first!r}\n  tool:  {second!r}"
 
 
-def start(bin_dir, redirect):
+def start(*arguments):
     global bench
-    bench = Bench(bin_dir, redirect)
+    bench = Bench(*arguments)
 
 
-def differences(seed):
-    return bench.differences(seed)
+def differences(work):
+    return bench.differences(*work)
 
 
 def main():
     if len(sys.argv) != 5:
         sys.exit(__doc__)
-    bin_dir = os.environ.get("ORU_TEST_BIN_DIR", sys.argv[1])
+    where = os.environ.get("ORU_TEST_BIN_DIR", sys.argv[1]), sys.argv[2]
     seeds = range(int(sys.argv[3]), int(sys.argv[3]) + int(sys.argv[4]))
+    with_record = Bench(*where).records_are_found()
+    if not with_record:
+        print("compare.py: without records of assertions: these tools cannot be given any")
     different = 0
-    if not Bench(bin_dir, sys.argv[2]).records:
-        print("compare.py: without records of assertions, for these tools look them up in /etc/oru only")
-    with multiprocessing.Pool(2, start, (bin_dir, sys.argv[2])) as pool:
-        for told in pool.imap(differences, seeds, chunksize=5):
-            different += bool(told)
-            print("\n".join(told), end="\n" if told else "")
+    with multiprocessing.Pool(2, start, where) as pool:
+        for told in pool.imap(differences, ((seed, with_record) for seed in seeds), chunksize=5):
+            different += told != []
+            print("\n".join(told), end="\n" if told else "", flush=True)
     print(f"compare.py: {len(seeds)} snapshots, {different} on which the tools and the model differ")
     sys.exit(different != 0)
 

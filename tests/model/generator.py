@@ -115,33 +115,34 @@ class Draw(random.Random):
     def channel(self, number):
         sizes = [self.pair() for _ in range(self.choice((0, 1, 2, 5)))]
         return recorded(
-            id=number or self.choice((0, None)), info=self.map_answer(CHANNEL_INFO), properties=self.choice(PROPERTIES),
+            id=number or self.choice((0, None)), properties=self.choice(PROPERTIES),
+            info=self.map_answer({"crop.possible": FLAG, "type.id": INPUTS[:6] + (1, 2, {"uint16": 3})}),
             crop=self.answer(self.pair() + self.pair()), crop_max=self.answer(self.pair()),
             resolutions=self.answer(recorded(other=self.answer([[1, 2]]), available=self.answer(sizes))))
 
     def input(self, number):
         """An input, which may fail to open."""
         return {"id": number} | ({"$error": self.choice(ERRORS)} if self.chance(self.fault) else recorded(
-            info=self.map_answer(INPUT_INFO), crop=self.answer(self.pair() + self.pair()),
+            info=self.map_answer({"crop.possible": FLAG, "crop.max": Draw.pair}),
+            crop=self.answer(self.pair() + self.pair()),
             resolution_unrotated=self.answer(recorded(capture=self.answer(self.pair()), other=self.answer([1, 2])))))
 
     def output(self, number):
         return {"id": number} | ({"$error": self.choice(ERRORS)} if self.chance(self.fault) else recorded(
-            info=self.map_answer(OUTPUT_INFO), settings=self.map_answer(OUTPUT_SETTINGS)))
+            info=self.map_answer(OUTPUT_INFO), settings=self.map_answer({"enabled": FLAG, "VIC": Draw.number})))
 
     def document(self):
-        count = self.choice((0, 1, 2, 3, 4, 12))  # of inputs: nobody opens as many as a number may count
-        counted = self.choice(({"input.count": count}, {"input.count": {"uint16": count}}, {"input.count": "3"}, {}))
+        count = self.choice((0, 1, 2, 3, 4, 12, {"uint16": 12}, "3"))  # nobody opens as many as a number may count
         streams = self.sample((1, 2, 3, 4, 0x1a2b, 0x12345, 65535, 2**31, ALL_ONES, 0, 0), self.choice((0, 1, 2, 3, 5)))
         filtered = self.each(self.channel, self.randrange(4)) if self.chance(0.2) else None
         made = recorded(
             about=self.choice((None, None, self.text())),
             system=self.answer(recorded(caps=self.map_answer({"output": (True,) * 7 + (False,)}))),
             mode=self.answer(recorded(info=self.map_answer(MODE_INFO))),
-            stream=recorded(debug=self.map_answer(SERVICE_DEBUG), quota=self.map_answer(QUOTA),
+            stream=recorded(debug=self.map_answer(PEAKS | IDENTITIES), quota=self.map_answer(QUOTA),
                             limit=self.map_answer(LIMIT), all=self.answer([self.stream(number) for number in streams])),
-            channel=recorded(info=self.answer(self.map({}) | counted), filtered=filtered,
-                             all=self.each(self.channel, self.randrange(5))),
+            channel=recorded(info=self.answer(self.map({}) | self.choice(({"input.count": count}, {}))),
+                             filtered=filtered, all=self.each(self.channel, self.randrange(5))),
             input=recorded(all=self.each(self.input, 14 if self.gap == 0 else self.randrange(14), INPUTS)),
             output=recorded(all=self.each(self.output, self.choice((1, 1, 2)), (0, 1))), formats=self.choice((
                 None, None, FORMATS, {}, {"raw": 3}, {**FORMATS, "sharp": 11, "seven": 7},
@@ -149,11 +150,11 @@ class Draw(random.Random):
         return dict(self.sample(list(made.items()), len(made) - self.chance(self.gap)))
 
 
-# The keys that the sections read, and what belongs there.
 def all_of(value, *keys):
     return dict.fromkeys(keys, value)
 
 
+# The keys that the sections read, and what belongs there.
 FLAG = (True, True, True, False)
 SMALL = (0, 1, 2, 3, 4, 1, 2, {"uint16": 0}, {"uint16": 1}, {"uint16": 2}, 7, 65536, ALL_ONES)
 CODES = (0, 0, 0, 1, 1, 2, 3, 3, 10, 10, 11, 8, 9, 6, 4, 5, 7, 12, 255, ALL_ONES)
@@ -179,20 +180,16 @@ STREAM_DEBUG = {
     **all_of(SMALL, *(f"tlm[{n}].reclaim_count" for n in range(9)))}
 IDENTITIES = all_of(Draw.number, *("identity." + name for name in (
     "alpha", "b", "a", "a.x", "", 'wall "north"', "tab\there", "caf\u00e9", "back\\slash", "x/y", "\x01", "identity.")))
-SERVICE_DEBUG = IDENTITIES | all_of(
-    Draw.number, "global.capacity.peak", "global.encoded.peers.peak", "global.raw.peers.peak", "identity")
+PEAKS = all_of(Draw.number, "global.capacity.peak", "global.encoded.peers.peak", "global.raw.peers.peak", "identity")
 MODE_INFO = all_of(
     Draw.any_value, "view", "capture", "capture.width", "captured", "available.modes", "views", "stream.fps", "a.b.c",
     "a.b_c", "a_b.c", "x.y", "x_y", "..", "caf\u00e9.\u65e5", "q\"\\", "\x01\t")
 QUOTA = all_of(Draw.number, "global.hard.limit", "global.soft.limit", "global.buffering.limit")
-LIMIT = all_of(Draw.number, "global.max.streams.limit.encoded")
-CHANNEL_INFO = {"crop.possible": FLAG, "type.id": INPUTS[:6] + (1, 2, {"uint16": 3})}
+LIMIT = {"global.max.streams.limit.encoded": Draw.number}
 PROPERTIES = ({"key": "input"}, {"key": "input"}, {"kind": "x", "key": "input"}, {"key": "view"}, {"Key": "input"},
               {"key": "inputs"}, {}, None)
-INPUT_INFO = {"crop.possible": FLAG, "crop.max": Draw.pair}
-OUTPUT_INFO = {"running": FLAG, "vsdb": FLAG, **all_of(Draw.number, "width", "height"), "framerate": RATES,
-               "aspect.ratio": Draw.text}
-OUTPUT_SETTINGS = {"enabled": FLAG, "VIC": Draw.number}
+OUTPUT_INFO = {**all_of(FLAG, "running", "vsdb"), "framerate": RATES, "aspect.ratio": Draw.text,
+               **all_of(Draw.number, "width", "height")}
 OFTEN_ABSENT = {key for key in (*STREAM_INFO, *STREAM_DEBUG) if "[" in key} | {*MODE_INFO, *IDENTITIES, "input", "warp"}
 
 
@@ -267,17 +264,19 @@ RECORDS = (
     "[-0.0, 1E+5 ,0.10, 1e999]", '[ "\\ud83c\\udfa5", "\\/", "\x7f" ]', "/**/[ 1 ]/* end */ // end", "", " \n",
     "// only a comment", '{"dsp": 0, "li', "[1, 2", "[1 2]", "{ a : 1 }", "[ 01 ]", "[ 1. ]", "[ +1]", "[ 'a' ]",
     "[1, ]", '{"a" 1}', '[ "\\ud800 " ]', '[ "\\udc00" ]', '[ "a\tb" ]', '[ "\\q" ]', "[1] x", "/* open", "[ nul ]",
-    " NaN", "\0\0\0", "[ 1 ]\0", "\ufeff[ 1 ]", "[ 1\f ]", '[ "\udcff" ]', '[ "\udcc3" ]', '[ "\\ud83c\\u0041" ]')
+    " NaN", "\0\0\0", '{ "dsp" : \udcb3\0 {}', "[ 1 ]\0", "\ufeff[ 1 ]", "[ 1\f ]", '[ "\udcff" ]', '[ "\udcc3" ]',
+    '[ "\\ud83c\\u0041" ]')
 
 
 def assertions(seed):
     draw = Draw(seed, "whole")
-    depth, whole = draw.randrange(250, 262), Writer(draw).write(draw.document())
-    form, text = draw.choices((
-        (None, None), ("directory", "directory"), ("unreadable", "unreadable"), ("listed", draw.choice(RECORDS)),
-        ("whole", whole), ("cut", whole[:draw.randrange(200)]), ("deep", "[ " * depth + "1 " + "] " * depth),
-        ("raw", '{ "dsp" : ' + "".join(chr(draw.randrange(256)) for _ in range(64)))), (25, 3, 3, 35, 14, 10, 5, 5))[0]
-    return text if form in (None, "directory", "unreadable") else text.encode("utf-8", "surrogateescape")
+    form = draw.choices((None, "directory", "unreadable", "listed", "whole", "deep"), (25, 3, 3, 40, 24, 5))[0]
+    if form in (None, "directory", "unreadable"):
+        return form
+    depth, text = draw.randrange(250, 262), draw.choice(RECORDS)
+    if form == "whole":  # or cut short
+        text = Writer(draw).write(draw.document())[:draw.choice((None, draw.randrange(200)))]
+    return ("[ " * depth + "1 " + "] " * depth if form == "deep" else text).encode("utf-8", "surrogateescape")
 
 
 def command_line(seed, tool):
@@ -289,6 +288,6 @@ def command_line(seed, tool):
     if draw.chance(0.2):
         drawn.insert(draw.randrange(len(drawn) + 1), draw.choice((
             "-h", "--help", "--help-all", "-?", "--help-x", "-x", "-qx", "-xq", "-ih", "-i?x", "--", "-", "---",
-            "--foo", "--foo=1", "-\u00e9", "", "operand", "--" + names[0][:-1], "--" + names[0].upper(), f"--{names[1]}=no",
-            f"--{names[0]}=", "-q=no", "--=", "--help=no", "-\udcff")))
+            "--foo", "--foo=1", "-\u00e9", "", "operand", "--" + names[0][:-1], "--" + names[0].upper(),
+            f"--{names[1]}=no", f"--{names[0]}=", "-q=no", "--=", "--help=no", "-\udcff")))
     return drawn

@@ -7,6 +7,7 @@ message with which every query fails. `record` is the record of earlier assertio
 or "directory" or "unreadable". `sections` are those that printed something, with what a JSON reader makes of each.
 Text is str throughout; bytes that are no UTF-8 are in it as surrogateescape has them."""
 
+import collections
 import contextlib
 import decimal
 import json
@@ -25,7 +26,6 @@ TOKEN = re.compile(r"""[ \t\r\n]+|//[^\n]*|/\*.*?\*/|[][{}:,]
 
 class Object(dict):
     """A JSON object: members by name, and its text, which may hold a name twice."""
-
     def __init__(self, members):
         super().__init__((json.loads(name), value) for name, value in members)
         self.text = "{" + ",".join(f"{name}:{text_of(value)}" for name, value in members) + "}"
@@ -82,15 +82,14 @@ def or_none(query, *arguments):
         return None
 
 
-def getter(default, *kinds):
-    def get(self, key, default=default):
-        kind, value = self.get(key, (None, None))
-        return value if kind in kinds else default
-    return get
-
-
 class Map(dict):
     """A dictionary from key to (kind, value). What the getter's kind does not hold is as if absent."""
+    def getter(default, *kinds):
+        def get(self, key, default=default):
+            kind, value = self.get(key, (None, None))
+            return value if kind in kinds else default
+        return get
+
     uint32 = getter(0, "uint16", "uint32")
     int64 = getter(0, "uint16", "uint32", "int64")
     double = getter(0.0, "uint16", "uint32", "double")
@@ -155,20 +154,18 @@ class Recorded:
 
 
 # Pieces of every report ---------------------------------------------------------------------------
+HEADER = "----- {} -----\n\n"
+ESCAPES = str.maketrans({"\b": "\\b", "\t": "\\t", "\n": "\\n", "\f": "\\f", "\r": "\\r", '"': '\\"', "\\": "\\\\"})
+
+
 def g_print(text):
     """GLib converts what it prints to the locale's character set. The tools never set a locale, so
     that is ASCII whatever the environment says: every other character becomes a question mark."""
     return re.sub("[^\x00-\x7f]", "?", text)
 
 
-HEADER = "----- {} -----\n\n"
-
-
 class Raw(str):
     """JSON text that goes into a record as it is."""
-
-
-ESCAPES = str.maketrans({"\b": "\\b", "\t": "\\t", "\n": "\\n", "\f": "\\f", "\r": "\\r", '"': '\\"', "\\": "\\\\"})
 
 
 def compact(value):
@@ -224,8 +221,7 @@ def shortest(value):
 
 def prettified(text):
     """Four spaces a level, arrays on one line. The bracket that opens a 128th level is the last to be written."""
-    tokens = tokens_of(text)
-    written, levels = "", []
+    tokens, written, levels = tokens_of(text), "", []
     for before, token, after in zip([""] + tokens, tokens, tokens[1:] + [""]):
         if token in ("}", "]"):
             levels.pop()
@@ -251,7 +247,7 @@ def crop_record(kind, number, *figures):
 # The tools ----------------------------------------------------------------------------------------
 class Tool:
     """What both tools have: the service, and a command line."""
-    ALWAYS = ()
+    ALWAYS, REFUSES_VALUES = (), False  # GLib lets a value be that a switch does not take
 
     def __init__(self, name, snapshot, record, unreachable):
         self.name, self.record, self.unreachable, self.stderr = name, record, unreachable, ""
@@ -310,8 +306,7 @@ class FeederTool(Tool):
         inputs, capture_modes, view_mode = 0, "", ""
         info = or_none(self.map, "channel", "info")
         if info is not None:
-            inputs = info.uint32("input.count", 1)
-            table = {}
+            inputs, table = info.uint32("input.count", 1), {}
             for i in range(1, inputs + 1):
                 with contextlib.suppress(Failed):
                     width, height = self.of("input").opened(i).listed("resolution_unrotated", "capture")
@@ -334,8 +329,7 @@ class FeederTool(Tool):
             yield ",\n".join(f"        {compact(name)}: {count}" for name, count in in_order(counts).items())
             yield "\n    }\n}\n"
 
-    FED, EXAMPLES = "tlm", "qis"
-    REFUSAL, REFUSES_VALUES = "Option parsing failed: {}\n", True
+    FED, EXAMPLES, REFUSAL, REFUSES_VALUES = "tlm", "qis", "Option parsing failed: {}\n", True
     SWITCHES = (  # in the order in which the sections run
         ("q", "stream-max-stats", "Display quotas and limits for streams", stream_max_stats),
         ("s", "system-info", "Display relevant system info for oru", system_info),
@@ -367,7 +361,6 @@ class ServerReportTool(Tool):
         def elements(text):
             """A comma follows each element, but not those with the id of the last one."""
             return "".join(text(each) + ("," if each.id != listed[-1].id else "") + "\n" for each in listed)
-
         yield HEADER.format("Snapshot of all running streams") + "{\n"
         yield '    "streams" : [\n' + elements(self.stream_summary) + "    ],\n\n"
         yield '    "streaminfo" : [\n' + elements(self.stream_settings) + "    ],\n\n"
@@ -410,7 +403,6 @@ class ServerReportTool(Tool):
 
         def word(key, words, other="none"):
             return dict(enumerate(words)).get(settings.uint32(key), other)
-
         basic = {"channel": figure("channel"), "resolution": resolution, "format": name,
                  "framerate": float(settings.double("framerate")), "rotation": figure("rotation", info)}
         if code not in (3, 8, 9):
@@ -455,7 +447,6 @@ class ServerReportTool(Tool):
         def line(values, **keys):
             members = {name.replace("_", " "): str(values.uint32("global." + key)) for name, key in keys.items()}
             return f"        {compact(members)}\n"
-
         quota = or_fatal("quota", self.map, "stream", "quota")
         limit = or_fatal("limit", self.map, "stream", "limit")
         debug = self.some_debug()
@@ -568,8 +559,7 @@ class ServerReportTool(Tool):
         except Failed as failed:
             yield g_print(f"Failed to get {query}: {failed}\n")
 
-    FED, EXAMPLES = "the serverreport", "lcoqari"
-    REFUSAL, REFUSES_VALUES = "Failed t parse options: {}.", False  # GLib lets a value be
+    FED, EXAMPLES, REFUSAL = "the serverreport", "lcoqari", "Failed t parse options: {}."
     ALWAYS = (("previous-assertions", previous_assertions),)
     SWITCHES = (
         ("l", "list-streams", "List existing streams", list_streams),
@@ -582,6 +572,7 @@ class ServerReportTool(Tool):
 
 
 TOOLS = {"oru-tlm-tool": FeederTool, "oru-serverreport-tool": ServerReportTool}
+Run = collections.namedtuple("Run", "stdout stderr status sections")
 
 
 class Section(NamedTuple):
@@ -595,13 +586,6 @@ class Section(NamedTuple):
             return json.loads(self.text.partition(" -----\n\n")[2] or self.text, strict=False, parse_constant=int)
         except ValueError:
             return None
-
-
-class Run(NamedTuple):
-    stdout: bytes
-    stderr: bytes
-    status: int
-    sections: list
 
 
 def run(argv, snapshot, record=None, unreachable=None):

@@ -1,0 +1,116 @@
+#!/usr/bin/python3
+"""Looks in the manuals, as man shows them, for what the tools print when something fails or is not
+there: an argument that the formatter takes for a macro ("No inputs.") is gone from the page without
+a word of complaint. The lines are those below, and every literal that the sources print.
+
+usage: manual_lines_test.py TREE: the root of the source tree"""
+
+import os
+import pathlib
+import re
+import subprocess
+import sys
+
+LINES = {
+    "oru-cgi-applet.1": [
+        "oru-cgi-applet: Invoke 'oru-tlm-tool' or 'oru-serverreport-tool'!",
+        "“oru-cgi-applet:”",
+    ],
+    "oru-serverreport-tool.1": [
+        "No channels.",
+        "No inputs.",
+        "Failed to get all channels: reason",
+        "Failed to get inputs: reason",
+        "Failed to get channel info: reason",
+        "Failed to get resolutions: reason",
+        "Failed to get input number: reason",
+        "Failed to get input info: reason",
+        "Failed to create new OruMap.",
+        "Failed to get all streams: reason",
+        "Failed to get quota: reason",
+        "Failed to get limit: reason",
+        "Failed to get output: reason",
+        "Failed to get output settings: reason",
+        "Failed to get output info: reason",
+        "“Failed reading '/etc/oru/dsp-assertion':”",
+        "“Failed t parse options:”",
+        "“Failed to create option context.”",
+        "“Exception”",
+        "“cannot write standard output:”",
+        "“cannot write standard error:”",
+        "oru-serverreport-tool: Failed t parse options: Unknown option --everything.",
+    ],
+    "oru-snapshot.1": ["“ok”", "typo.json:1:13: unknown member 'al'"],
+    "oru-tlm-tool.1": [
+        "MaxBufferBytes=-1 MaxEncodeStreams=-1 MaxRawStreams=-1 Version=1",
+        '{ "inputs": 0, "capturemodes": , "viewmode": }',
+        "“Option parsing failed:”",
+        "“Option --system-info takes no value”",
+        "“Exception:”",
+        "“cannot write standard output:”",
+        "“Failed creating option context”",
+        "oru-tlm-tool: Option parsing failed: Unknown option --everything",
+    ],
+}
+# Where the literals stand, and the page that has those of each.
+SOURCES = {
+    "src/applet": ["oru-cgi-applet.1", "oru-serverreport-tool.1", "oru-tlm-tool.1"],
+    "src/report": ["oru-serverreport-tool.1", "oru-tlm-tool.1"],
+    "src/serverreport": ["oru-serverreport-tool.1"],
+    "src/tlm": ["oru-tlm-tool.1"],
+}
+PRINTS = re.compile(r"\b(?:g_)?(?:f?puts|f?printf?|print_line|print_section_header|format|error_new"
+                    r"|tlm_fatal|serverreport_fatal|system_error|throw_output_error|parse_switches)\(")
+LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
+
+
+def as_shown(page):
+    """Returns the text of a manual with every run of blanks as one, and no word parted."""
+    environment = dict(os.environ, LC_ALL="C.UTF-8", MANWIDTH="80")
+    text = subprocess.run(["man", "-l", page], env=environment, encoding="utf-8", check=True,
+                          stdout=subprocess.PIPE).stdout
+    return " ".join(re.sub(r"‐\n *", "", text).split())
+
+
+def printed_in(source):
+    """Returns the words of every literal that a source hands to what prints, or to what fails."""
+    found = set()
+    for call in PRINTS.finditer(source):
+        end = call.end()
+        depth = 1
+        while depth > 0:
+            literal = LITERAL.match(source, end)
+            if literal:
+                end = literal.end()
+                # Between the places that are filled in; the tool's own name comes first anyway.
+                for part in re.split(r"%\w|\{[^{}]*\}|\\n", re.sub(r"^oru-[\w-]+: ", "", literal[1])):
+                    if re.search(r"[A-Z][a-z]{2}|[A-Za-z]{2} [a-z]", part):
+                        found.add(part.strip(" '"))
+            else:
+                depth += {"(": 1, ")": -1}.get(source[end], 0)
+                end += 1
+    return found
+
+
+def main():
+    tree = pathlib.Path(sys.argv[1])
+    shown = {page: as_shown(tree / "docs/man" / page) for page in LINES}
+    wanted = [(line, [page], "the list") for page, lines in LINES.items() for line in lines]
+    for directory, pages in SOURCES.items():
+        in_directory = 0
+        for source in sorted((tree / directory).glob("*.cpp")):
+            for line in sorted(printed_in(source.read_text(encoding="utf-8"))):
+                wanted.append((line, pages, source))
+                in_directory += 1
+        if in_directory == 0:
+            sys.exit(f"{directory}: prints nothing")
+    failed = 0
+    for line, pages, origin in wanted:
+        if not any(line in shown[page] for page in pages):
+            failed += 1
+            print(f"{origin}: {' or '.join(pages)} does not show: {line}")
+    print(f"{len(wanted)} lines, {failed} failures")
+    sys.exit(failed != 0)
+
+
+main()

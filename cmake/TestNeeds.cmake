@@ -1,0 +1,27 @@
+# Sets ORU_TESTS_LACK to what the tests need and this machine lacks; empty where they can be built and
+# run. `scripts/setup --test` installs all of it.
+set(ORU_TESTS_LACK "")
+foreach(file /usr/src/googletest/CMakeLists.txt)
+    if(NOT EXISTS ${file})
+        list(APPEND ORU_TESTS_LACK ${file})
+    endif()
+endforeach()
+
+# What runs beside the programs; another machine's programs run alone.
+if(NOT CMAKE_CROSSCOMPILING)
+    foreach(program bash man mandoc valgrind zsh)
+        find_program(found ${program} NO_CACHE)
+        if(NOT found)
+            list(APPEND ORU_TESTS_LACK ${program})
+        endif()
+        unset(found)
+    endforeach()
+    foreach(module jsonschema)
+        execute_process(COMMAND /usr/bin/python3 -c "import ${module}" RESULT_VARIABLE result
+            OUTPUT_QUIET ERROR_QUIET)
+        if(NOT result EQUAL 0)
+            list(APPEND ORU_TESTS_LACK "python3 ${module}")
+        endif()
+    endforeach()
+endif()
+list(JOIN ORU_TESTS_LACK ", " ORU_TESTS_LACK)

@@ -63,15 +63,21 @@ def times(wall, low, high, processor):
 def start_up():
     snapshot(16)
     head("Start-up: every switch on 16 streams, 4 channels and 4 inputs, against the floor that "
-         "prints as many bytes", "program", "wall time", "quartiles", "processor", "peak",
-         "wall / floor", "processor / floor", "peak - floor")
+         "prints as many bytes; at last that floor and the program alone in turn", "program",
+         "wall time", "quartiles", "processor", "peak", "wall / floor", "processor / floor",
+         "peak - floor", "wall / floor, two in turn")
     for tool in (REPORT, FEEDER):
         floor = f"{RELEASE}/floor --bytes {printed(f'{RELEASE}/{tool}')}"
         results = measure(1000, floor, f"{RELEASE}/{tool}", f"{STATIC}/{tool}")
         base = results[0]
-        for name, (*time, peak) in zip((f"floor for {tool}", tool, f"{tool}, static"), results):
+        names = (f"floor for {tool}", tool, f"{tool}, static")
+        in_turn = ["1.00"]
+        for program in (f"{RELEASE}/{tool}", f"{STATIC}/{tool}"):
+            (of_floor, *_), (of_program, *_) = measure(1500, floor, program)
+            in_turn.append(f"{of_program / of_floor:.2f}")
+        for name, (*time, peak), alone in zip(names, results, in_turn):
             row(name, *times(*time), f"{peak} KiB", f"{time[0] / base[0]:.2f}",
-                f"{time[3] / base[3]:.2f}", f"{peak - base[4]} KiB")
+                f"{time[3] / base[3]:.2f}", f"{peak - base[4]} KiB", alone)
 
 
 def work():

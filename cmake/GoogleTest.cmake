@@ -15,3 +15,13 @@ function(oru_add_test name)
     gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
         PROPERTIES TIMEOUT 300)
 endfunction()
+
+# oru_repeat_test(name prefix PROPERTIES property value... [EXCEPT pattern...]): runs the tests of a
+# test program again, with these properties, as `prefix`.NAME; without those that a pattern names,
+# which stand as in --gtest_filter.
+function(oru_repeat_test name prefix)
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "PROPERTIES;EXCEPT")
+    list(JOIN ARG_EXCEPT ":" except)
+    gtest_discover_tests(${name} TEST_PREFIX ${prefix}.${name}. DISCOVERY_MODE PRE_TEST
+        TEST_FILTER "-${except}" PROPERTIES TIMEOUT 300 ${ARG_PROPERTIES})
+endfunction()

@@ -34,9 +34,9 @@ const std::string full_snapshot = R"({
             {"id": 17, "info": {"width": 640, "height": 360, "warp": 4},
              "settings": {"format": 3},
              "debug": {"global.capacity": 51}},
-            {"id": 18, "info": {"statistics.duration": 59000000},
+            {"id": 18, "info": {"statistics.duration": {"int64": 59000000}},
              "settings": {"format": 0, "width": 1920, "height": 1080, "sqz.strength": 3},
-             "debug": {"global.capacity": 52, "tlm[0].duration": 1000000}},
+             "debug": {"global.capacity": 52, "tlm[0].duration": {"int64": 1000000}}},
             {"id": 19, "info": {"statistics.frame_count": 1500},
              "settings": {"format": 2, "identity": "alpha"},
              "debug": {"global.capacity": 53}}

@@ -44,14 +44,14 @@ TEST(list_streams, a_whole_document) {
         "stream": {"all": [
             {"id": 1,
              "info": {"channel": 2, "framerate": 30, "bitrate": 2000000, "peers": 1,
-                      "statistics.duration": 3661000000, "statistics.frame_count": 1500,
+                      "statistics.duration": {"int64": 3661000000}, "statistics.frame_count": 1500,
                       "statistics.failed_frames": 10, "identity[0]": "viewer", "input": 10},
              "settings": {"format": 0, "width": 1920, "height": 1080, "identity": "recorder",
                           "framerate": 30.0, "h264.profile": 2},
              "debug": {}},
             {"id": 6699, "info": {"width": 640, "height": 480},
              "settings": {"format": 3, "width": 1, "height": 2},
-             "debug": {"tlm[0].duration": 0}}
+             "debug": {"tlm[0].duration": {"int64": 0}}}
         ]}
     })",
                      {"-l"}),
@@ -96,7 +96,6 @@ TEST(list_streams, streams_that_are_not_worth_reporting) {
              R"({"id": 1, "info": {}, "settings": {"$error": "x"}, "debug": {}})",
              R"({"id": 1, "info": {}, "settings": {}, "debug": {"$error": "x"}})",
              R"({"id": 1, "info": {}, "settings": {"format": 6}, "debug": {}})",
-             R"({"id": 1, "info": {}, "settings": {"format": {"uint16": 6}}, "debug": {}})",
              R"({"id": 1, "info": {}, "settings": {"subformat": "leanflow"}, "debug": {}})",
              R"({"id": 1, "info": {}, "settings": {"format": 3, "subformat": "leanflow"},
                  "debug": {}})",
@@ -105,6 +104,11 @@ TEST(list_streams, streams_that_are_not_worth_reporting) {
                   ended(0, no_streams))
             << element;
     }
+}
+
+TEST(list_streams, a_format_that_is_not_worth_reporting_and_widens) {
+    EXPECT_EQ(report(snapshot_of({{.settings = R"({"format": {"uint16": 6}})"}}), {"-l"}),
+              ended(0, no_streams));
 }
 
 TEST(list_streams, streams_that_only_look_like_those) {
@@ -192,12 +196,19 @@ TEST(list_streams, ids_in_hexadecimal_of_four_digits_or_more) {
 TEST(list_streams, summary_figures_are_plain_integers) {
     EXPECT_EQ(summaries(snapshot_of({{.info = R"({"channel": 10, "framerate": 100,
         "bitrate": 4294967295, "statistics.frame_count": 1500, "statistics.failed_frames": 20,
-        "peers": {"uint16": 1000}, "width": 7, "height": 7})",
+        "peers": 1000, "width": 7, "height": 7})",
                                       .settings = R"({"format": 1, "width": 4294967295,
         "height": 100, "channel": 7, "framerate": 7, "bitrate": 7})"}})),
               line_of(R"("bitrate":4294967295,"channel":10,"duration":"00:00:00","failcount":20,)"
                       R"("format":"h265","framecount":1500,"framerate":100,"identity":"N/A",)"
                       R"("peers":1000,"resolution":"4294967295x100")"));
+}
+
+TEST(list_streams, a_figure_that_widens) {
+    EXPECT_EQ(summaries(snapshot_of({{.info = R"({"peers": {"uint16": 1000}})"}})),
+              line_of(R"("bitrate":0,"channel":0,"duration":"00:00:00","failcount":0,)"
+                      R"("format":"n/a","framecount":0,"framerate":0,"identity":"N/A",)"
+                      R"("peers":1000,"resolution":"0x0")"));
 }
 
 TEST(list_streams, figures_of_another_kind_count_as_absent) {
@@ -209,6 +220,15 @@ TEST(list_streams, figures_of_another_kind_count_as_absent) {
               line_of(R"("bitrate":0,"channel":0,"duration":"00:00:00","failcount":0,)"
                       R"("format":"n/a","framecount":0,"framerate":0,"identity":"N/A",)"
                       R"("peers":0,"resolution":"0x0")"));
+}
+
+// The summary of a stream of this duration, its text being `shown`.
+void expect_duration(const std::string& recorded, const std::string& shown) {
+    EXPECT_EQ(summaries(snapshot_of({{.info = R"({"statistics.duration": )" + recorded + "}"}})),
+              line_of(R"("bitrate":0,"channel":0,"duration":")" + shown +
+                      R"(","failcount":0,"format":"n/a","framecount":0,"framerate":0,)"
+                      R"("identity":"N/A","peers":0,"resolution":"0x0")"))
+        << recorded;
 }
 
 TEST(list_streams, durations) {
@@ -229,18 +249,18 @@ TEST(list_streams, durations) {
                                              {"-3661000000", "-01:01:01"},
                                              {"-360000000000", "-100:00:00"},
                                              {"9223372036854775807", "2562047788:00:54"},
-                                             {"-9223372036854775808", "-2562047788:00:54"},
-                                             {R"({"uint16": 7})", "00:00:00"},
-                                             {R"({"uint32": 59000000})", "00:00:59"},
-                                             {R"({"int64": 59000000})", "00:00:59"},
-                                             {"59000000.0", "00:00:00"}}) {
-        EXPECT_EQ(
-            summaries(snapshot_of({{.info = R"({"statistics.duration": )" + microseconds + "}"}})),
-            line_of(R"("bitrate":0,"channel":0,"duration":")" + text +
-                    R"(","failcount":0,"format":"n/a","framecount":0,"framerate":0,)"
-                    R"("identity":"N/A","peers":0,"resolution":"0x0")"))
-            << microseconds;
+                                             {"-9223372036854775808", "-2562047788:00:54"}}) {
+        expect_duration(R"({"int64": )" + microseconds + "}", text);
     }
+    expect_duration("86400000000", "24:00:00");
+    expect_duration("-1000000", "-00:00:01");
+    expect_duration("59000000.0", "00:00:00");
+}
+
+TEST(list_streams, a_duration_that_widens) {
+    expect_duration("59000000", "00:00:59");
+    expect_duration(R"({"uint16": 7})", "00:00:00");
+    expect_duration(R"({"uint32": 59000000})", "00:00:59");
 }
 
 // The summary's format and resolution, with 1x2 in the settings and 3x4 in the info map.

@@ -77,7 +77,7 @@ TEST(stream_settings, the_shape_of_the_record_follows_the_format) {
 TEST(stream_settings, a_raw_stream_in_full) {
     EXPECT_EQ(
         groups_of(R"({"format": 3, "width": 1920, "height": 1080, "channel": 10,
-        "framerate": 25, "compression": 30, "horizontal_flip": true, "sign": true,
+        "framerate": 25.0, "compression": 30, "horizontal_flip": true, "sign": true,
         "sqz.strength": 3, "subformat": "Y800"})",
                   R"({"rotation": 90, "monochrome": 1, "width": 640, "height": 360,
         "warp": 3})"),
@@ -179,14 +179,19 @@ TEST(stream_settings, strengths) {
                                          {"11", "1e+2"},
                                          {"12", "0"},
                                          {"13", "0"},
-                                         {"4294967295", "0"},
-                                         {R"({"uint16": 3})", "25"}}) {
+                                         {"4294967295", "0"}}) {
         EXPECT_EQ(leanflow_of(R"("sqz.strength": )" + code),
                   R"("leanflow": {"fps":0,"fpsmode":"fixed","goplength":0,"gopmode":"fixed",)"
                   R"("skipmode":"drop","strength":)" +
                       strength + "}")
             << code;
     }
+}
+
+TEST(stream_settings, a_strength_that_widens) {
+    EXPECT_EQ(leanflow_of(R"("sqz.strength": {"uint16": 3})"),
+              R"("leanflow": {"fps":0,"fpsmode":"fixed","goplength":0,"gopmode":"fixed",)"
+              R"("skipmode":"drop","strength":25})");
 }
 
 TEST(stream_settings, no_strength_no_leanflow) {
@@ -235,12 +240,15 @@ TEST(stream_settings, the_source_is_the_first_of_input_view_and_warp) {
           // An integer, whatever the other numbers look like; 1 when it is no number.
           {R"({"input": 10})", ",\"input\":10}\n"},
           {R"({"input": 4294967295})", ",\"input\":4294967295}\n"},
-          {R"({"input": {"uint16": 1000}})", ",\"input\":1000}\n"},
           {R"({"input": "two", "view": 5})", ",\"input\":1}\n"},
           {R"({"view": false})", ",\"view\":1}\n"},
           {R"({"warp": -5})", ",\"warp\":1}\n"}}) {
         EXPECT_EQ(source_of(info), member) << info;
     }
+}
+
+TEST(stream_settings, a_source_that_widens) {
+    EXPECT_EQ(source_of(R"({"input": {"uint16": 1000}})"), ",\"input\":1000}\n");
 }
 
 TEST(stream_settings, the_source_is_read_from_the_info_map_alone) {
@@ -264,6 +272,14 @@ TEST(stream_settings, booleans_of_another_kind_count_as_absent) {
                   R"({"monochrome": true})"),
         R"(                "basic": {"channel":0,"compression":0,"format":"n/a","framerate":0,"mirror":0,"monochrome":0,"resolution":"0x0","rotation":0,"signed":1}
 )");
+}
+
+// The record of a raw stream of this frame rate, its text being `shown`.
+void expect_frame_rate(const std::string& recorded, const std::string& shown) {
+    EXPECT_EQ(groups_of(R"({"format": 3, "framerate": )" + recorded + "}"),
+              R"(                "basic": {"channel":0,"format":"NV12","framerate":)" + shown +
+                  R"(,"resolution":"0x0","rotation":0})" + "\n")
+        << recorded;
 }
 
 TEST(stream_settings, frame_rates) {
@@ -300,22 +316,22 @@ TEST(stream_settings, frame_rates) {
                                      {"1.7976931348623157e308", "1.7976931348623157e+308"},
                                      {"2.2250738585072014e-308", "2.2250738585072014e-308"},
                                      {"5e-324", "4.9406564584124654e-324"},
-                                     // Other kinds: those that widen, and those that do not.
-                                     {"25", "25"},
-                                     {"30", "3e+1"},
-                                     {R"({"uint16": 50})", "5e+1"},
                                      {R"({"double": 29.97})", "29.969999999999999"},
                                      {R"({"double": 30})", "3e+1"},
+                                     // Other kinds.
                                      {"-30", "0"},
                                      {R"({"int64": 30})", "0"},
                                      {"\"30\"", "0"},
                                      {"[30, 1]", "0"},
                                      {"true", "0"}}) {
-        EXPECT_EQ(groups_of(R"({"format": 3, "framerate": )" + rate + "}"),
-                  R"(                "basic": {"channel":0,"format":"NV12","framerate":)" + text +
-                      R"(,"resolution":"0x0","rotation":0})" + "\n")
-            << rate;
+        expect_frame_rate(rate, text);
     }
+}
+
+TEST(stream_settings, a_frame_rate_that_widens) {
+    expect_frame_rate("25", "25");
+    expect_frame_rate("30", "3e+1");
+    expect_frame_rate(R"({"uint16": 50})", "5e+1");
 }
 
 TEST(stream_settings, texts_in_a_record) {

@@ -28,17 +28,27 @@ TEST(stream_statistics, five_counters_without_client_data) {
               line_of(R"("actual-framerate":25,"bitrate":2e+6,"failcount":1234,)"
                       R"("framecount":1.5e+3,"reclaimcount":2e+1)"));
     EXPECT_EQ(statistics_of(R"({"statistics.bitrate": 4294967295,
-        "statistics.frame_count": {"uint16": 10}, "statistics.framerate": 29.97,
+        "statistics.frame_count": true, "statistics.framerate": 29.97,
         "statistics.failed_frames": -1, "statistics.reclaim_count": "20"})"),
               line_of(R"("actual-framerate":0,"bitrate":4294967295,"failcount":0,)"
-                      R"("framecount":1e+1,"reclaimcount":0)"));
+                      R"("framecount":0,"reclaimcount":0)"));
+}
+
+TEST(stream_statistics, figures_that_widen) {
+    EXPECT_EQ(statistics_of(R"({"statistics.frame_count": {"uint16": 10}})",
+                            R"({"tlm[0].duration": 59000000, "tlm[1].duration": {"uint16": 5},
+        "tlm[0].reclaim_count": {"uint16": 20}, "tlm[0].reclaim_histogram": "1"})"),
+              line_of(R"("actual-framerate":0,"bitrate":0,"failcount":0,"framecount":1e+1,)"
+                      R"("reclaimcount":0,"tlm[0].duration":"00:00:59",)"
+                      R"("tlm[1].duration":"00:00:00","tlm[0].reclaim_count":20,)"
+                      R"("tlm[0].reclaim_histogram":[1])"));
 }
 
 TEST(stream_statistics, client_data_follows_in_its_groups) {
     EXPECT_EQ(
         statistics_of("{}", R"({
         "tlm[0].client_us": [3, 20], "tlm[1].client_us": [9, 9],
-        "tlm[0].duration": 59000000, "tlm[3].duration": 3600000000,
+        "tlm[0].duration": {"int64": 59000000}, "tlm[3].duration": {"int64": 3600000000},
         "tlm[0].reclaim_count": 20, "tlm[0].reclaim_histogram": "1,2,3",
         "tlm[2].reclaim_count": 1000, "tlm[2].reclaim_histogram": "10, 20"})"),
         line_of(zeros +
@@ -54,7 +64,7 @@ TEST(stream_statistics, groups_that_are_empty_leave_no_comma) {
         line_of(zeros + R"(,"tlm[1].reclaim_count":2,"tlm[1].reclaim_histogram":[7])"));
     EXPECT_EQ(statistics_of("{}", R"({"tlm[0].client_us": [0, 4294967295]})"),
               line_of(zeros + R"(,"tlm[0].client_us":[0,4294967295])"));
-    EXPECT_EQ(statistics_of("{}", R"({"tlm[7].duration": 1000000})"),
+    EXPECT_EQ(statistics_of("{}", R"({"tlm[7].duration": {"int64": 1000000}})"),
               line_of(zeros + R"(,"tlm[7].duration":"00:00:01")"));
 }
 
@@ -73,9 +83,8 @@ TEST(stream_statistics, durations) {
                                              {"999999", "00:00:00"},
                                              {"59000000", "00:00:59"},
                                              {"360000000000", "100:00:00"},
-                                             {"9223372036854775807", "2562047788:00:54"},
-                                             {R"({"uint16": 5})", "00:00:00"}}) {
-        EXPECT_EQ(statistics_of("{}", R"({"tlm[0].duration": )" + microseconds + "}"),
+                                             {"9223372036854775807", "2562047788:00:54"}}) {
+        EXPECT_EQ(statistics_of("{}", R"({"tlm[0].duration": {"int64": )" + microseconds + "}}"),
                   line_of(zeros + R"(,"tlm[0].duration":")" + text + "\""))
             << microseconds;
     }
@@ -95,9 +104,10 @@ TEST(stream_statistics, eight_clients_and_no_more) {
     for (int n = 0; n <= 12; ++n) {
         const std::string key = "\"tlm[" + std::to_string(n) + "].";
         const std::string count = std::to_string((n + 1) * 10);
-        debug += (n == 0 ? "" : ", ") + key + "duration\": " + std::to_string(n * 1000000) + ", " +
-                 key + "reclaim_count\": " + count + ", " + key + "reclaim_histogram\": \"" +
-                 count + "\"";
+        debug += (n == 0 ? "" : ", ") + key +
+                 "duration\": {\"int64\": " + std::to_string(n * 1000000) + "}, " + key +
+                 "reclaim_count\": " + count + ", " + key + "reclaim_histogram\": \"" + count +
+                 "\"";
         if (n < 8) {
             durations += "," + key + "duration\":\"00:00:0" + std::to_string(n) + "\"";
             counts += "," + key + "reclaim_count\":" + count;

@@ -16,9 +16,9 @@
 namespace {
 
 // What the tools of the trade need from the environment of the test itself.
-constexpr std::array passed_through = {"ASAN_OPTIONS",  "LSAN_OPTIONS",      "UBSAN_OPTIONS",
-                                       "G_SLICE",       "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH",
-                                       "QEMU_LD_PREFIX"};
+constexpr std::array passed_through = {"ASAN_OPTIONS",   "LSAN_OPTIONS",      "UBSAN_OPTIONS",
+                                       "G_SLICE",        "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH",
+                                       "QEMU_LD_PREFIX", "ORU_STRICT_EXACT"};
 
 [[noreturn]] void fail(const char* what) {
     throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));

@@ -58,13 +58,18 @@ TEST(stream_max_stats, round_numbers_are_plain) {
               "MaxBufferBytes=1000\nMaxEncodeStreams=10\nMaxRawStreams=120\nVersion=1\n");
 }
 
-TEST(stream_max_stats, a_value_of_another_kind_counts_as_absent_unless_it_widens) {
+TEST(stream_max_stats, a_value_of_another_kind_counts_as_absent) {
     EXPECT_EQ(figures_of(R"({"global.capacity.peak": "12", "global.encoded.peers.peak": -1,
-                             "global.raw.peers.peak": {"uint16": 65535}})"),
-              "MaxBufferBytes=0\nMaxEncodeStreams=0\nMaxRawStreams=65535\nVersion=1\n");
+                             "global.raw.peers.peak": {"int64": 65535}})"),
+              "MaxBufferBytes=0\nMaxEncodeStreams=0\nMaxRawStreams=0\nVersion=1\n");
     EXPECT_EQ(figures_of(R"({"global.capacity.peak": 4294967296, "global.encoded.peers.peak": 1.0,
                              "global.raw.peers.peak": true})"),
               "MaxBufferBytes=0\nMaxEncodeStreams=0\nMaxRawStreams=0\nVersion=1\n");
+}
+
+TEST(stream_max_stats, a_value_that_widens) {
+    EXPECT_EQ(figures_of(R"({"global.raw.peers.peak": {"uint16": 65535}})"),
+              "MaxBufferBytes=0\nMaxEncodeStreams=0\nMaxRawStreams=65535\nVersion=1\n");
 }
 
 }  // namespace

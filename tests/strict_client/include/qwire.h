@@ -40,6 +40,9 @@ class map : public std::map<std::string, tagged> {
   public:
     using std::map<std::string, tagged>::map;
 
+    // As the std::map's own, but the look-up is told to the log of calls.
+    const_iterator find(const std::string& key) const;
+
     // Replaces `out` by the map as the text of one JSON object. Returns what was wrong, or nothing
     // when all is well.
     std::optional<std::string> to_json(std::string& out) const;

@@ -1,0 +1,62 @@
+// GLib's part: what the tools release through it and print with it. The linker puts these functions
+// in the place of those that the tools call (--wrap); each passes on what it was given.
+#include <cstdarg>
+#include <string>
+
+#include <glib-object.h>
+
+#include "strict_client/calls.h"
+
+extern "C" {
+
+void __real_g_free(gpointer block);
+void __real_g_list_free(GList* list);
+void __real_g_list_free_full(GList* list, GDestroyNotify release);
+void __real_g_error_free(GError* error);
+gpointer __real_g_type_class_ref(GType type);
+void __real_g_type_class_unref(gpointer type);
+void __real_g_print(const gchar* format, ...);
+
+void __wrap_g_free(gpointer block) {
+    strict::release_block(block);
+    __real_g_free(block);
+}
+
+void __wrap_g_list_free(GList* list) {
+    strict::release_list("g_list_free", list);
+    strict::list_is_released("g_list_free", list);
+    __real_g_list_free(list);
+}
+
+void __wrap_g_list_free_full(GList* list, GDestroyNotify release) {
+    strict::release_list("g_list_free_full", list);
+    __real_g_list_free_full(list, release);
+    strict::list_is_released("g_list_free_full", list);
+}
+
+void __wrap_g_error_free(GError* error) {
+    strict::release_error(error);
+    __real_g_error_free(error);
+}
+
+gpointer __wrap_g_type_class_ref(GType type) {
+    strict::log(std::string("g_type_class_ref(") + g_type_name(type) + ')');
+    return __real_g_type_class_ref(type);
+}
+
+void __wrap_g_type_class_unref(gpointer type) {
+    strict::log(std::string("g_type_class_unref(") + g_type_name(G_TYPE_FROM_CLASS(type)) + ')');
+    __real_g_type_class_unref(type);
+}
+
+void __wrap_g_print(const gchar* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    gchar* text = g_strdup_vprintf(format, arguments);
+    va_end(arguments);
+    strict::log("g_print(" + strict::quoted(text) + ')');
+    __real_g_print("%s", text);
+    __real_g_free(text);
+}
+
+}  // extern "C"

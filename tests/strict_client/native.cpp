@@ -1,0 +1,138 @@
+#include "video/native.h"
+
+#include <cstring>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <utility>
+
+#include <qwire.h>
+
+// --- The bus library's map ----------------------------------------------------------------------
+
+namespace {
+
+const qw::map& as_map(const void* map) {
+    return *static_cast<const qw::map*>(map);
+}
+
+native_value value_of(const qw::tagged& value) {
+    switch (value.tag) {
+        case qw::tag_flag:
+            return std::get<bool>(value.content);
+        case qw::tag_text:
+            return std::get<std::string>(value.content);
+        case qw::tag_i64:
+            return std::get<std::int64_t>(value.content);
+        case qw::tag_real:
+            return std::get<double>(value.content);
+        case qw::tag_pair: {
+            const auto [first, second] =
+                std::get<std::pair<std::uint32_t, std::uint32_t>>(value.content);
+            return native_pair{first, second};
+        }
+        case qw::tag_u16:
+            return static_cast<std::uint16_t>(std::get<std::uint64_t>(value.content));
+        case qw::tag_u32:
+            return static_cast<std::uint32_t>(std::get<std::uint64_t>(value.content));
+        default:
+            return native_other{};
+    }
+}
+
+std::string json_of(const qw::map& map) {
+    std::string text;
+    if (const auto wrong = map.to_json(text)) {
+        throw std::runtime_error(*wrong);
+    }
+    return text;
+}
+
+}  // namespace
+
+std::uint32_t native_map_get_uint(OruMap* map, const char* key, std::uint32_t def) {
+    const qw::map& native = *oru_map_native_ref(map);
+    const auto found = native.find(key);
+    if (found == native.end()) {
+        return def;
+    }
+    const auto& [tag, content] = found->second;
+    return tag == qw::tag_u16 || tag == qw::tag_u32
+               ? static_cast<std::uint32_t>(std::get<std::uint64_t>(content))
+               : def;
+}
+
+native_map::native_map(OruMap* map) : map_(oru_map_native_ref(map)) {}
+
+std::vector<std::string> native_map::keys() const {
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : as_map(map_)) {
+        keys.emplace_back(key);
+    }
+    return keys;
+}
+
+std::vector<native_entry> native_map::entries() const {
+    std::vector<native_entry> entries;
+    for (const auto& [key, value] : as_map(map_)) {
+        entries.push_back({std::string{key}, value_of(value)});
+    }
+    return entries;
+}
+
+std::string native_map::to_json() const {
+    return json_of(as_map(map_));
+}
+
+// Kept in the order of the names: a map of the bus puts each further entry at its end then, which
+// takes no time to speak of however many there are.
+struct native_table::content {
+    struct held {
+        std::string text;
+        const qw::tagged* copied;  // in place of the text, unless NULL
+    };
+    std::map<std::string, held, std::less<>> rows;
+};
+
+native_table::native_table() : content_(std::make_unique<content>()) {}
+
+native_table::~native_table() = default;
+
+void native_table::assign(std::string_view name, std::string_view text) {
+    content_->rows.insert_or_assign(std::string{name},
+                                    content::held{.text = std::string{text}, .copied = nullptr});
+}
+
+void native_table::insert(std::string_view name, const native_map& from, std::string_view key) {
+    content_->rows.try_emplace(
+        std::string{name},
+        content::held{.text = {}, .copied = &as_map(from.map_).find(std::string{key})->second});
+}
+
+std::string native_table::to_json() const {
+    qw::map map;
+    for (const auto& [name, held] : content_->rows) {
+        map.emplace(name,
+                    held.copied != nullptr ? *held.copied : qw::tagged{qw::tag_text, held.text});
+    }
+    return json_of(map);
+}
+
+// --- Pairs and resolutions ----------------------------------------------------------------------
+
+native_pair halves_of(std::uint64_t pair) {
+    return {.first = static_cast<std::uint32_t>(pair),
+            .second = static_cast<std::uint32_t>(pair >> 32)};
+}
+
+std::vector<native_resolution> native_resolutions(const void* set) {
+    // A count, and after it that many resolutions.
+    std::uint64_t count = 0;
+    std::memcpy(&count, set, sizeof count);
+    std::vector<native_resolution> resolutions(static_cast<std::size_t>(count));
+    if (!resolutions.empty()) {
+        std::memcpy(resolutions.data(), static_cast<const char*>(set) + sizeof count,
+                    resolutions.size() * sizeof(native_resolution));
+    }
+    return resolutions;
+}

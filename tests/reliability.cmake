@@ -32,9 +32,12 @@ add_dependencies(live_objects_test live-objects)
 find_program(VALGRIND valgrind)
 if(VALGRIND AND NOT ORU_SANITIZE AND NOT ORU_COVERAGE)
     file(GLOB snapshots CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/*.json)
+    list(APPEND snapshots ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot/full.json
+        ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot/everything-fails.json
+        ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot/not-finite.json /nowhere)
     add_test(NAME valgrind
              COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind.sh ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
-                     ${snapshots} ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot/full.json
-                     ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot/everything-fails.json
-                     ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot/not-finite.json /nowhere)
+                     ${snapshots})
+    add_test(NAME strict.valgrind
+             COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind.sh ${ORU_STRICT_BIN_DIR} ${snapshots})
 endif()

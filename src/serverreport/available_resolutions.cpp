@@ -40,7 +40,7 @@ void list_available_resolutions() {
         OruChannel* channel = object_in<OruChannel>(link);
         const owned_object<OruMap> filter{oru_map_new()};
         if (filter == nullptr) {
-            print("Failed to create new OruMap.\n");
+            g_print("Failed to create new OruMap.\n");
             return;
         }
         oru_map_set_string(filter.get(), "select", "available");

@@ -15,7 +15,7 @@ owned_object_list all_channels() {
         return nullptr;
     }
     if (channels == nullptr) {
-        print("No channels.\n");
+        g_print("No channels.\n");
     }
     return channels;
 }

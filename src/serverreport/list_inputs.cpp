@@ -27,7 +27,7 @@ owned_object_list input_channels() {
         return nullptr;
     }
     if (channels == nullptr) {
-        print("No inputs.\n");
+        g_print("No inputs.\n");
     }
     return channels;
 }

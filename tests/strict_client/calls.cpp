@@ -255,7 +255,7 @@ void log_native_read(const qw::map& map, const std::string& key) {
     // Only a map of the service's has a name.
     const auto native = all().natives.find(hide(&map));
     if (native != all().natives.end()) {
-        log("qw::map::find(" + native->second + ", " + quoted(key) + ')');
+        log("find(" + native->second + ", " + quoted(key) + ')');
     }
 }
 

@@ -16,6 +16,8 @@ void __real_g_error_free(GError* error);
 gpointer __real_g_type_class_ref(GType type);
 void __real_g_type_class_unref(gpointer type);
 void __real_g_print(const gchar* format, ...);
+GOptionContext* __real_g_option_context_new(const gchar* parameters);
+void __real_g_option_context_free(GOptionContext* context);
 
 void __wrap_g_free(gpointer block) {
     strict::release_block(block);
@@ -47,6 +49,16 @@ gpointer __wrap_g_type_class_ref(GType type) {
 void __wrap_g_type_class_unref(gpointer type) {
     strict::log(std::string("g_type_class_unref(") + g_type_name(G_TYPE_FROM_CLASS(type)) + ')');
     __real_g_type_class_unref(type);
+}
+
+GOptionContext* __wrap_g_option_context_new(const gchar* parameters) {
+    strict::log("g_option_context_new");
+    return __real_g_option_context_new(parameters);
+}
+
+void __wrap_g_option_context_free(GOptionContext* context) {
+    strict::log("g_option_context_free");
+    __real_g_option_context_free(context);
 }
 
 void __wrap_g_print(const gchar* format, ...) {

@@ -11,3 +11,24 @@ foreach(test tlm_test serverreport_test failure_matrix_test golden_test)
         PROPERTIES ${strict} ENVIRONMENT_MODIFICATION ORU_STRICT_EXACT=set:1
         EXCEPT *widen*)
 endforeach()
+
+# What the sections ask of it.
+oru_add_test(calls_test
+    SOURCES calls/available_resolutions_test.cpp
+            calls/command_line_test.cpp
+            calls/identity_info_test.cpp
+            calls/list_channels_test.cpp
+            calls/list_inputs_test.cpp
+            calls/list_output_test.cpp
+            calls/list_streams_test.cpp
+            calls/no_error_test.cpp
+            calls/stream_max_stats_test.cpp
+            calls/stream_quotas_test.cpp
+            calls/system_info_test.cpp
+            support/calls.cpp
+    LIBS run-tools)
+target_compile_definitions(calls_test PRIVATE ORU_STRICT_BIN_DIR="${ORU_STRICT_BIN_DIR}")
+add_dependencies(calls_test strict-applet)
+
+# That the client does not forgive.
+oru_add_test(strict_client_test SOURCES strict_client/strict_client_test.cpp LIBS strict-client)

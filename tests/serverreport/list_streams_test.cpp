@@ -204,6 +204,18 @@ TEST(list_streams, summary_figures_are_plain_integers) {
                       R"("peers":1000,"resolution":"4294967295x100")"));
 }
 
+TEST(list_streams, summary_figures_up_to_the_largest) {
+    EXPECT_EQ(summaries(snapshot_of({{.info = R"({"channel": 4294967295, "framerate": 4294967294,
+        "bitrate": 4294967293, "statistics.frame_count": 4294967292,
+        "statistics.failed_frames": 4294967291, "peers": 4294967289,
+        "width": 4294967288, "height": 4294967287})",
+                                      .settings = R"({"format": 3})"}})),
+              line_of(R"("bitrate":4294967293,"channel":4294967295,"duration":"00:00:00",)"
+                      R"("failcount":4294967291,"format":"NV12","framecount":4294967292,)"
+                      R"("framerate":4294967294,"identity":"N/A","peers":4294967289,)"
+                      R"("resolution":"4294967288x4294967287")"));
+}
+
 TEST(list_streams, a_figure_that_widens) {
     EXPECT_EQ(summaries(snapshot_of({{.info = R"({"peers": {"uint16": 1000}})"}})),
               line_of(R"("bitrate":0,"channel":0,"duration":"00:00:00","failcount":0,)"

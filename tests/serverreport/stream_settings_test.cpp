@@ -38,6 +38,19 @@ TEST(stream_settings, every_group_in_full) {
 )");
 }
 
+TEST(stream_settings, figures_up_to_the_largest) {
+    EXPECT_EQ(
+        groups_of(R"({"format": 1, "width": 4294967295, "height": 2147483648,
+        "channel": 4294967294, "compression": 4294967293, "gop_length": 4294967292,
+        "bitrate": 4294967291, "sqz.strength": 1, "sqz.max_gop_length": 4294967289,
+        "sqz.min_fps_num": 4294967288})",
+                  R"({"rotation": 4294967287, "monochrome": 4294967286, "warp": 4294967285})"),
+        R"(                "basic": {"channel":4294967294,"compression":4294967293,"format":"h265","framerate":0,"mirror":0,"monochrome":4294967286,"resolution":"4294967295x2147483648","rotation":4294967287,"signed":0,"warp":4294967285},
+                "h26x": {"bitrate":4294967291,"goplength":4294967292,"profile":"main","rcmode":"cbr","rcprio":"fps"},
+                "leanflow": {"fps":4294967288,"fpsmode":"fixed","goplength":4294967289,"gopmode":"fixed","skipmode":"drop","strength":1e+1}
+)");
+}
+
 TEST(stream_settings, the_shape_of_the_record_follows_the_format) {
     const std::string formats = R"({"f0": 0, "f1": 1, "f2": 2, "f3": 3, "f4": 4, "f5": 5, "f6": 6,
         "f7": 7, "f8": 8, "f9": 9, "f10": 10, "f11": 11, "f12": 12, "f13": 13})";
@@ -217,6 +230,9 @@ TEST(stream_settings, words_for_the_leanflow_modes) {
     EXPECT_EQ(leanflow_of(R"("sqz.strength": 3, "sqz.skip_mode": 1)"),
               R"("leanflow": {"fps":0,"fpsmode":"fixed","goplength":0,"gopmode":"fixed",)"
               R"("skipmode":"empty","strength":25})");
+    EXPECT_EQ(leanflow_of(R"("sqz.strength": 3, "sqz.fps_mode": 1)"),
+              R"("leanflow": {"fps":0,"fpsmode":"dynamic","goplength":0,"gopmode":"fixed",)"
+              R"("skipmode":"drop","strength":25})");
 }
 
 // What stands after the sorted members of the basic group.

@@ -44,6 +44,18 @@ TEST(stream_statistics, figures_that_widen) {
                       R"("tlm[0].reclaim_histogram":[1])"));
 }
 
+TEST(stream_statistics, figures_up_to_the_largest) {
+    EXPECT_EQ(statistics_of(R"({"statistics.bitrate": 4294967295,
+        "statistics.frame_count": 4294967294, "statistics.framerate": 4294967293,
+        "statistics.failed_frames": 4294967292, "statistics.reclaim_count": 4294967291})",
+                            R"({"tlm[0].client_us": [4294967289, 4294967288],
+        "tlm[0].reclaim_count": 4294967287, "tlm[0].reclaim_histogram": "1"})"),
+              line_of(R"("actual-framerate":4294967293,"bitrate":4294967295,)"
+                      R"("failcount":4294967292,"framecount":4294967294,)"
+                      R"("reclaimcount":4294967291,"tlm[0].client_us":[4294967289,4294967288],)"
+                      R"("tlm[0].reclaim_count":4294967287,"tlm[0].reclaim_histogram":[1])"));
+}
+
 TEST(stream_statistics, client_data_follows_in_its_groups) {
     EXPECT_EQ(
         statistics_of("{}", R"({

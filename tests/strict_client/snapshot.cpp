@@ -42,6 +42,7 @@ struct node {
     std::vector<node> elements = {};
     std::vector<std::pair<std::string, node>> members = {};
     std::vector<std::string> key_tokens = {};  // of the members
+    std::string repeated = {};                 // why these are none, when one is given twice
 };
 
 // The tokens of all texts, in their order. The library tells what they mean, not how they stood.
@@ -108,7 +109,7 @@ class tree_builder : public nlohmann::json_sax<json> {
     bool end_array() override { return close(); }
     bool key(std::string& held) override {
         if (!names_.back().insert(held).second) {
-            throw broken("member '" + held + "' is given twice");
+            open_.back()->repeated = "member '" + held + "' is given twice";
         }
         open_.back()->key_tokens.push_back(next_text());
         open_.back()->members.emplace_back(held, node());
@@ -181,6 +182,9 @@ std::string source_of(const node& of) {
 const node& expect(const node& of, node::form form, const char* what) {
     if (of.is != form) {
         throw broken("expected " + std::string(what) + ", found " + source_of(of).substr(0, 40));
+    }
+    if (!of.repeated.empty()) {
+        throw broken(of.repeated);
     }
     return of;
 }

@@ -140,7 +140,8 @@ class Draw(random.Random):
             system=self.answer(recorded(caps=self.map_answer({"output": (True,) * 7 + (False,)}))),
             mode=self.answer(recorded(info=self.map_answer(MODE_INFO))),
             stream=recorded(debug=self.map_answer(PEAKS | IDENTITIES), quota=self.map_answer(QUOTA),
-                            limit=self.map_answer(LIMIT), all=self.answer([self.stream(number) for number in streams])),
+                            limit=self.map_answer({"global.max.streams.limit.encoded": Draw.number}),
+                            all=self.answer([self.stream(number) for number in streams])),
             channel=recorded(info=self.answer(self.map({}) | self.choice(({"input.count": count}, {}))),
                              filtered=filtered, all=self.each(self.channel, self.randrange(5))),
             input=recorded(all=self.each(self.input, 14 if self.gap == 0 else self.randrange(14), INPUTS)),
@@ -159,7 +160,6 @@ FLAG = (True, True, True, False)
 SMALL = (0, 1, 2, 3, 4, 1, 2, {"uint16": 0}, {"uint16": 1}, {"uint16": 2}, 7, 65536, ALL_ONES)
 CODES = (0, 0, 0, 1, 1, 2, 3, 3, 10, 10, 11, 8, 9, 6, 4, 5, 7, 12, 255, ALL_ONES)
 RATES = DOUBLES + (30, 25, {"uint16": 60}) * 3
-HISTOGRAMS = ("1,2,3", "0", "", "1,", "no json \"", "[1],{}", '"caf\u00e9",null', " 1 , 2 ")
 INPUTS = (1, 2, 3, 4, 0, ALL_ONES, *range(5, 13))
 STREAM_INFO = {
     **all_of(Draw.number, "channel", "framerate", "bitrate", "peers", "width", "height", "rotation", "monochrome",
@@ -176,7 +176,8 @@ STREAM_SETTINGS = {
 STREAM_DEBUG = {
     **all_of(Draw.number, "global.capacity", "global.encoded.peers", "global.encoded.jpeg.peers", "global.raw.peers"),
     "tlm[0].client_us": Draw.pair, **all_of(Draw.duration, *(f"tlm[{n}].duration" for n in range(9))),
-    **all_of(HISTOGRAMS, *(f"tlm[{n}].reclaim_histogram" for n in range(9))),
+    **all_of(("1,2,3", "0", "", "1,", "no json \"", "[1],{}", '"caf\u00e9",null', " 1 , 2 "),
+             *(f"tlm[{n}].reclaim_histogram" for n in range(9))),
     **all_of(SMALL, *(f"tlm[{n}].reclaim_count" for n in range(9)))}
 IDENTITIES = all_of(Draw.number, *("identity." + name for name in (
     "alpha", "b", "a", "a.x", "", 'wall "north"', "tab\there", "caf\u00e9", "back\\slash", "x/y", "\x01", "identity.")))
@@ -185,9 +186,9 @@ MODE_INFO = all_of(
     Draw.any_value, "view", "capture", "capture.width", "captured", "available.modes", "views", "stream.fps", "a.b.c",
     "a.b_c", "a_b.c", "x.y", "x_y", "..", "caf\u00e9.\u65e5", "q\"\\", "\x01\t")
 QUOTA = all_of(Draw.number, "global.hard.limit", "global.soft.limit", "global.buffering.limit")
-LIMIT = {"global.max.streams.limit.encoded": Draw.number}
-PROPERTIES = ({"key": "input"}, {"key": "input"}, {"kind": "x", "key": "input"}, {"key": "view"}, {"Key": "input"},
-              {"key": "inputs"}, {}, None)
+PROPERTIES = (*({"key": key} for key in (
+    "input", "input", "inputs", "view", 1, {"bytes": "696e707574"}, {"other": Raw('"input"')})),
+              {"kind": "x", "key": "input"}, {"Key": "input"}, {}, None)
 OUTPUT_INFO = {**all_of(FLAG, "running", "vsdb"), "framerate": RATES, "aspect.ratio": Draw.text,
                **all_of(Draw.number, "width", "height")}
 OFTEN_ABSENT = {key for key in (*STREAM_INFO, *STREAM_DEBUG) if "[" in key} | {*MODE_INFO, *IDENTITIES, "input", "warp"}
@@ -197,13 +198,12 @@ class Writer:
     """Writes a snapshot in one of the many ways there are to write it."""
 
     def __init__(self, draw):
-        self.draw, self.indent = draw, draw.choice((None, 1, 4))
+        self.draw, self.indent = draw, draw.choice((-1, 1, 4))
         self.escapes, self.comments = draw.choice((0, 0, 0.3)), draw.choice((0, 0, 0.1))
 
     def space(self, level):
         comment = self.draw.choice(("/* a \u00e9 \" */", "// one line {\n", "/**/", " \t\r\n"))
-        new_line = "" if self.indent is None else "\n" + " " * (self.indent * level)
-        return comment * self.draw.chance(self.comments) + new_line
+        return comment * self.draw.chance(self.comments) + ("\n" + " " * self.indent * level) * (self.indent >= 0)
 
     def string(self, text):
         written = json.dumps(text, ensure_ascii=self.draw.chance(self.escapes))
@@ -226,7 +226,7 @@ BROKEN_MEMBERS = {
                '"all": [{"id": 1.0}]', '"all": [{"$error": "x"}]', '"quota": {"$error": "x", "a": 1}'),
     "channel": ('"all": [{}, {}]', '"all": [{"id": 4294967296}]', '"all": [{"id": 3}, {"id": 3}]', '"filtered": {}',
                 '"all": [{"crop": [0, 0, 1]}]', '"all": [{"crop_max": [-1, 0]}]', '"filtered": [{"id": 3}, {"id": 3}]',
-                '"all": [{"resolutions": {"available": [[1]]}}]', '"all": [{"properties": {"key": 1}}]'),
+                '"all": [{"resolutions": {"available": [[1]]}}]', '"all": [{"properties": 1}]'),
     "input": ('"all": [{}]', '"all": [{"id": 1}, {"id": 1}]', '"all": [{"id": 1, "$error": "x", "info": {}}]'),
     "output": ('"all": [{"id": 0, "$error": 1}]', '"all": [{"info": {}}]'), "formats": ('"h264": "0"', '"x": -1')}
 BROKEN_VALUES = (

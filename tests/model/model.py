@@ -89,7 +89,6 @@ class Map(dict):
             kind, value = self.get(key, (None, None))
             return value if kind in kinds else default
         return get
-
     uint32 = getter(0, "uint16", "uint32")
     int64 = getter(0, "uint16", "uint32", "int64")
     double = getter(0.0, "uint16", "uint32", "double")
@@ -274,8 +273,7 @@ class Tool:
                 + "\nExamples:\n" + "".join(f"  {self.name} --{names[letter]}\n" for letter in self.EXAMPLES) + "\n")
 
     def parse(self, arguments):
-        """Returns the letters of the switches given, or None where help is asked for. What is wrong first, or asks
-        for help first, decides."""
+        """Returns the letters of the switches given, or None for help. What is wrong first, or asks first, decides."""
         letters, given = {name: letter for letter, name, _, _ in self.SWITCHES}, set()
         for argument in arguments[:arguments.index("--") if "--" in arguments else None]:
             name, equals, _ = argument[2:].partition("=")
@@ -531,7 +529,7 @@ class ServerReportTool(Tool):
         if "filtered" in channels.members:
             return channels.objects("filtered")
         return [channel for channel in channels.objects()
-                if json.loads(channel.members.get("properties", {}).get("key", "0")) == "input"]
+                if typed(channel.members.get("properties", {}).get("key", "0")) == ("string", "input")]
 
     def list_inputs(self):
         query = "inputs"

@@ -71,7 +71,7 @@ class Draw(random.Random):
         return [self.number(), self.number()]
 
     def other(self):
-        depth = self.randrange(120, 132)  # about as deep as what prints it goes
+        depth = self.randrange(124, 129)  # about as deep as what prints it goes
         deep = ("[" * depth + "]" * depth, '{"n":' * depth + "7" + "}" * depth)
         return Raw(self.choice(deep if self.chance(0.1) else OTHERS))
 
@@ -159,7 +159,7 @@ def all_of(value, *keys):
 FLAG = (True, True, True, False)
 SMALL = (0, 1, 2, 3, 4, 1, 2, {"uint16": 0}, {"uint16": 1}, {"uint16": 2}, 7, 65536, ALL_ONES)
 CODES = (0, 0, 0, 1, 1, 2, 3, 3, 10, 10, 11, 8, 9, 6, 4, 5, 7, 12, 255, ALL_ONES)
-RATES = DOUBLES + (30, 25, {"uint16": 60}) * 3
+RATES = DOUBLES + (30, 25, {"uint16": 60}) * 3 + tuple({"double": name} for name in ("nan", "-nan", "inf", "-inf"))
 INPUTS = (1, 2, 3, 4, 0, ALL_ONES, *range(5, 13))
 STREAM_INFO = {
     **all_of(Draw.number, "channel", "framerate", "bitrate", "peers", "width", "height", "rotation", "monochrome",
@@ -168,7 +168,8 @@ STREAM_INFO = {
     "statistics.duration": Draw.duration, **all_of(SMALL, "input", "view", "warp")}
 STREAM_SETTINGS = {
     **all_of(Draw.number, "width", "height", "channel", "compression", "gop_length", "bitrate", "sqz.max_gop_length",
-             "sqz.min_fps_num"), "identity": Draw.text, "subformat": ("NV12", "Y800", "", "n\u00e9", "leanflow"),
+             "sqz.min_fps_num"), "identity": Draw.text,
+    "subformat": ("NV12", "Y800", "", "n\u00e9", "leanflow", "Leanflow", "leanflow "),
     "format": CODES + tuple({"uint16": code} for code in CODES[:-1]), "framerate": RATES,
     **all_of(FLAG, "horizontal_flip", "sign"), "sqz.strength": (*range(14), 0, 0, 0, ALL_ONES),
     **all_of(SMALL, "rc.mode", "rc.prio", "h264.profile", "h265.profile", "av1.profile", "sqz.gop_mode",
@@ -180,7 +181,7 @@ STREAM_DEBUG = {
              *(f"tlm[{n}].reclaim_histogram" for n in range(9))),
     **all_of(SMALL, *(f"tlm[{n}].reclaim_count" for n in range(9)))}
 IDENTITIES = all_of(Draw.number, *("identity." + name for name in (
-    "alpha", "b", "a", "a.x", "", 'wall "north"', "tab\there", "caf\u00e9", "back\\slash", "x/y", "\x01", "identity.")))
+    "alpha", "b ", "a", "a.x", "", 'wall "north"', "tab\there", "caf\u00e9", "back\\slash", "x/y", "\x01", "identity.")))
 PEAKS = all_of(Draw.number, "global.capacity.peak", "global.encoded.peers.peak", "global.raw.peers.peak", "identity")
 MODE_INFO = all_of(
     Draw.any_value, "view", "capture", "capture.width", "captured", "available.modes", "views", "stream.fps", "a.b.c",
@@ -273,7 +274,7 @@ def assertions(seed):
     form = draw.choices((None, "directory", "unreadable", "listed", "whole", "deep"), (25, 3, 3, 40, 24, 5))[0]
     if form in (None, "directory", "unreadable"):
         return form
-    depth, text = draw.randrange(250, 262), draw.choice(RECORDS)
+    depth, text = draw.choice((255, 256, 257, 300)), draw.choice(RECORDS)
     if form == "whole":  # or cut short
         text = Writer(draw).write(draw.document())[:draw.choice((None, draw.randrange(200)))]
     return ("[ " * depth + "1 " + "] " * depth if form == "deep" else text).encode("utf-8", "surrogateescape")

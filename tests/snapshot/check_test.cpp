@@ -38,6 +38,24 @@ TEST(check, reads_standard_input) {
               ended(1, good + ": ok\n", "/dev/stdin:2:2: unknown member 'info'\n"));
 }
 
+// What a shell hands over: the other end of a pipe.
+TEST(check, reads_what_another_program_writes) {
+    const temp_directory scratch;
+    const auto shell = [&](const std::string& script) {
+        return run({.executable = "/bin/bash",
+                    .argv = {"bash", "-c", script, program("oru-snapshot")},
+                    .environment = {"PATH=/usr/bin:/bin"}});
+    };
+    EXPECT_EQ(shell("echo '{}' | \"$0\" check -"), ended(0, "/dev/stdin: ok\n"));
+    EXPECT_EQ(shell("(echo '{'; sleep 0.1; echo '}') | \"$0\" check -"),
+              ended(0, "/dev/stdin: ok\n"));
+    EXPECT_EQ(shell("echo '{' | \"$0\" check /dev/stdin"),
+              ended(1, "", "/dev/stdin:2:1: expected a member name, found the end of the file\n"));
+    EXPECT_EQ(shell("\"$0\" check <(echo '{}') <(echo '[') 2>&1 | sed 's:/dev/fd/[0-9]*:FD:'"),
+              ended(0, "FD:1:1: expected a snapshot (an object), found '['\nFD: ok\n"));
+    EXPECT_EQ(shell("true | \"$0\" check -"), ended(1, "", "/dev/stdin: the file is empty\n"));
+}
+
 TEST(check, says_when_its_output_is_lost) {
     const temp_directory scratch;
     const std::string good = scratch.write("good.json", "{}");

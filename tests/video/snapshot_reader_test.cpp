@@ -1,7 +1,3 @@
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <bit>
 #include <cmath>
 #include <format>
@@ -871,57 +867,6 @@ TEST(Text, RefusesDeepNestingAtItsSecondLevel) {
         nested += R"({"a":)";
     }
     EXPECT_EQ(value_complaint(nested), "2: unknown kind of value 'a'");
-}
-
-// --- Files --------------------------------------------------------------------------------------
-
-TEST(File, SaysWhyItCannotBeRead) {
-    const snapshot_file file;
-    const std::string path = file.path();
-    EXPECT_EQ(oru::load(path).error(), path + ": No such file or directory");
-    EXPECT_EQ(oru::load(file.directory()).error(), file.directory().string() + ": is a directory");
-    EXPECT_EQ(oru::load("/dev/null").error(), "/dev/null: is not a regular file");
-    EXPECT_EQ(oru::load("").error(), ": No such file or directory");
-    file.write("");
-    EXPECT_EQ(oru::load(path).error(), path + ": the file is empty");
-}
-
-TEST(File, DoesNotWaitForAFifo) {
-    const snapshot_file file;
-    ASSERT_EQ(mkfifo(file.path().c_str(), 0600), 0);
-    EXPECT_EQ(oru::load(file.path()).error(), file.path() + ": is not a regular file");
-}
-
-TEST(File, NeedsPermission) {
-    const snapshot_file file("{}");
-    ASSERT_EQ(chmod(file.path().c_str(), 0), 0);
-    const bool root = geteuid() == 0;  // may read everything, so be someone else
-    if (root) {
-        ASSERT_EQ(seteuid(65534), 0);
-    }
-    const auto loaded = oru::load(file.path());
-    if (root) {
-        ASSERT_EQ(seteuid(0), 0);
-    }
-    ASSERT_FALSE(loaded);
-    EXPECT_EQ(loaded.error(), file.path() + ": Permission denied");
-}
-
-TEST(File, IsAtMost128MiB) {
-    const snapshot_file file;
-    file.write("{}");
-    std::filesystem::resize_file(file.path(), 134217729);
-    EXPECT_EQ(oru::load(file.path()).error(),
-              file.path() + ": is 134217729 bytes long, more than the 134217728 of a snapshot");
-    std::filesystem::resize_file(file.path(), 134217728);
-    EXPECT_EQ(oru::load(file.path()).error(), file.path() + ":1:3: this is a NUL byte");
-}
-
-TEST(File, IsReadThroughALink) {
-    const snapshot_file file("{}");
-    const std::string link = file.directory() / "link";
-    std::filesystem::create_symlink(file.path(), link);
-    EXPECT_TRUE(oru::load(link));
 }
 
 // --- Many ---------------------------------------------------------------------------------------

@@ -7,14 +7,15 @@
 #include <string>
 
 #include "document.h"
+#include "source.h"
 
 namespace oru {
 
 // A snapshot, or why there is none: "PATH: REASON" or "PATH:LINE:COLUMN: REASON".
 using snapshot = std::expected<std::shared_ptr<const document>, std::string>;
 
-// Reads and checks the file at `path`.
-snapshot load(const std::string& path);
+// Reads and checks what `path` names.
+snapshot load(const std::string& path, const source_limits& limits = {});
 
 // The snapshot that $ORU_SNAPSHOT names, else the one of this machine. It is read at the first
 // call; what came out, a complaint too, stands until reset().

@@ -1,5 +1,7 @@
 # The tests that docs/reliability.md tells about, beside those that show what the tools print.
-add_subdirectory(fuzz)
+if(NOT ORU_MUTATE)
+    add_subdirectory(fuzz)
+endif()
 
 # Every report number.
 add_executable(every-number report/every_number.cpp)

@@ -29,8 +29,7 @@ void log_native_read(const qw::map& map, const std::string& key);
 // Whether $ORU_STRICT_NULL names the operation.
 bool gives_null(std::string_view call);
 
-// --- What is handed out
-// ---------------------------------------------------------------------------
+// --- What is handed out -------------------------------------------------------------------------
 
 // What an object holds for as long as nobody has released it.
 struct held {
@@ -62,8 +61,7 @@ void release_error(const GError* error);
 // Returns the name of a thing of that kind, or "" for somebody else's.
 std::string handed_out(gconstpointer thing);
 
-// --- One call
-// ---------------------------------------------------------------------------------------
+// --- One call -----------------------------------------------------------------------------------
 
 // Each returns the argument as the log shows it, when it can be right.
 std::string shown(std::string_view call, OruMap* map);

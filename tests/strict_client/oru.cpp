@@ -194,8 +194,7 @@ GType oru_format_get_type(void) {
     return type;
 }
 
-// --- Streams
-// --------------------------------------------------------------------------------------
+// --- Streams ------------------------------------------------------------------------------------
 
 GList* oru_stream_get_all(GError** error) {
     const call made("oru_stream_get_all", error);
@@ -240,8 +239,7 @@ OruMap* oru_stream_get_limit(GError** error) {
                       error);
 }
 
-// --- Channels
-// -------------------------------------------------------------------------------------
+// --- Channels -----------------------------------------------------------------------------------
 
 namespace {
 
@@ -331,8 +329,7 @@ gboolean oru_channel_get_crop_max(OruChannel* channel, guint32* width, guint32* 
     return fill<2>(made, crop_max, {width, height});
 }
 
-// --- Inputs, outputs, system, mode
-// ----------------------------------------------------------------
+// --- Inputs, outputs, system, mode --------------------------------------------------------------
 
 OruInput* oru_input_new(guint32 number, GError** error) {
     const call made("oru_input_new", number, error);

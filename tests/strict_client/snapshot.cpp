@@ -24,8 +24,7 @@ struct broken {
     std::string reason;
 };
 
-// --- The text as a tree
-// ---------------------------------------------------------------------------
+// --- The text as a tree -------------------------------------------------------------------------
 
 constexpr std::size_t deepest = 5000;
 
@@ -176,8 +175,7 @@ std::string source_of(const node& of) {
     return of.token;
 }
 
-// --- The tree as a snapshot
-// -----------------------------------------------------------------------
+// --- The tree as a snapshot ---------------------------------------------------------------------
 
 const node& expect(const node& of, node::form form, const char* what) {
     if (of.is != form) {

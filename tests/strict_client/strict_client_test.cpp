@@ -93,8 +93,7 @@ OruChannel* channel() {
     return static_cast<OruChannel*>(oru_channel_get_all(nullptr)->data);
 }
 
-// --- Mistakes
-// -------------------------------------------------------------------------------------
+// --- Mistakes -----------------------------------------------------------------------------------
 
 TEST(strict_client, aborts_when_an_error_pointer_holds_something) {
     expect_misuse(
@@ -181,8 +180,7 @@ TEST(strict_client, aborts_on_arguments_that_cannot_be_right) {
         "oru_channel_get_crop_max: two results have one place");
 }
 
-// --- What is handed out
-// ---------------------------------------------------------------------------
+// --- What is handed out -------------------------------------------------------------------------
 
 std::string said(const std::string& snapshot, const std::function<std::string()>& body,
                  const char* variable = nullptr) {
@@ -258,8 +256,7 @@ TEST(strict_client, takes_null_and_an_address_for_the_error) {
               "no crop");
 }
 
-// --- Getters
-// --------------------------------------------------------------------------------------
+// --- Getters ------------------------------------------------------------------------------------
 
 // Each key by each getter, its default being 99 and its like.
 std::string all_getters() {
@@ -303,8 +300,7 @@ TEST(strict_client, exact_getters_do_not) {
               "other: 99 99 99 0 none 99/0\n");
 }
 
-// --- Snapshots
-// ------------------------------------------------------------------------------------
+// --- Snapshots ----------------------------------------------------------------------------------
 
 // The capabilities as JSON, or the message when there are none.
 std::string caps_of(const std::string& snapshot) {
@@ -396,8 +392,7 @@ TEST(strict_client, refuses_what_breaks_a_rule) {
     }
 }
 
-// --- The log
-// --------------------------------------------------------------------------------------
+// --- The log ------------------------------------------------------------------------------------
 
 TEST(strict_client, logs_each_call_each_release_and_what_is_left) {
     const outcome got = run(full, [] {

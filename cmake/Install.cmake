@@ -12,6 +12,7 @@ install(FILES docs/man/oru-cgi-applet.1 docs/man/oru-serverreport-tool.1 docs/ma
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/man/oru-snapshot.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 install(FILES docs/snapshot.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/oru)
+install(PROGRAMS examples/read_report.py DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 # Only our own client answers from snapshots.
 if(ORU_CLIENT STREQUAL snapshot)
     install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples

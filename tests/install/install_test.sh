@@ -35,6 +35,9 @@ MaxEncodeStreams=0
 MaxRawStreams=0
 Version=1' "$("$bin/oru-tlm-tool" -q)"
     same 'oru-serverreport-tool' 'No channels.' "$(PATH="$bin:$PATH" oru-serverreport-tool -c)"
+    same 'read_report.py' '[
+{"title": null, "text": "No channels.\n", "document": null, "failure": "No channels."}
+]' "$("$bin/oru-serverreport-tool" -c | "$1/share/doc/oru-cgi-applet/examples/read_report.py")"
     same 'oru-cgi-applet' "oru-cgi-applet: Invoke 'oru-tlm-tool' or 'oru-serverreport-tool'!" \
         "$("$bin/oru-cgi-applet" 2>&1 || [ $? -eq 1 ] || echo 'status is not 1')"
     for example in "$1"/share/doc/oru-cgi-applet/examples/*.json; do

@@ -10,8 +10,10 @@ install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/oru-tlm-tool
 install(FILES docs/man/oru-cgi-applet.1 docs/man/oru-serverreport-tool.1 docs/man/oru-snapshot.1
               docs/man/oru-tlm-tool.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES docs/man/oru-snapshot.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
-install(FILES docs/snapshot.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/oru)
+install(FILES docs/man/oru-reports.5 docs/man/oru-snapshot.5
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+install(FILES docs/reports.schema.json docs/snapshot.schema.json
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/oru)
 install(PROGRAMS examples/read_report.py DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 # Only our own client answers from snapshots.
 if(ORU_CLIENT STREQUAL snapshot)

@@ -56,7 +56,9 @@ share/man/man1/oru-cgi-applet.1
 share/man/man1/oru-serverreport-tool.1
 share/man/man1/oru-snapshot.1
 share/man/man1/oru-tlm-tool.1
+share/man/man5/oru-reports.5
 share/man/man5/oru-snapshot.5
+share/oru/reports.schema.json
 share/oru/snapshot.schema.json'
 
 # Lists what is in a prefix, examples apart: how many there are is their own business.

@@ -95,7 +95,9 @@ FIGURES = whole(
 )
 DISABLED = whole(OUTPUT, '    {"enabled":"No"}\n\n', {"enabled": "No"})
 CHANNEL = whole(
-    CHANNELS, '{\n    "channels" : [\n        {"id/0":{"crop":"No"}}\n    ]\n}\n', {"channels": [{"id/0": {"crop": "No"}}]}
+    CHANNELS,
+    '{\n    "channels" : [\n        {"id/0":{"crop":"No"}}\n    ]\n}\n',
+    {"channels": [{"id/0": {"crop": "No"}}]},
 )
 RESOLUTION = whole(
     RESOLUTIONS,
@@ -122,10 +124,14 @@ CASES = {
     "no channels, asked for twice": [line("No channels."), line("No channels.")],
     "no inputs after a section": [DISABLED, line("No inputs.")],
     "no list": [
-        line("Failed to get all channels: down"), line("Failed to get all channels: down"), line("Failed to get inputs: "),
+        line("Failed to get all channels: down"),
+        line("Failed to get all channels: down"),
+        line("Failed to get inputs: "),
     ],
     "messages of several lines": [
-        line("Failed to get all channels: one\n\ntwo"), RESOLUTION, line("Failed to get inputs: No inputs.\nNo inputs."),
+        line("Failed to get all channels: one\n\ntwo"),
+        RESOLUTION,
+        line("Failed to get inputs: No inputs.\nNo inputs."),
     ],
     "messages that are no UTF-8": [
         line("[Invalid UTF-8] Failed to get all channels: \\xff"), line("[Invalid UTF-8] Failed to get inputs: \\x80"),
@@ -137,7 +143,9 @@ CASES = {
     ],
     "a message that looks like the end": [
         broken(
-            CHANNELS, SOME_CHANNELS + "Failed to get channel info: a\n    ]\n}\n", "Failed to get channel info: a\n    ]\n}"
+            CHANNELS,
+            SOME_CHANNELS + "Failed to get channel info: a\n    ]\n}\n",
+            "Failed to get channel info: a\n    ]\n}",
         ),
         NO_INPUT,
     ],
@@ -295,7 +303,7 @@ CASES = {
     "other line ends": [other(DISABLED[1].replace("\n", "\r\n"))],
     "no figures": [(MAXIMA[0], "MaxBufferBytes=a\nVersion=1\n", None, "not JSON: ...")],
     "what comes between": [
-        other("a log\n"), MAXIMA, other("\n"), SYSTEM, other("\n"), DISABLED, other("\nmore of it\n"), CHANNEL, other("\n"),
+        other("a log\n"), MAXIMA, other("\n"), SYSTEM, other("\n"), DISABLED, other("\nmore\n"), CHANNEL, other("\n"),
     ],
 }
 

@@ -62,8 +62,9 @@ class Bench:
         text = told.stderr.decode("utf-8", "surrogateescape").removesuffix("\n")
         return text.removeprefix("oru-serverreport-tool: Failed to get all streams: ")
 
-    def differences(self, seed, with_record):
-        """Runs both tools on what the seed draws. Returns a text for each run that differs from the model's."""
+    def runs(self, seed, with_record):
+        """Runs both tools on what the seed draws. Yields the tool and its arguments, and the run that the model wants
+        and the one that there was."""
         kind, text = generator.kind_of(seed), generator.snapshot(seed)
         record = generator.assertions(seed) if with_record else None
         self.put_record(record)
@@ -71,19 +72,24 @@ class Bench:
         if kind != "broken" or seed % 8 != 0:
             self.snapshot.write_bytes(text.encode("utf-8", "surrogateescape"))
         unreachable = self.message() if kind == "broken" else None
-        told = []
         for tool, every in (("oru-tlm-tool", "-qsi"), ("oru-serverreport-tool", "-lqocrai")):
             for arguments in ([every], generator.command_line(seed, tool)):
                 wanted = model.run([tool, *arguments], text, record, unreachable)
-                got = self.run(tool, arguments, "C" if seed % 2 else "C.UTF-8")
-                for what, ours, theirs in (("stdout", wanted.stdout, got.stdout), ("stderr", wanted.stderr, got.stderr),
-                                           ("status", b"%d" % wanted.status, b"%d" % got.returncode)):
-                    if ours != theirs:
-                        told.append(f"seed {seed} ({kind}), {tool} {arguments}, {what}, "
-                                    + first_difference(ours, theirs))
+                yield tool, arguments, wanted, self.run(tool, arguments, "C" if seed % 2 else "C.UTF-8")
+
+    def differences(self, seed, with_record):
+        """Returns a text for each run that differs from the model's, on what the seed draws."""
+        told = []
+        for tool, arguments, wanted, got in self.runs(seed, with_record):
+            for what, ours, theirs in (("stdout", wanted.stdout, got.stdout), ("stderr", wanted.stderr, got.stderr),
+                                       ("status", b"%d" % wanted.status, b"%d" % got.returncode)):
+                if ours != theirs:
+                    told.append(f"seed {seed} ({generator.kind_of(seed)}), {tool} {arguments}, {what}, "
+                                + first_difference(ours, theirs))
         if told:
             kept = pathlib.Path(f"model-{seed}.json").resolve()
             kept.write_bytes(self.snapshot.read_bytes() if self.snapshot.exists() else b"")
+            record = generator.assertions(seed) if with_record else None
             told.append(f"kept as {kept}" + (f"; the record is {record!r}" if record is not None else ""))
         return told
 

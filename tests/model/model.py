@@ -4,7 +4,7 @@
 
 argv[0] names the tool. `snapshot` is the text of a valid snapshot; where none can be read, `unreachable` is the
 message with which every query fails. `record` is the record of earlier assertions: bytes, None where there is none,
-or "directory" or "unreadable". `sections` are those that printed something, with what a JSON reader makes of each.
+or "directory" or "unreadable". `sections` are those that printed something, each with the document that it means.
 Text is str throughout; bytes that are no UTF-8 are in it as surrogateescape has them."""
 
 import collections
@@ -178,6 +178,25 @@ def compact(value):
     return double(value) if isinstance(value, float) else str(value)
 
 
+def from_json(text, otherwise):
+    """What a JSON reader makes of a text. NaN and the like are no JSON, whatever this module thinks."""
+    try:
+        return json.loads(text, strict=False, parse_constant=int)
+    except (ValueError, RecursionError):
+        return otherwise
+
+
+def meant(value):
+    """What a record means, however it is written. A histogram that is no JSON means its text."""
+    if isinstance(value, dict):
+        return {key: meant(member) for key, member in value.items()}
+    if isinstance(value, list):
+        return [meant(element) for element in value]
+    if isinstance(value, Raw):
+        return from_json(value, value[1:-1])
+    return None if isinstance(value, float) and not math.isfinite(value) else value
+
+
 def double(value):
     """17 significant digits without the zeros at their end, in the scientific form where it is due."""
     if value == 0 or not math.isfinite(value):
@@ -212,6 +231,13 @@ def native_json(values):
     return "{" + ",".join(member(key, *value) for key, value in in_order(values).items()) + "}"
 
 
+def as_meant(values):
+    """What that text means."""
+    forms = {"pair": list, "other": lambda text: meant(Raw(text))}
+    return values and {key: forms[kind](value) if kind in forms else value
+                       for key, (kind, value) in in_order(values).items()}
+
+
 def shortest(value):
     """The fewest digits that read back, plain unless the scientific form is shorter."""
     _, digits, exponent = decimal.Decimal(repr(value)).normalize().as_tuple()
@@ -240,7 +266,16 @@ def prettified(text):
 
 def crop_record(kind, number, *figures):
     names = ("x", "y", "width", "height", "maxwidth", "maxheight")
-    return compact({f"id/{number}": in_order({"crop": kind} | dict(zip(names, map(float, figures))))})
+    return {f"id/{number}": in_order({"crop": kind} | dict(zip(names, map(float, figures))))}
+
+
+def on_one_line(label, record):
+    return f'        {{ "{label}" : {compact(record)} }}'
+
+
+def a_group_a_line(label, groups):
+    lines = ",\n".join(f'                "{name}": {compact(group)}' for name, group in groups.items())
+    return f'        {{\n            "{label}" : {{\n{lines}\n            }}\n        }}'
 
 
 # The tools ----------------------------------------------------------------------------------------
@@ -296,36 +331,42 @@ class Tool:
 class FeederTool(Tool):
     def stream_max_stats(self):
         debug = or_none(self.map, "stream", "debug")
-        for name, key in (("BufferBytes", "capacity"), ("EncodeStreams", "encoded.peers"), ("RawStreams", "raw.peers")):
-            yield f"Max{name}={-1 if debug is None else debug.uint32(f'global.{key}.peak')}\n"
-        yield "Version=1\n"
+        keys = {"MaxBufferBytes": "capacity", "MaxEncodeStreams": "encoded.peers", "MaxRawStreams": "raw.peers"}
+        figures = {name: -1 if debug is None else debug.uint32(f"global.{key}.peak") for name, key in keys.items()}
+        figures["Version"] = 1
+        yield "".join(f"{name}={figure}\n" for name, figure in figures.items())
+        return figures
 
     def system_info(self):
-        inputs, capture_modes, view_mode = 0, "", ""
+        inputs, capture_modes, view_mode = 0, None, None
         info = or_none(self.map, "channel", "info")
         if info is not None:
-            inputs, table = info.uint32("input.count", 1), {}
+            inputs, capture_modes = info.uint32("input.count", 1), {}
             for i in range(1, inputs + 1):
                 with contextlib.suppress(Failed):
                     width, height = self.of("input").opened(i).listed("resolution_unrotated", "capture")
-                    table[f"input{i}"] = "string", f"{width}x{height}"
-            capture_modes = native_json(table)
+                    capture_modes[f"input{i}"] = "string", f"{width}x{height}"
         info = or_none(self.map, "mode", "info")
         if info is not None:
-            table = {}
+            view_mode = {}
             for key, value in in_order(info).items():
                 if key != "view" and not key.startswith(("capture", "available")):
-                    table.setdefault(key.replace(".", "_"), value)
-            view_mode = native_json(table)
-        yield prettified(f'{{"inputs":{inputs},"capturemodes":{capture_modes},"viewmode":{view_mode}}}') + "\n"
+                    view_mode.setdefault(key.replace(".", "_"), value)
+        tables = {"capturemodes": capture_modes, "viewmode": view_mode}
+        texts = [f',"{name}":{"" if table is None else native_json(table)}' for name, table in tables.items()]
+        text = prettified(f'{{"inputs":{inputs}{"".join(texts)}}}')
+        yield text + "\n"
+        if text[-1] == "}":
+            return {"inputs": inputs} | {name: as_meant(table) for name, table in tables.items()}
 
     def identity_info(self):
         debug = or_none(self.map, "stream", "debug") or {}
-        counts = {key[len("identity."):]: double(debug.uint32(key)) for key in debug if key.startswith("identity.")}
+        counts = {key[len("identity."):]: debug.uint32(key) for key in debug if key.startswith("identity.")}
         if counts:
             yield '{\n    "identities": {\n'
-            yield ",\n".join(f"        {compact(name)}: {count}" for name, count in in_order(counts).items())
+            yield ",\n".join(f"        {compact(name)}: {double(count)}" for name, count in in_order(counts).items())
             yield "\n    }\n}\n"
+            return {"identities": in_order(counts)}
 
     FED, EXAMPLES, REFUSAL, REFUSES_VALUES = "tlm", "qis", "Option parsing failed: {}\n", True
     SWITCHES = (  # in the order in which the sections run
@@ -345,6 +386,7 @@ class ServerReportTool(Tool):
         with contextlib.suppress(ValueError):  # what the very crash it tells of cut short is printed as it stands
             text = text_of(read_json(text))
         yield text + "\n\n"
+        return from_json(text, None)
 
     def list_streams(self):
         streams = or_fatal("all streams", lambda: self.of("stream").objects())
@@ -356,13 +398,20 @@ class ServerReportTool(Tool):
                   and stream.settings.uint32("format", ALL_ONES) != 6
                   and stream.settings.string("subformat") != "leanflow"]
 
-        def elements(text):
-            """A comma follows each element, but not those with the id of the last one."""
-            return "".join(text(each) + ("," if each.id != listed[-1].id else "") + "\n" for each in listed)
+        labels = [f"id/0x{stream.id:04x}" for stream in listed]
+        document = {name: [(label, record(stream)) for label, stream in zip(labels, listed)] for name, record in (
+            ("streams", self.stream_summary), ("streaminfo", self.stream_settings),
+            ("streamstatistics", self.stream_statistics))}
+
+        def elements(name, layout=on_one_line):
+            """A comma follows each element, but not those with the label of the last one."""
+            return "".join(layout(label, record) + ("," if label != labels[-1] else "") + "\n"
+                           for label, record in document[name])
         yield HEADER.format("Snapshot of all running streams") + "{\n"
-        yield '    "streams" : [\n' + elements(self.stream_summary) + "    ],\n\n"
-        yield '    "streaminfo" : [\n' + elements(self.stream_settings) + "    ],\n\n"
-        yield '    "streamstatistics" : [\n' + elements(self.stream_statistics) + "    ]\n}\n\n"
+        yield '    "streams" : [\n' + elements("streams") + "    ],\n\n"
+        yield '    "streaminfo" : [\n' + elements("streaminfo", a_group_a_line) + "    ],\n\n"
+        yield '    "streamstatistics" : [\n' + elements("streamstatistics") + "    ]\n}\n\n"
+        return {name: [{label: meant(record)} for label, record in records] for name, records in document.items()}
 
     def format_and_resolution(self, stream):
         """Returns the code and the name of a stream's format, and its resolution."""
@@ -386,7 +435,7 @@ class ServerReportTool(Tool):
         for key in (f"identity[{n}]" for n in range(8)):
             if info.string(key) is not None:
                 summary[key] = info.string(key)
-        return f'        {{ "id/0x{stream.id:04x}" : {compact(in_order(summary))} }}'
+        return in_order(summary)
 
     def stream_settings(self, stream):
         """What stands for a number in here is a double, flags included; the source alone is an integer."""
@@ -421,8 +470,7 @@ class ServerReportTool(Tool):
                 "gopmode": word("sqz.gop_mode", ("fixed",), "dynamic"), "goplength": figure("sqz.max_gop_length"),
                 "skipmode": word("sqz.skip_mode", ("drop",), "empty"),
                 "strength": float(word("sqz.strength", strengths, 0))})
-        lines = ",\n".join(f'                "{group}": {compact(members)}' for group, members in groups.items())
-        return f'        {{\n            "id/0x{stream.id:04x}" : {{\n{lines}\n            }}\n        }}'
+        return groups
 
     def stream_statistics(self, stream):
         info, debug = stream.info, stream.debug
@@ -439,26 +487,27 @@ class ServerReportTool(Tool):
             if histogram is not None and count != 0:
                 counts[f"tlm[{n}].reclaim_count"] = count
                 histograms[f"tlm[{n}].reclaim_histogram"] = Raw(f"[{histogram}]")
-        return f'        {{ "id/0x{stream.id:04x}" : {compact(in_order(counters) | durations | counts | histograms)} }}'
+        return in_order(counters) | durations | counts | histograms
 
     def stream_quotas(self):
-        def line(values, **keys):
-            members = {name.replace("_", " "): str(values.uint32("global." + key)) for name, key in keys.items()}
-            return f"        {compact(members)}\n"
+        def figures(values, **keys):
+            return {name.replace("_", " "): str(values.uint32("global." + key)) for name, key in keys.items()}
         quota = or_fatal("quota", self.map, "stream", "quota")
         limit = or_fatal("limit", self.map, "stream", "limit")
         debug = self.some_debug()
+        document = {"streammaximumquota": figures(
+            quota, buffering="buffering.limit", hard="hard.limit", soft="soft.limit")}
+        if debug is not None:
+            document["streamcurrentquota"] = figures(debug, hard="capacity", soft="capacity")
+        document["streammaximumlimits"] = figures(
+            limit, encode="max.streams.limit.encoded", other="max.streams.limit.encoded")
+        if debug is not None:
+            document["streamcurrentlimits"] = figures(
+                debug, jpeg="encoded.jpeg.peers", motion_encoded="encoded.peers", other="raw.peers")
         yield HEADER.format("Stream Quotas and Limits") + "{\n"
-        yield '    "streammaximumquota" : [\n'
-        yield line(quota, buffering="buffering.limit", hard="hard.limit", soft="soft.limit") + "    ],\n\n"
-        if debug is not None:
-            yield '    "streamcurrentquota" : [\n' + line(debug, hard="capacity", soft="capacity") + "    ],\n\n"
-        yield '    "streammaximumlimits" : [\n'
-        yield line(limit, encode="max.streams.limit.encoded", other="max.streams.limit.encoded")
-        if debug is not None:
-            yield "    ],\n\n" + '    "streamcurrentlimits" : [\n'
-            yield line(debug, jpeg="encoded.jpeg.peers", motion_encoded="encoded.peers", other="raw.peers")
+        yield "    ],\n\n".join(f'    "{name}" : [\n        {compact(record)}\n' for name, record in document.items())
         yield "    ]\n}\n\n"
+        return {name: [record] for name, record in document.items()}
 
     def some_debug(self):
         """Returns the debug map of the first encoded stream; where it gives none, that of the first stream; or None."""
@@ -482,11 +531,12 @@ class ServerReportTool(Tool):
             "current VIC": str(settings.uint32("VIC")), "width": str(info.uint32("width")),
             "height": str(info.uint32("height")), "framerate": "-" * minus_nan + f"{rate:f}",
             "aspect ratio": info.string("aspect.ratio", "")}
-        told = list(shown.items())[:8 if enabled and running else 2 if enabled else 1]
-        yield HEADER.format("HDMI output") + f"    {compact(in_order(dict(told)))}\n\n"
+        told = in_order(dict(list(shown.items())[:8 if enabled and running else 2 if enabled else 1]))
+        yield HEADER.format("HDMI output") + f"    {compact(told)}\n\n"
+        return told
 
     def list_channels(self):
-        query = "all channels"
+        query, records = "all channels", []
         try:
             channels = self.of("channel").objects()
             if not channels:
@@ -500,13 +550,15 @@ class ServerReportTool(Tool):
                 if channel.map("info").boolean("crop.possible"):
                     crop, largest = or_none(channel.answer, "crop"), or_none(channel.answer, "crop_max")
                     record = crop_record("Yes", channel.id, *(crop + largest if crop and largest else [0] * 6))
-                yield f"        {record}"
+                records.append(record)
+                yield f"        {compact(record)}"
             yield "\n    ]\n}\n"
+            return {"channels": records}
         except Failed as failed:
             yield g_print(f"Failed to get {query}: {failed}\n")
 
     def list_available_resolutions(self):
-        query = "Failed to get all channels"
+        query, records = "Failed to get all channels", []
         try:
             channels = self.of("channel").objects()
             if not channels:
@@ -517,9 +569,12 @@ class ServerReportTool(Tool):
             for channel in channels:
                 yield f'        {{"channel":"{channel.id}",'
                 sizes = ["{}x{}".format(*size) for size in channel.listed("resolutions", "available")]
-                yield f'"resolutions":"{",".join(sizes)}{"," if len(sizes) == 1 else ""}"}}'
+                text = ",".join(sizes) + ("," if len(sizes) == 1 else "")
+                records.append({"channel": str(channel.id), "resolutions": text})
+                yield f'"resolutions":"{text}"}}'
                 yield ",\n" if channel is not channels[-1] else "\n"
             yield "    ]\n}\n"
+            return {"available_resolutions": records}
         except Failed as failed:
             yield g_print(f"{query}: {failed}\n")
 
@@ -532,7 +587,7 @@ class ServerReportTool(Tool):
                 if typed(channel.members.get("properties", {}).get("key", "0")) == ("string", "input")]
 
     def list_inputs(self):
-        query = "inputs"
+        query, records = "inputs", []
         try:
             channels = self.input_channels()
             if not channels:
@@ -552,8 +607,10 @@ class ServerReportTool(Tool):
                     if crop is None:
                         continue
                     record = crop_record("Yes", number, *crop, *info.pair("crop.max", (ALL_ONES, ALL_ONES)))
-                yield f"        {record}" + (",\n" if channel is not channels[-1] else "\n")
+                records.append(record)
+                yield f"        {compact(record)}" + (",\n" if channel is not channels[-1] else "\n")
             yield "    ]\n}\n"
+            return {"inputs": records}
         except Failed as failed:
             yield g_print(f"Failed to get {query}: {failed}\n")
 
@@ -576,14 +633,17 @@ Run = collections.namedtuple("Run", "stdout stderr status sections")
 class Section(NamedTuple):
     name: str  # of its switch, or "previous-assertions"
     text: str
+    document: object  # None for one that breaks off, and for a line in its place
 
-    @property
-    def document(self):
-        """The JSON under the header, read; None where there is none, or none that is whole."""
-        try:  # NaN and the like are no JSON, whatever this module thinks
-            return json.loads(self.text.partition(" -----\n\n")[2] or self.text, strict=False, parse_constant=int)
-        except ValueError:
-            return None
+
+def printed(name, pieces):
+    """Returns the Section of what a section's function yields and returns."""
+    pieces, text = iter(pieces), ""
+    while True:
+        try:
+            text += next(pieces)
+        except StopIteration as end:
+            return Section(name, text, end.value)
 
 
 def run(argv, snapshot, record=None, unreachable=None):
@@ -597,7 +657,7 @@ def run(argv, snapshot, record=None, unreachable=None):
             return Run(g_print(tool.help()).encode(), b"", 0, [])
         chosen = [(name, section) for letter, name, _, section in tool.SWITCHES if letter in given]
         for name, section in (*tool.ALWAYS, *chosen):
-            sections.append(Section(name, "".join(section(tool))))
+            sections.append(printed(name, section(tool)))
     except Fatal as failure:
         tool.stderr, status = tool.stderr + f"{tool.name}: {failure}", 1
     stdout = "".join(section.text for section in sections)

@@ -26,6 +26,9 @@ struct release_error {
 struct release_option_context {
     void operator()(GOptionContext* context) const noexcept { g_option_context_free(context); }
 };
+struct release_class {
+    void operator()(gpointer type) const noexcept { g_type_class_unref(type); }
+};
 struct release_block {
     void operator()(gpointer block) const noexcept { g_free(block); }
 };
@@ -35,4 +38,6 @@ using owned_object = std::unique_ptr<Object, release_object>;
 using owned_object_list = std::unique_ptr<GList, release_object_list>;
 using owned_error = std::unique_ptr<GError, release_error>;
 using owned_option_context = std::unique_ptr<GOptionContext, release_option_context>;
+template <class Class>
+using owned_class = std::unique_ptr<Class, release_class>;
 using owned_block = std::unique_ptr<void, release_block>;

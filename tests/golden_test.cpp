@@ -47,6 +47,14 @@ TEST(Golden, TwoInputEncoder) {
               ended(0, golden("two-input-encoder.report")));
 }
 
+// A recording of the one before.
+TEST(Golden, RecordedEncoder) {
+    const std::string snapshot = example("recorded-encoder");
+    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("recorded-encoder.tlm")));
+    EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
+              ended(0, golden("recorded-encoder.report")));
+}
+
 TEST(Golden, FailingDevice) {
     const std::string snapshot = example("failing-device");
     EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("failing-device.tlm")));

@@ -14,13 +14,26 @@ _oru_serverreport_tool() {
         --list-available-resolutions --list-inputs --help'
 }
 
+_oru_snapshots() {
+    local word=${COMP_WORDS[COMP_CWORD]}
+    mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.json' -- "$word")
+}
+
 _oru_snapshot() {
     if ((COMP_CWORD == 1)); then
-        _oru_switches 'check --help --version'
-    elif [[ ${COMP_WORDS[1]} == check ]]; then
-        local word=${COMP_WORDS[COMP_CWORD]}
-        mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.json' -- "$word")
+        _oru_switches 'check record --help --version'
+        return
     fi
+    case ${COMP_WORDS[1]} in
+        check) _oru_snapshots ;;
+        record)
+            case ${COMP_WORDS[COMP_CWORD - 1]} in
+                -o) _oru_snapshots ;;
+                --about) ;;
+                *) _oru_switches '-o --about --redact' ;;
+            esac
+            ;;
+    esac
 }
 
 complete -F _oru_tlm_tool oru-tlm-tool

@@ -8,6 +8,7 @@
 
 #include "snapshot/check.h"
 #include "snapshot/command.h"
+#include "snapshot/record.h"
 
 namespace {
 
@@ -19,6 +20,7 @@ struct command {
 
 constexpr command commands[] = {
     {"check", "FILE...", check},
+    {"record", "[-o FILE] [--about TEXT] [--redact]", record},
 };
 
 std::string usage() {

@@ -37,11 +37,16 @@ completes 'oru-tlm-tool --x'
 completes 'oru-serverreport-tool ' --list-streams --stream-quotas --list-output --list-channels \
     --list-resolutions --list-available-resolutions --list-inputs --help
 completes 'oru-serverreport-tool --list-o' --list-output
-completes 'oru-snapshot ' check --help --version
+completes 'oru-snapshot ' check record --help --version
 completes 'oru-snapshot c' check
 completes 'oru-snapshot --help '
+completes 'oru-snapshot record ' -o --about --redact
+completes 'oru-snapshot record --redact --a' --about
+completes 'oru-snapshot record --about '
 
 # The help and the completion know the same switches.
+mapfile -t switches < <("$tools/oru-snapshot" --help | sed -n 's/.* record //p' | grep -o -E -e '-[a-z-]+')
+completes 'oru-snapshot record ' "${switches[@]}"
 for tool in oru-tlm-tool oru-serverreport-tool; do
     mapfile -t switches < <("$tools/$tool" --help | grep -o -E -e '--[a-z-]+' | sort -u)
     completes "$tool -" "${switches[@]}"
@@ -55,6 +60,7 @@ touch one.json two.json notes.txt records/three.json
 completes 'oru-snapshot check ' one.json two.json records
 completes 'oru-snapshot check one.json t' two.json
 completes 'oru-snapshot check records/' records/three.json
+completes 'oru-snapshot record --redact -o ' one.json two.json records
 
 ((failed)) || echo "bash completes as it should"
 exit $failed

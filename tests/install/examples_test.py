@@ -76,6 +76,7 @@ def main():
                     continue  # these build the very programs that are run here
                 in_file += 1
                 command = command.replace("build/release/bin/", "")
+                command = command.replace(INSTALLED_EXAMPLES, os.path.join(tree, "examples"))
                 run = subprocess.run(command, shell=True, cwd=directory, env=environment, text=True,
                                      stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                      stderr=subprocess.STDOUT)

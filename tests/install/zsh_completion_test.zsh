@@ -61,9 +61,13 @@ completes 'oru-snapshot c' 'oru-snapshot check '
 completes 'oru-snapshot --v' 'oru-snapshot --version '
 completes 'oru-snapshot check o' 'oru-snapshot check one.json '
 completes 'oru-snapshot check rec' 'oru-snapshot check records/'
+completes 'oru-snapshot r' 'oru-snapshot record '
+completes 'oru-snapshot record --r' 'oru-snapshot record --redact '
+completes 'oru-snapshot record --redact -o o' 'oru-snapshot record --redact -o one.json '
 lists 'oru-tlm-tool --' '--stream-max-stats --system-info --identity-info --help'
 lists 'oru-serverreport-tool --' "--list-streams --stream-quotas --list-output --list-channels \
 --list-resolutions --list-available-resolutions --list-inputs --help"
+lists 'oru-snapshot record -' '-o --about --redact'
 zpty -d shell
 (( failed )) || print "zsh completes as it should"
 exit $failed

@@ -6,6 +6,7 @@ namespace {
 
 constexpr auto usage =
     "Usage: oru-snapshot check FILE...\n"
+    "       oru-snapshot record [-o FILE] [--about TEXT] [--redact]\n"
     "       oru-snapshot --help | --version\n";
 
 TEST(oru_snapshot, says_how_it_is_used) {

@@ -1,0 +1,82 @@
+// A video service whose answers a test sets, in the place of a client library and of native.cpp:
+// what no snapshot can hold, a library may answer all the same.
+#ifndef TESTS_SNAPSHOT_FAKE_SERVICE_H
+#define TESTS_SNAPSHOT_FAKE_SERVICE_H
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "video/native.h"
+
+struct fake_failure {
+    std::string message;
+};
+
+// An answer, a failure with a message, or, when it holds neither, a failure that says nothing.
+template <class T>
+struct fake_answer {
+    fake_answer() = default;
+    fake_answer(T value) : is(std::move(value)) {}
+    fake_answer(fake_failure failure) : error(std::move(failure.message)) {}
+
+    std::optional<T> is;
+    std::optional<std::string> error;
+};
+
+// A value of no kind that a getter reads: its JSON text, or none when writing it fails.
+struct fake_other {
+    std::optional<std::string> json;
+};
+
+using fake_value = std::variant<native_value, fake_other>;
+using fake_map = std::map<std::string, fake_value>;
+using fake_size = std::array<std::uint32_t, 2>;
+using fake_rectangle = std::array<std::uint32_t, 4>;
+
+struct fake_stream {
+    std::uint32_t id = 0;
+    fake_answer<fake_map> info = {};
+    fake_answer<fake_map> settings = {};
+    fake_answer<fake_map> debug = {};
+};
+
+struct fake_channel {
+    std::uint32_t id = 0;
+    fake_answer<fake_map> info = {};
+    fake_answer<fake_rectangle> crop = {};
+    fake_answer<fake_size> crop_max = {};
+    fake_answer<std::vector<native_resolution>> resolutions = {};
+};
+
+struct fake_input {
+    fake_answer<fake_map> info = {};
+    fake_answer<fake_rectangle> crop = {};
+    fake_answer<fake_size> resolution = {};
+};
+
+struct fake_output {
+    fake_answer<fake_map> info = {};
+    fake_answer<fake_map> settings = {};
+};
+
+struct fake_service {
+    fake_answer<fake_answer<fake_map>> system, mode;  // the caps of the one, the other's info
+    fake_answer<fake_map> stream_debug, stream_quota, stream_limit, channel_info;
+    fake_answer<std::vector<fake_stream>> streams;
+    fake_answer<std::vector<fake_channel>> channels, channels_of_inputs;
+    std::map<std::uint32_t, fake_answer<fake_input>> inputs;
+    fake_answer<fake_output> output;
+    std::vector<std::pair<std::uint32_t, std::string>> formats;  // code and nick
+
+    std::vector<std::uint32_t> inputs_asked_for = {};
+};
+
+// The service that answers now.
+inline fake_service service;
+
+#endif

@@ -1,0 +1,218 @@
+"""What `oru-snapshot record` writes for a snapshot, stated a second time.
+
+    record(snapshot, about=None, redact=False, unreachable=None) -> Run(stdout, stderr, status)
+
+The arguments are as model.run() takes them; about is a text for people. Bytes come out, but stderr is a regular
+expression where it names keys: how odd characters in them are shown is not stated here."""
+
+import json
+import math
+import re
+from typing import NamedTuple
+
+import model
+from model import Failed, Map
+
+
+class Run(NamedTuple):
+    stdout: bytes
+    stderr: bytes
+    status: int
+
+
+class Failure(str):
+    """The message of a failure that stands in an answer's place."""
+
+
+class Message(str):
+    """The message of a failure where that is a member of its own."""
+
+
+# The layout ---------------------------------------------------------------------------------------
+def quoted(text):
+    return re.sub("[\x00-\x1f]", lambda found: f"\\u{ord(found[0]):04x}", model.compact(text))
+
+
+def form(kind, value):
+    """The shortest form that gives the kind back."""
+    def named(name=kind, inner=value):
+        return f'{{ "{name}": {inner} }}'
+    if kind == "uint32":
+        return str(value)
+    if kind == "int64":
+        return named() if 0 <= value <= model.ALL_ONES else str(value)
+    if kind == "boolean":
+        return json.dumps(value)
+    if kind == "pair":
+        return str(list(value))
+    if kind == "double" and not math.isfinite(value):
+        return named(inner=f'"{"-" * (math.copysign(1, value) < 0)}{str(abs(value))}"')
+    if kind == "double":
+        digits = model.shortest(value)
+        return digits if re.search("[.e]", digits) else digits + ".0"
+    if kind == "string":
+        try:
+            value.encode()
+            return quoted(value)
+        except UnicodeEncodeError:
+            return named("bytes", f'"{value.encode("utf-8", "surrogateescape").hex()}"')
+    return named()
+
+
+def written(value, level=0):
+    if isinstance(value, Failure):
+        return f'{{ "$error": {quoted(value)} }}'
+    if isinstance(value, Message):
+        return quoted(value)
+    if isinstance(value, Map):
+        members = {key: form(*typed) for key, typed in model.in_order(value).items()}
+    elif isinstance(value, dict):
+        members = {key: written(member, level + 1) for key, member in value.items()}
+    elif isinstance(value, list) and any(isinstance(element, dict) for element in value):
+        return lines("[]", [written(element, level + 1) for element in value], level)
+    else:
+        return "[" + ", ".join(map(written, value)) + "]" if isinstance(value, list) else str(value)
+    return lines("{}", [f"{quoted(key)}: {member}" for key, member in members.items()], level)
+
+
+def lines(brackets, items, level):
+    opening, closing = brackets
+    inner, outer = "\n" + "    " * (level + 1), "\n" + "    " * level
+    return opening + ",".join(inner + item for item in items) + (outer if items else "") + closing
+
+
+# What must not leave the house --------------------------------------------------------------------
+class Redaction:
+    def __init__(self):
+        self.clients = {}
+
+    def client(self, identity):
+        return self.clients.setdefault(identity, f"client-{len(self.clients) + 1}")
+
+    def redacted(self, value):
+        if isinstance(value, (Failure, Message)):
+            return type(value)("redacted")
+        if isinstance(value, Map):
+            return Map(self.entry(key, *value[key]) for key in model.in_order(value))
+        if isinstance(value, dict):
+            return {key: self.redacted(member) for key, member in value.items()}
+        return [self.redacted(element) for element in value] if isinstance(value, list) else value
+
+    def entry(self, key, kind, value):
+        if re.fullmatch(r"identity(\[[0-9]+\])?", key):
+            if kind == "string":
+                value = self.client(value)
+            elif kind == "other" and '"' in value:
+                value = '"redacted"'
+        elif key.startswith("identity."):
+            key = "identity." + self.client(key[len("identity."):])
+        return key, (kind, value)
+
+
+# The questions ------------------------------------------------------------------------------------
+class Recorder(model.TOOLS["oru-serverreport-tool"]):
+    def __init__(self, snapshot, unreachable):
+        super().__init__("oru-snapshot", snapshot, None, unreachable)
+        self.answered, self.failures, self.others = False, [], []
+
+    def ask(self, query, *arguments):
+        try:
+            answer = query(*arguments)
+            self.answered = True
+            return answer
+        except Failed as failed:
+            self.failures.append(str(failed))
+            return Failure(failed)
+
+    def object(self, opened, maps):
+        """The answers of an object with nothing but maps."""
+        return {name: self.ask(opened.map, name) for name in maps}
+
+    def single(self, name, member):
+        def open_it():
+            found = self.of(name)
+            if name not in self.recorded:
+                raise Failed(f"{name} not recorded")
+            return found
+        opened = self.ask(open_it)
+        return opened if isinstance(opened, Failure) else self.object(opened, [member])
+
+    def channel(self, channel):
+        return {"id": channel.id, "info": self.ask(channel.map, "info"), "crop": self.ask(channel.answer, "crop"),
+                "crop_max": self.ask(channel.answer, "crop_max"),
+                "resolutions": {"available": self.ask(channel.listed, "resolutions", "available")}}
+
+    def list_of(self, query, each):
+        found = self.ask(query)
+        return found if isinstance(found, Failure) else [each(element) for element in found]
+
+    def channels(self):
+        made = {"info": self.ask(self.map, "channel", "info")}
+        everything = self.list_of(lambda: self.of("channel").objects(), self.channel)
+        found = self.list_of(self.input_channels, self.channel)
+        rest = iter(() if isinstance(everything, Failure) else map(written, everything))
+        if isinstance(everything, list) and isinstance(found, list) and all(written(one) in rest for one in found):
+            ids = [channel["id"] for channel in found]
+            return made | {"all": [{name: answer for member in channel.items() for name, answer in (
+                (member, ("properties", Map(key=("string", "input")))) if member == ("id", channel["id"])
+                and channel["id"] in ids else (member,))} for channel in everything]}, found
+        return made | {"all": everything, "filtered": found}, found
+
+    def inputs(self, channels, found):
+        count = 0 if isinstance(channels["info"], Failure) else channels["info"].uint32("input.count", 1)
+        named = {channel["info"].uint32("type.id", 1) for channel in found if isinstance(channel["info"], Map)} \
+            if isinstance(found, list) else set()
+        for number in sorted(named | set(range(1, count + 1))):
+            try:
+                opened = self.of("input").opened(number)
+            except Failed as failed:
+                if number in named:
+                    yield {"id": number, "$error": Message(failed)}
+                continue
+            yield {"id": number, "info": self.ask(opened.map, "info"), "crop": self.ask(opened.answer, "crop"),
+                   "resolution_unrotated": {"capture": self.ask(opened.listed, "resolution_unrotated", "capture")}}
+
+    def output(self):
+        opened = self.ask(lambda: self.of("output").opened(0))
+        if isinstance(opened, Failure):
+            return {"id": 0, "$error": Message(opened)}
+        return {"id": 0} | self.object(opened, ["info", "settings"])
+
+    def everything(self):
+        made = {"system": self.single("system", "caps"), "mode": self.single("mode", "info")}
+        made["stream"] = {name: self.ask(self.map, "stream", name) for name in ("debug", "quota", "limit")}
+        made["stream"]["all"] = self.list_of(lambda: self.of("stream").objects(), lambda stream: {
+            "id": stream.id} | self.object(stream, ["info", "settings", "debug"]))
+        made["channel"], found = self.channels()
+        made["input"] = {"all": list(self.inputs(made["channel"], found))}
+        made["output"] = {"all": [self.output()]}
+        nicks = {}
+        for nick, code in self.formats.items():
+            nicks.setdefault(int(code), nick)
+        made["formats"] = {nicks[code]: code for code in sorted(nicks)}
+        return made
+
+
+def notes(value, subject=""):
+    """The values of kinds without a form: what each was the answer to, and its key."""
+    if isinstance(value, Map):
+        return [(subject, key) for key, (kind, _) in model.in_order(value).items() if kind == "other"]
+    if isinstance(value, dict):
+        return [note for name, member in value.items()
+                for note in notes(member, f"{subject} {name}" if name not in ("all", "filtered") else subject)]
+    return [note for element in value if isinstance(element, dict)
+            for note in notes(element, f"{subject} {element['id']}:")] if isinstance(value, list) else []
+
+
+def record(snapshot, about=None, redact=False, unreachable=None):
+    recorder = Recorder(snapshot, unreachable)
+    made = recorder.everything()
+    if not recorder.answered:
+        return Run(b"", re.escape(f"oru-snapshot: {recorder.failures[0]}\n".encode("utf-8", "surrogateescape")), 1)
+    told = "".join(f"oru-snapshot: {subject[1:]}: '.*' is of a kind without a form, recorded as JSON\n"
+                   for subject, _ in dict.fromkeys(notes(made)))
+    if redact:
+        made = Redaction().redacted(made)
+    if about is not None:
+        made = {"about": Message(about)} | made
+    return Run((written(made) + "\n").encode(), told.encode(), 0)

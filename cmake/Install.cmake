@@ -21,6 +21,13 @@ if(ORU_CLIENT STREQUAL snapshot)
             FILES_MATCHING PATTERN *.json)
 endif()
 
+install(CODE "
+    set(oru_source_dir \"${PROJECT_SOURCE_DIR}\")
+    set(oru_build_dir \"${PROJECT_BINARY_DIR}\")
+    set(oru_bin_dir \"${CMAKE_INSTALL_BINDIR}\")
+    set(oru_client ${ORU_CLIENT})")
+install(SCRIPT cmake/install-units.cmake)
+
 # bash looks for a file named after the command.
 foreach(command oru-serverreport-tool oru-snapshot oru-tlm-tool)
     install(FILES packaging/completions/oru.bash

@@ -49,6 +49,8 @@ everything='bin/oru-cgi-applet
 bin/oru-serverreport-tool
 bin/oru-snapshot
 bin/oru-tlm-tool
+lib/systemd/system/oru-snapshot.socket
+lib/systemd/system/oru-snapshot@.service
 share/bash-completion/completions/oru-serverreport-tool
 share/bash-completion/completions/oru-snapshot
 share/bash-completion/completions/oru-tlm-tool

@@ -13,8 +13,16 @@ endforeach()
 # A run is over in a millisecond, most of it spent on bringing code in: smaller code is faster code.
 string(REPLACE "-O3" "-O2" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
 if(CMAKE_BUILD_TYPE STREQUAL Release)
-    include(CheckIPOSupported)
-    check_ipo_supported(RESULT CMAKE_INTERPROCEDURAL_OPTIMIZATION)
+    # CMake's check links with the compiler's own linker, which may know an older LLVM; ours is lld.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL Clang AND CMAKE_CXX_COMPILER_AR)
+        set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
+    else()
+        include(CheckIPOSupported)
+        check_ipo_supported(RESULT CMAKE_INTERPROCEDURAL_OPTIMIZATION OUTPUT why)
+    endif()
+    if(NOT CMAKE_INTERPROCEDURAL_OPTIMIZATION)
+        message(WARNING "The programs are not optimised as a whole, and start slower: ${why}")
+    endif()
 endif()
 
 add_compile_options(-ffunction-sections -fdata-sections)

@@ -112,7 +112,7 @@ def read_document(title, text):
     elif title == "Snapshot of input settings" and text.endswith(",\n    ]\n}"):
         wrong.append("the last input is left out")
         text = text[: -len(",\n    ]\n}")] + "\n    ]\n}"
-    return from_json(text), "; ".join(wrong) or None
+    return from_json(text), "; ".join(dict.fromkeys(wrong)) or None
 
 
 def section_at(report, at, row_before=-1):

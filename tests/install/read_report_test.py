@@ -216,6 +216,23 @@ CASES = {
             "tlm[3].reclaim_histogram is not JSON; tlm[4].reclaim_histogram is not JSON",
         ),
     ],
+    "the same bad histogram of two streams": [
+        whole(
+            STREAMS,
+            '{\n    "streams" : [\n    ],\n\n    "streaminfo" : [\n    ],\n\n    "streamstatistics" : [\n'
+            '        { "id/0x0001" : {"tlm[2].reclaim_histogram":[a]} },\n'
+            '        { "id/0x0002" : {"tlm[2].reclaim_histogram":[b]} }\n    ]\n}\n\n',
+            {
+                "streams": [],
+                "streaminfo": [],
+                "streamstatistics": [
+                    {"id/0x0001": {"tlm[2].reclaim_histogram": "a"}},
+                    {"id/0x0002": {"tlm[2].reclaim_histogram": "b"}},
+                ],
+            },
+            "tlm[2].reclaim_histogram is not JSON",
+        ),
+    ],
     "a histogram that would add a key": [
         streams(histogram('1],"evil":[2'), histograms('1],"evil":[2'), "tlm[0].reclaim_histogram is not JSON")
     ],

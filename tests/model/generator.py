@@ -30,7 +30,7 @@ TEXTS = ("", "a", "north gate", "Leanflow", "leanflow ", "16:9", "caf\u00e9", "\
 BYTES = ("6fff", "ff", "c3", "80", "eda080", "f4908080", "c080", "636166e9", "22ff5c", "01fe0a", "6f6b", "", "c3a9")
 OTHERS = ("null", "[]", "{}", "[ ]", "{ }", "[1, 2, 3]", "[1,[2,[ ]],{}]", '{"a": 1, "b": [true, false, null]}', "-0",
           "1.50E+03", '"A\\/b"', '[{"x":{}}, {"y" : [ { } ]}]', "[1, // one\n 2 /* two */]", '{"$error": "no failure"}',
-          '"\\ud83c\\udfa5 \\u0000"', "123456789012345678901234567890", '{"a": 1, "a": 2}', '"caf\u00e9 // 1"')
+          '"\\ud83c\\udfa5 \\u0000"', "123456789012345678901234567890", '"caf\u00e9 // 1"')
 ERRORS = ("device busy", "", "caf\u00e9 closed", "100 % \"lost\"", "two\nlines", "%s %n {} {0}", "\U0001f3a5",
           "a\u2026b\u00a0c", "x" * 300, "\x01\x7f", "not found: /dev/video0")
 FORMATS = {"h264": 0, "h265": 1, "jpeg": 2, "raw": 3, "av1": 10}
@@ -159,7 +159,7 @@ def all_of(value, *keys):
 FLAG = (True, True, True, False)
 SMALL = (0, 1, 2, 3, 4, 1, 2, {"uint16": 0}, {"uint16": 1}, {"uint16": 2}, 7, 65536, ALL_ONES)
 CODES = (0, 0, 0, 1, 1, 2, 3, 3, 10, 10, 11, 8, 9, 6, 4, 5, 7, 12, 255, ALL_ONES)
-RATES = DOUBLES + (30, 25, {"uint16": 60}) * 3 + tuple({"double": name} for name in ("nan", "-nan", "inf", "-inf"))
+RATES = (*DOUBLES, 30, 25, 30, {"uint16": 60}, *({"double": name} for name in ("nan", "-nan", "-nan", "inf", "-inf")))
 INPUTS = (1, 2, 3, 4, 0, ALL_ONES, *range(5, 13))
 STREAM_INFO = {
     **all_of(Draw.number, "channel", "framerate", "bitrate", "peers", "width", "height", "rotation", "monochrome",
@@ -181,7 +181,7 @@ STREAM_DEBUG = {
              *(f"tlm[{n}].reclaim_histogram" for n in range(9))),
     **all_of(SMALL, *(f"tlm[{n}].reclaim_count" for n in range(9)))}
 IDENTITIES = all_of(Draw.number, *("identity." + name for name in (
-    "alpha", "b ", "a", "a.x", "", 'wall "north"', "tab\there", "caf\u00e9", "back\\slash", "x/y", "\x01", "identity.")))
+    "alpha", "b ", "a", "a.x", "", 'wall "north"', "tab\there", "caf\u00e9", "back\\slash", "\x01", "identity.")))
 PEAKS = all_of(Draw.number, "global.capacity.peak", "global.encoded.peers.peak", "global.raw.peers.peak", "identity")
 MODE_INFO = all_of(
     Draw.any_value, "view", "capture", "capture.width", "captured", "available.modes", "views", "stream.fps", "a.b.c",

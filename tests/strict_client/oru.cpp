@@ -91,10 +91,16 @@ auto find_recorded(const call& made, const All& all, const typename All::key_typ
     return recorded(made, found == all.end() ? nothing : found->second, what, error);
 }
 
+// Returns the object's name in a message, which does not tell it from another of the same name.
+std::string described(gconstpointer object) {
+    const std::string& name = name_of(object);
+    return name.substr(0, name.find('#'));
+}
+
 // Returns the map `part` of the object.
 OruMap* map_of(const call& made, const answer<qw::map>& is, gconstpointer object, const char* part,
                GError** error) {
-    const qw::map* entries = recorded(made, is, name_of(object) + ": " + part, error);
+    const qw::map* entries = recorded(made, is, described(object) + ": " + part, error);
     return entries == nullptr ? nullptr
                               : made.gives_object(new_map(name_of(object) + ' ' + part, *entries));
 }
@@ -293,7 +299,7 @@ OruMap* oru_channel_get_info(OruChannel* channel, GError** error) {
 OruResolutions* oru_channel_get_resolutions(OruChannel* channel, OruMap* filter, GError** error) {
     const call made("oru_channel_get_resolutions", channel, filter, error);
     const std::string selection = text_in(entries_of(made.name(), filter), "select");
-    const std::string what = name_of(channel) + ": resolutions";
+    const std::string what = described(channel) + ": resolutions";
     const auto* by_name = recorded(made, record(made, channel).resolutions, what, error);
     const auto* sizes = by_name == nullptr ? nullptr
                                            : find_recorded(made, *by_name, selection,
@@ -317,7 +323,7 @@ gboolean oru_channel_get_crop(OruChannel* channel, guint32* x, guint32* y, guint
                               guint32* height, GError** error) {
     const call made("oru_channel_get_crop", channel, x, y, width, height, error);
     const auto* crop =
-        recorded(made, record(made, channel).crop, name_of(channel) + ": crop", error);
+        recorded(made, record(made, channel).crop, described(channel) + ": crop", error);
     return fill<4>(made, crop, {x, y, width, height});
 }
 
@@ -325,7 +331,7 @@ gboolean oru_channel_get_crop_max(OruChannel* channel, guint32* width, guint32* 
                                   GError** error) {
     const call made("oru_channel_get_crop_max", channel, width, height, error);
     const auto* crop_max =
-        recorded(made, record(made, channel).crop_max, name_of(channel) + ": crop_max", error);
+        recorded(made, record(made, channel).crop_max, described(channel) + ": crop_max", error);
     return fill<2>(made, crop_max, {width, height});
 }
 
@@ -349,14 +355,14 @@ OruMap* oru_input_get_info(OruInput* input, GError** error) {
 gboolean oru_input_get_crop(OruInput* input, guint32* x, guint32* y, guint32* width,
                             guint32* height, GError** error) {
     const call made("oru_input_get_crop", input, x, y, width, height, error);
-    const auto* crop = recorded(made, record(made, input).crop, name_of(input) + ": crop", error);
+    const auto* crop = recorded(made, record(made, input).crop, described(input) + ": crop", error);
     return fill<4>(made, crop, {x, y, width, height});
 }
 
 gboolean oru_input_get_resolution_unrotated(OruInput* input, const gchar* mode, guint32* width,
                                             guint32* height, GError** error) {
     const call made("oru_input_get_resolution_unrotated", input, mode, width, height, error);
-    const std::string what = name_of(input) + ": resolution_unrotated";
+    const std::string what = described(input) + ": resolution_unrotated";
     const auto* by_name = recorded(made, record(made, input).resolution_unrotated, what, error);
     const auto* size = by_name == nullptr
                            ? nullptr
@@ -371,7 +377,7 @@ OruOutput* oru_output_new(const gchar* name, GError** error) {
     const auto* output = all == nullptr ? nullptr : find_recorded(made, *all, 0, "output 0", error);
     return output == nullptr
                ? nullptr
-               : made.gives_object(open_object<OruOutput>("OruOutput", "output", *output));
+               : made.gives_object(open_object<OruOutput>("OruOutput", "output 0", *output));
 }
 
 OruMap* oru_output_get_info(OruOutput* output, GError** error) {

@@ -66,7 +66,7 @@ std::optional<std::string> map::to_json(std::string& out) const {
     for (const auto& [key, value] : *this) {
         const double* number = std::get_if<double>(&value.content);
         if (number != nullptr && !std::isfinite(*number)) {
-            return "'" + key + "' is not a finite number";
+            return "the value of '" + key + "' is not finite: JSON has no form for it";
         }
         text += (text.empty() ? "{" : ",") + quoted(key) + ':' + json_of(value);
     }

@@ -34,9 +34,7 @@ add_dependencies(calls_test strict-applet)
 oru_add_test(strict_client_test SOURCES strict_client/strict_client_test.cpp LIBS strict-client)
 
 # What they print, held against the model.
-if(ORU_CLIENT STREQUAL snapshot)
-    add_test(NAME strict.model
-             COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/model/compare.py
-                     ${ORU_STRICT_BIN_DIR} $<TARGET_FILE:redirect-etc-oru> 301 150)
-    set_tests_properties(strict.model PROPERTIES TIMEOUT 300 PROCESSORS 2)
-endif()
+add_test(NAME strict.model
+         COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/model/compare.py
+                 ${ORU_STRICT_BIN_DIR} $<TARGET_FILE:redirect-etc-oru> 301 150)
+set_tests_properties(strict.model PROPERTIES TIMEOUT 300 PROCESSORS 2)

@@ -21,6 +21,9 @@ if(ORU_CLIENT STREQUAL snapshot)
             FILES_MATCHING PATTERN *.json)
 endif()
 
+install(DIRECTORY packaging/prometheus/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/prometheus
+        FILES_MATCHING PATTERN *.yml)
+
 install(CODE "
     set(oru_source_dir \"${PROJECT_SOURCE_DIR}\")
     set(oru_build_dir \"${PROJECT_BINARY_DIR}\")

@@ -14,24 +14,37 @@ _oru_serverreport_tool() {
         --list-available-resolutions --list-inputs --help'
 }
 
-_oru_snapshots() {
+_oru_files() {
     local word=${COMP_WORDS[COMP_CWORD]}
-    mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.json' -- "$word")
+    mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X "!*.$1" -- "$word")
+}
+
+_oru_snapshots() {
+    _oru_files json
 }
 
 _oru_snapshot() {
     if ((COMP_CWORD == 1)); then
-        _oru_switches 'check record --help --version'
+        _oru_switches 'check record show graph metrics --help --version'
         return
     fi
     case ${COMP_WORDS[1]} in
-        check) _oru_snapshots ;;
+        check | show | graph) _oru_snapshots ;;
         record)
             case ${COMP_WORDS[COMP_CWORD - 1]} in
                 -o) _oru_snapshots ;;
                 --about) ;;
                 *) _oru_switches '-o --about --redact' ;;
             esac
+            ;;
+        metrics)
+            if [[ ${COMP_WORDS[COMP_CWORD]} == -* ]]; then
+                _oru_switches -o
+            elif [[ ${COMP_WORDS[COMP_CWORD - 1]} == -o ]]; then
+                _oru_files prom
+            else
+                _oru_snapshots
+            fi
             ;;
     esac
 }

@@ -8,7 +8,10 @@
 
 #include "snapshot/check.h"
 #include "snapshot/command.h"
+#include "snapshot/graph.h"
+#include "snapshot/metrics.h"
 #include "snapshot/record.h"
+#include "snapshot/show.h"
 
 namespace {
 
@@ -21,6 +24,9 @@ struct command {
 constexpr command commands[] = {
     {"check", "FILE...", check},
     {"record", "[-o FILE] [--about TEXT] [--redact]", record},
+    {"show", "[FILE]", show},
+    {"graph", "[FILE]", graph},
+    {"metrics", "[-o FILE] [FILE]", metrics},
 };
 
 std::string usage() {

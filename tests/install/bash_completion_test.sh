@@ -37,14 +37,17 @@ completes 'oru-tlm-tool --x'
 completes 'oru-serverreport-tool ' --list-streams --stream-quotas --list-output --list-channels \
     --list-resolutions --list-available-resolutions --list-inputs --help
 completes 'oru-serverreport-tool --list-o' --list-output
-completes 'oru-snapshot ' check record --help --version
+completes 'oru-snapshot ' check record show graph metrics --help --version
 completes 'oru-snapshot c' check
 completes 'oru-snapshot --help '
 completes 'oru-snapshot record ' -o --about --redact
 completes 'oru-snapshot record --redact --a' --about
 completes 'oru-snapshot record --about '
+completes 'oru-snapshot metrics -' -o
 
-# The help and the completion know the same switches.
+# The help and the completion know the same commands and switches.
+mapfile -t commands < <("$tools/oru-snapshot" --help | grep -o -E -e 'oru-snapshot [a-z]+' | cut -d ' ' -f 2)
+completes 'oru-snapshot ' "${commands[@]}" --help --version
 mapfile -t switches < <("$tools/oru-snapshot" --help | sed -n 's/.* record //p' | grep -o -E -e '-[a-z-]+')
 completes 'oru-snapshot record ' "${switches[@]}"
 for tool in oru-tlm-tool oru-serverreport-tool; do
@@ -56,11 +59,16 @@ directory=$(mktemp -d)
 trap 'rm -rf "$directory"' EXIT
 cd "$directory" || exit 1
 mkdir records
-touch one.json two.json notes.txt records/three.json
+touch one.json two.json notes.txt oru.prom records/three.json
 completes 'oru-snapshot check ' one.json two.json records
 completes 'oru-snapshot check one.json t' two.json
 completes 'oru-snapshot check records/' records/three.json
 completes 'oru-snapshot record --redact -o ' one.json two.json records
+completes 'oru-snapshot show ' one.json two.json records
+completes 'oru-snapshot graph t' two.json
+completes 'oru-snapshot metrics ' one.json two.json records
+completes 'oru-snapshot metrics -o ' oru.prom records
+completes 'oru-snapshot metrics -o oru.prom o' one.json
 
 ((failed)) || echo "bash completes as it should"
 exit $failed

@@ -49,11 +49,16 @@ everything='bin/oru-cgi-applet
 bin/oru-serverreport-tool
 bin/oru-snapshot
 bin/oru-tlm-tool
+lib/systemd/system/oru-metrics.service
+lib/systemd/system/oru-metrics.timer
 lib/systemd/system/oru-snapshot.socket
 lib/systemd/system/oru-snapshot@.service
 share/bash-completion/completions/oru-serverreport-tool
 share/bash-completion/completions/oru-snapshot
 share/bash-completion/completions/oru-tlm-tool
+share/doc/oru-cgi-applet/prometheus/oru.rules.test.yml
+share/doc/oru-cgi-applet/prometheus/oru.rules.yml
+share/doc/oru-cgi-applet/prometheus/prometheus.yml
 share/man/man1/oru-cgi-applet.1
 share/man/man1/oru-serverreport-tool.1
 share/man/man1/oru-snapshot.1

@@ -115,7 +115,8 @@ def main():
         cleanup.callback(subprocess.run, ["rm", "-rf", scratch])
         prefix = scratch / "prefix"
         subprocess.run([cmake, "--install", build, "--prefix", prefix], check=True, stdout=subprocess.DEVNULL)
-        units = [prefix / "lib/systemd/system" / name for name in ("oru-snapshot.socket", "oru-snapshot@.service")]
+        units = [prefix / "lib/systemd/system" / name for name in (
+            "oru-snapshot.socket", "oru-snapshot@.service", "oru-metrics.timer", "oru-metrics.service")]
         verify = subprocess.run(["systemd-analyze", "verify", *units], capture_output=True, text=True,
                                 env=dict(os.environ, MANPATH=str(prefix / "share/man")))
         compare("systemd-analyze verify", (0, ""), (verify.returncode, verify.stdout + verify.stderr))
@@ -123,6 +124,8 @@ def main():
         service = unit(units[1])
         compare("program", f"{prefix}/bin/oru-snapshot record", service["Service"]["ExecStart"])
         compare("source", "ORU_SNAPSHOT=/run/oru/snapshot.json", service["Service"]["Environment"])
+        compare("figures", f"{prefix}/bin/oru-snapshot metrics -o /var/lib/prometheus/node-exporter/oru.prom",
+                unit(units[3])["Service"]["ExecStart"])
 
         bin_dir = prefix / "bin"
         example = pathlib.Path(examples) / "two-input-encoder.json"

@@ -9,7 +9,7 @@ zmodload zsh/zpty
 typeset directory=${1:A} scratch=$(mktemp -d)
 trap 'rm -rf $scratch' EXIT
 mkdir $scratch/records
-touch $scratch/one.json $scratch/notes.txt
+touch $scratch/one.json $scratch/oru.prom $scratch/notes.txt
 
 # The shell under test shows nothing but what is asked for, between two marks.
 zpty shell zsh -f -i
@@ -62,6 +62,11 @@ completes 'oru-snapshot --v' 'oru-snapshot --version '
 completes 'oru-snapshot check o' 'oru-snapshot check one.json '
 completes 'oru-snapshot check rec' 'oru-snapshot check records/'
 completes 'oru-snapshot r' 'oru-snapshot record '
+completes 'oru-snapshot s' 'oru-snapshot show '
+completes 'oru-snapshot show o' 'oru-snapshot show one.json '
+completes 'oru-snapshot graph rec' 'oru-snapshot graph records/'
+completes 'oru-snapshot metrics -o or' 'oru-snapshot metrics -o oru.prom '
+completes 'oru-snapshot metrics -o oru.prom on' 'oru-snapshot metrics -o oru.prom one.json '
 completes 'oru-snapshot record --r' 'oru-snapshot record --redact '
 completes 'oru-snapshot record --redact -o o' 'oru-snapshot record --redact -o one.json '
 lists 'oru-tlm-tool --' '--stream-max-stats --system-info --identity-info --help'

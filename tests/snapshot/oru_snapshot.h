@@ -2,9 +2,11 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "support/run.h"
+#include "support/temp_directory.h"
 #include "support/tools.h"
 
 // `streams` says where its streams come from and go to.
@@ -13,4 +15,12 @@ inline result oru_snapshot(const std::vector<std::string>& arguments, command st
     streams.argv = {"oru-snapshot"};
     streams.argv.insert(streams.argv.end(), arguments.begin(), arguments.end());
     return run(streams);
+}
+
+// Runs it beside a service that answers what a snapshot of this text holds.
+inline result oru_snapshot_beside(std::string_view snapshot,
+                                  const std::vector<std::string>& arguments, command streams = {}) {
+    const temp_directory scratch;
+    streams.environment.push_back("ORU_SNAPSHOT=" + scratch.write("snapshot.json", snapshot));
+    return oru_snapshot(arguments, streams);
 }

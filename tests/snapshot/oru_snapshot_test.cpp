@@ -7,6 +7,9 @@ namespace {
 constexpr auto usage =
     "Usage: oru-snapshot check FILE...\n"
     "       oru-snapshot record [-o FILE] [--about TEXT] [--redact]\n"
+    "       oru-snapshot show [FILE]\n"
+    "       oru-snapshot graph [FILE]\n"
+    "       oru-snapshot metrics [-o FILE] [FILE]\n"
     "       oru-snapshot --help | --version\n";
 
 TEST(oru_snapshot, says_how_it_is_used) {
@@ -15,6 +18,14 @@ TEST(oru_snapshot, says_how_it_is_used) {
     EXPECT_EQ(oru_snapshot({}), ended(2, "", usage));
     EXPECT_EQ(oru_snapshot({"verify", "x"}), ended(2, "", usage));
     EXPECT_EQ(oru_snapshot({""}), ended(2, "", usage));
+    EXPECT_EQ(oru_snapshot({"show", "a", "b"}), ended(2, "", usage));
+    EXPECT_EQ(oru_snapshot({"show", "--all"}), ended(2, "", usage));
+    EXPECT_EQ(oru_snapshot({"graph", "a", "b"}), ended(2, "", usage));
+    EXPECT_EQ(oru_snapshot({"graph", "-x"}), ended(2, "", usage));
+    EXPECT_EQ(oru_snapshot({"metrics", "a", "b"}), ended(2, "", usage));
+    EXPECT_EQ(oru_snapshot({"metrics", "-x"}), ended(2, "", usage));
+    EXPECT_EQ(oru_snapshot({"metrics", "-o"}), ended(2, "", usage));
+    EXPECT_EQ(oru_snapshot({"metrics", "-o", "a", "b", "c"}), ended(2, "", usage));
     EXPECT_EQ(oru_snapshot({"--help", "x"}), ended(2, "", usage));
     EXPECT_EQ(oru_snapshot({"--version", "x"}), ended(2, "", usage));
 }

@@ -1,0 +1,68 @@
+#!/usr/bin/python3
+"""Shows, draws and counts random devices, hostile texts and broken snapshots among them: each of the
+three commands ends as it should and prints nothing that a terminal obeys, Graphviz draws every picture
+and promtool takes all figures, both without a word. Without Graphviz or promtool, its part is left out.
+
+usage: random_devices_test.py TREE TOOLS [FIRST COUNT]: the root of the source tree; where the tools are;
+the first seed and how many"""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import xml.dom.minidom
+
+
+def run(*command, given=b""):
+    return subprocess.run(command, input=given, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60)
+
+
+def complaints(program, path, dot, promtool):
+    """Yields what is wrong with what the program says of the snapshot."""
+    said = {command: run(program, command, path) for command in ("show", "graph", "metrics")}
+    for command, got in said.items():
+        for text in (got.stdout.decode(), got.stderr.decode()):
+            if any(ord(c) < 32 and c != "\n" or 0x7f <= ord(c) < 0xa0 for c in text):
+                yield f"{command}: a control character"
+
+    figures = said["metrics"].stdout.decode()
+    is_up = "\noru_up 1\n" in figures
+    for command, status in ("show", not is_up), ("graph", not is_up), ("metrics", 0):
+        if said[command].returncode != status or bool(said[command].stderr) == is_up:
+            yield f"{command}: status {said[command].returncode}, {said[command].stderr}"
+    series = [line.rsplit(" ", 1)[0] for line in figures.splitlines() if not line.startswith("#")]
+    if len(set(series)) != len(series):
+        yield "metrics: a series is told twice"
+
+    if promtool:
+        got = run(promtool, "check", "metrics", given=figures.encode())
+        if (got.returncode, got.stdout, got.stderr) != (0, b"", b""):
+            yield f"promtool: {got}"
+    if dot and is_up:
+        got = run(dot, "-Tsvg", given=said["graph"].stdout)
+        if (got.returncode, got.stderr) != (0, b""):
+            yield f"dot: {got}"
+        xml.dom.minidom.parseString(got.stdout)
+
+
+def main():
+    tree, tools = sys.argv[1:3]
+    first, count = map(int, sys.argv[3:] or (1, 60))
+    sys.path.insert(0, os.path.join(tree, "tests", "model"))
+    import generator  # pylint: disable=import-outside-toplevel
+    dot, promtool = shutil.which("dot"), shutil.which("promtool")
+    failed = 0
+    with tempfile.TemporaryDirectory() as scratch:
+        path = os.path.join(scratch, "snapshot.json")
+        for seed in range(first, first + count):
+            with open(path, "w", encoding="utf-8", errors="surrogateescape") as file:
+                file.write(generator.snapshot(seed))
+            for complaint in complaints(os.path.join(tools, "oru-snapshot"), path, dot, promtool):
+                failed += 1
+                print(f"seed {seed}: {complaint}")
+    print(f"{count} devices, {failed} complaints; drawn: {bool(dot)}, figures checked: {bool(promtool)}")
+    sys.exit(failed != 0)
+
+
+main()

@@ -58,8 +58,8 @@ std::string other_json(const native_map& map, const std::string& key) {
     }
     const auto value = value_in(object, R"("value")");
     if (!value || !is_json(*value)) {
-        throw not_recordable(
-            std::format("the JSON form of the value of '{}' is no JSON in UTF-8", printable(key)));
+        throw not_recordable(std::format(
+            "the JSON form of the value of '{}' is no JSON in UTF-8, or too deep", printable(key)));
     }
     std::string text(*value);
     return glz::minify_json(text);

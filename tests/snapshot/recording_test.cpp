@@ -358,15 +358,17 @@ TEST_F(recording, refuses_values_of_other_kinds_without_json) {
               "mode info: the value of 'k\\t' has no JSON form: the bus has no form for it");
     for (const char* json :
          {"", "nul", "[1", "1 2", "1, \"b\": 2", "'a'", "\"\xff\"", "\"\t\"", "/**/1"}) {
-        EXPECT_EQ(with({json}),
-                  "mode info: the JSON form of the value of 'k\\t' is no JSON in UTF-8")
+        EXPECT_EQ(
+            with({json}),
+            "mode info: the JSON form of the value of 'k\\t' is no JSON in UTF-8, or too deep")
             << json;
     }
     const auto nested = [&](std::size_t levels) {
         return with({std::string(levels, '[') + std::string(levels, ']')});
     };
     EXPECT_EQ(nested(256), std::nullopt);
-    EXPECT_EQ(nested(257), "mode info: the JSON form of the value of 'k\\t' is no JSON in UTF-8");
+    EXPECT_EQ(nested(257),
+              "mode info: the JSON form of the value of 'k\\t' is no JSON in UTF-8, or too deep");
 }
 
 TEST_F(recording, refuses_formats_that_have_one_name_or_an_odd_one) {

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Runs both tools under valgrind, with every switch, on every snapshot named: valgrind.sh BIN SNAPSHOT...
+# Runs both tools under valgrind, with every switch, and the recorder, on every snapshot named:
+# valgrind.sh BIN SNAPSHOT...
 # Any error, and any block that is lost, ends in a failure; tests/support/valgrind.supp names the
 # only exception. Blocks that are lost "indirectly" hang on one that is lost and is told of, or is
 # the exception: a client may give its maps memory whenever they are asked for something. Blocks that
@@ -35,6 +36,7 @@ for snapshot; do
     for switch in -l -q -o -c -r -a -i -lqcai --help --foo; do
         check "$snapshot" oru-serverreport-tool "$switch"
     done
+    check "$snapshot" oru-snapshot record
 done
 echo "$runs runs"
 exit "$status"

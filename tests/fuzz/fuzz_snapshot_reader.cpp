@@ -70,18 +70,8 @@ void check_all(const auto&... answers) {
     (std::visit([](const auto& is) { check(is); }, answers), ...);
 }
 
-template <class Record>
-void check(const oru::indexed<Record>& list) {
-    require(std::ranges::is_sorted(list.index), "an index ascends");
-    for (const auto& [id, place] : list.index) {
-        require(place < list.all.size() && list.all[place].id == id,
-                "an index leads to its record");
-    }
-}
-
 void check(const oru::document& doc) {
-    check_all(doc.stream_debug, doc.stream_quota, doc.stream_limit, doc.channel_info, doc.inputs,
-              doc.outputs);
+    check_all(doc.stream_debug, doc.stream_quota, doc.stream_limit, doc.channel_info);
     if (const auto* system = std::get_if<oru::system_record>(&doc.system)) {
         check_all(system->caps);
     }
@@ -101,13 +91,15 @@ void check(const oru::document& doc) {
             }
         }
     }
-    if (const auto* inputs = std::get_if<oru::indexed<oru::input_record>>(&doc.inputs)) {
-        for (const auto& input : inputs->all) {
+    if (const auto* inputs = std::get_if<std::vector<oru::input_record>>(&doc.inputs)) {
+        require(std::ranges::is_sorted(*inputs, {}, &oru::input_record::id), "inputs ascend");
+        for (const auto& input : *inputs) {
             check_all(input.info, input.crop, input.resolution_unrotated);
         }
     }
-    if (const auto* outputs = std::get_if<oru::indexed<oru::output_record>>(&doc.outputs)) {
-        for (const auto& output : outputs->all) {
+    if (const auto* outputs = std::get_if<std::vector<oru::output_record>>(&doc.outputs)) {
+        require(std::ranges::is_sorted(*outputs, {}, &oru::output_record::id), "outputs ascend");
+        for (const auto& output : *outputs) {
             check_all(output.info, output.settings);
         }
     }

@@ -226,12 +226,12 @@ TEST(Document, RefusesTheWrongKindOfValue) {
         {R"({"mode":{"info":"x"}})", "1:17: expected a map (an object), found '\"'"},
         {R"({"stream":[]})", "1:11: expected the streams (an object), found '['"},
         {R"({"stream":{"all":[1]}})", "1:19: expected a stream (an object), found '1'"},
-        {R"({"stream":{"all":1}})", "1:18: expected an array of objects, found '1'"},
+        {R"({"stream":{"all":1}})", "1:18: expected an array of streams, found '1'"},
         {R"({"stream":{"all":{}}})", "1:18: expected an array of streams, found an empty object"},
         {R"({"channel":{"all":{"id":1}}})", "1:20: unknown member 'id'"},
         {R"({"about":{}})", "1:10: expected a text, found '{'"},
         {R"({"about":null})", "1:10: expected a text, found 'n'"},
-        {R"({"channel":{"filtered":5}})", "1:24: expected an array of objects, found '5'"},
+        {R"({"channel":{"filtered":5}})", "1:24: expected an array of channels, found '5'"},
         {R"({"channel":{"filtered":{}}})",
          "1:24: expected an array of channels, found an empty object"},
         {R"({"channel":{"filtered":{"id":1}}})", "1:25: unknown member 'id'"},
@@ -310,7 +310,7 @@ TEST(Failure, StandsInThePlaceOfAnyAnswer) {
     const auto lists = std::get<std::span<const oru::resolution_list>>(channels[1].resolutions);
     EXPECT_EQ(failure_of(lists[0].is), "available");
     EXPECT_EQ(failure_of(lists[1].is), "(no failure)");
-    const auto& inputs = std::get<oru::indexed<oru::input_record>>(doc.inputs).all;
+    const auto& inputs = std::get<std::vector<oru::input_record>>(doc.inputs);
     EXPECT_STREQ(inputs[0].fails->message, "input 1");
     EXPECT_STREQ(inputs[1].fails->message, "input 2");
     EXPECT_FALSE(inputs[2].fails);
@@ -319,7 +319,7 @@ TEST(Failure, StandsInThePlaceOfAnyAnswer) {
         failure_of(
             std::get<std::span<const oru::mode_resolution>>(inputs[3].resolution_unrotated)[0].is),
         "capture");
-    EXPECT_STREQ(std::get<oru::indexed<oru::output_record>>(doc.outputs).all[0].fails->message,
+    EXPECT_STREQ(std::get<std::vector<oru::output_record>>(doc.outputs)[0].fails->message,
                  "output 0");
 }
 
@@ -442,6 +442,9 @@ TEST(Value, TakesItsKindFromItsForm) {
     EXPECT_TRUE(is_value("-1", std::int64_t{-1}));
     EXPECT_TRUE(is_value("9223372036854775807", std::numeric_limits<std::int64_t>::max()));
     EXPECT_TRUE(is_value("-9223372036854775808", std::numeric_limits<std::int64_t>::min()));
+    EXPECT_TRUE(is_value("999999999999999999", std::int64_t{999999999999999999}));
+    EXPECT_TRUE(is_value("-999999999999999999", std::int64_t{-999999999999999999}));
+    EXPECT_TRUE(is_value("1000000000000000000", std::int64_t{1000000000000000000}));
     EXPECT_TRUE(is_value("[1920,1080]", qw::pair32u(1920, 1080)));
     EXPECT_TRUE(is_value(" [ 0 , 4294967295 ] ", qw::pair32u(0, 4294967295)));
     EXPECT_TRUE(is_value(R"({"uint16":0})", std::uint16_t{0}));
@@ -461,6 +464,8 @@ TEST(Value, ReadsDoublesCorrectlyRounded) {
     EXPECT_TRUE(is_double("-0.0", -0.0));
     EXPECT_TRUE(is_double("-0e5", -0.0));
     EXPECT_TRUE(is_double("29.97", 29.97));
+    EXPECT_TRUE(is_double("123456789012345678.5", 123456789012345678.5));
+    EXPECT_TRUE(is_double("-0.5", -0.5));
     EXPECT_TRUE(is_double("0.1", 0.1));
     EXPECT_TRUE(is_double("1.7976931348623157e308", std::numeric_limits<double>::max()));
     EXPECT_TRUE(is_double("5e-324", 5e-324));
@@ -637,6 +642,10 @@ TEST(Value, RefusesEveryOtherForm) {
         {"falsE", "1: expected true or false, found 'f'"},
         {"truex", "5: expected ',' or '}', found 'x'"},
         {"01", number},
+        {"0000000000000000001", number},
+        {"00000000000000000000000000000", number},
+        {"999999999999999999x", number},
+        {"99999999999999999999-", number},
         {"-01", number},
         {"-", number},
         {"--1", number},
@@ -713,6 +722,32 @@ TEST(String, DecodesEveryEscape) {
     EXPECT_TRUE(is_value("\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\x7f\"",
                          "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\x7f"sv));
     EXPECT_TRUE(is_value(R"("// no comment /* either */")", "// no comment /* either */"sv));
+}
+
+// Whatever stands around it, in whatever part of a word of the processor.
+TEST(String, EndsAtItsQuoteWhereverThatStands) {
+    for (std::size_t size = 0; size < 40; ++size) {
+        for (const char c : {'a', '!', '\x7f', '#', ']', '['}) {
+            const std::string text(size, c);
+            EXPECT_TRUE(is_value('"' + text + '"', std::string_view(text)));
+        }
+        for (std::size_t at = 0; at + 2 <= size; ++at) {
+            std::string text(size, 'x');
+            std::string expected = text;
+            text.replace(at, 2, "\\n");
+            expected.replace(at, 2, "\n");
+            EXPECT_TRUE(is_value('"' + text + '"', std::string_view(expected))) << text;
+            text.replace(at, 2, "\xC3\xA9");
+            EXPECT_TRUE(is_value('"' + text + '"', std::string_view(text))) << text;
+            text.replace(at, 2, "\x1f\x80");
+            EXPECT_EQ(value_complaint('"' + text + '"'),
+                      std::format("{}: this is not valid UTF-8", at + 3));
+            text.replace(at, 2, "\x1f!");
+            EXPECT_EQ(
+                value_complaint('"' + text + '"'),
+                std::format("{}: a string holds this control character only as an escape", at + 2));
+        }
+    }
 }
 
 TEST(String, IsFollowedByANul) {
@@ -878,11 +913,10 @@ TEST(Many, InputsAreFoundByTheirIds) {
     }
     const auto loaded = load(R"({"input":{"all":[)" + all + "]}}");
     ASSERT_TRUE(loaded) << loaded.error();
-    const auto& inputs = std::get<oru::indexed<oru::input_record>>((*loaded)->inputs);
-    ASSERT_EQ(inputs.index.size(), 20'000U);
+    const auto& inputs = std::get<std::vector<oru::input_record>>((*loaded)->inputs);
+    ASSERT_EQ(inputs.size(), 20'000U);
     for (std::uint32_t id = 0; id < 20'000; ++id) {
-        ASSERT_EQ(inputs.index[id].first, id);
-        ASSERT_EQ(inputs.all[inputs.index[id].second].id, id);
+        ASSERT_EQ(inputs[id].id, id);
     }
 }
 

@@ -1,6 +1,6 @@
-#include "check_snapshot.h"
+#include "video/snapshot/check_snapshot.h"
 
-#include "snapshot.h"
+#include "video/snapshot/snapshot.h"
 
 namespace oru {
 

@@ -1,6 +1,5 @@
 // The one question about snapshots that a program asks which is more than a client of the service.
-#ifndef ORU_SNAPSHOT_CHECK_SNAPSHOT_H
-#define ORU_SNAPSHOT_CHECK_SNAPSHOT_H
+#pragma once
 
 #include <string>
 
@@ -11,5 +10,3 @@ namespace oru {
 std::string check_snapshot(const std::string& path);
 
 }  // namespace oru
-
-#endif

@@ -1,22 +1,19 @@
 // What a snapshot says: one record for each object of the video service, one answer for each
 // question that can be asked. Everything points into the document itself, which nothing changes
 // once it was read.
-#ifndef ORU_SNAPSHOT_DOCUMENT_H
-#define ORU_SNAPSHOT_DOCUMENT_H
+#pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory_resource>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 #include <vector>
 
-#include "oru.h"
-#include "qwire.h"
+#include <oru.h>
+#include <qwire.h>
 
 namespace oru {
 
@@ -87,13 +84,6 @@ struct format_record {
     std::uint32_t code;
 };
 
-// The records of a list, and where each stands, ascending by its id.
-template <class Record>
-struct indexed {
-    std::vector<Record> all;
-    std::vector<std::pair<std::uint32_t, std::size_t>> index;
-};
-
 struct document {
     std::string text;                           // of the file; texts without escapes stay in it
     std::pmr::monotonic_buffer_resource arena;  // what could not stay in the text, and the entries
@@ -105,11 +95,9 @@ struct document {
     answer<map_entries> channel_info;
     answer<std::vector<channel_record>> channels;
     answer<std::vector<channel_record>> channels_filtered;  // by the key "input"
-    answer<indexed<input_record>> inputs;
-    answer<indexed<output_record>> outputs;
+    answer<std::vector<input_record>> inputs;               // these two ascend by id
+    answer<std::vector<output_record>> outputs;
     std::optional<std::vector<format_record>> formats;
 };
 
 }  // namespace oru
-
-#endif

@@ -1,631 +1,380 @@
-#include "document_reader.h"
+#include "video/snapshot/document_reader.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <format>
 #include <functional>
-#include <limits>
-#include <memory>
-#include <type_traits>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
 
-#include "json_reader.h"
+#include "video/snapshot/failures.h"
+#include "video/snapshot/json_reader.h"
+#include "video/snapshot/keys.h"
+#include "video/snapshot/map_reader.h"
 
 namespace oru {
 namespace {
 
-using namespace std::string_view_literals;
-
-constexpr auto error_member = "$error"sv;
-
-constexpr std::pair<std::string_view, double> not_finite[] = {
-    {"nan", std::numeric_limits<double>::quiet_NaN()},
-    {"-nan", -std::numeric_limits<double>::quiet_NaN()},
-    {"inf", std::numeric_limits<double>::infinity()},
-    {"-inf", -std::numeric_limits<double>::infinity()},
-};
-
-// What was read, and the place in the text that names it.
-template <class T>
-struct placed {
-    T is;
-    const char* at;
-};
-
-// Sorts by key, then by place. Returns the first repetition in the order of the text, or NULL.
-template <class T, class Key>
-const placed<T>* sort_and_find_repetition(std::vector<placed<T>>& items, Key key) {
-    const auto key_of = [&](const placed<T>& item) { return std::invoke(key, item.is); };
-    std::ranges::sort(items, {},
-                      [&](const placed<T>& item) { return std::pair(key_of(item), item.at); });
-    const placed<T>* first = nullptr;
-    for (std::size_t i = 1; i < items.size(); ++i) {
-        if (key_of(items[i - 1]) == key_of(items[i]) && (!first || items[i].at < first->at)) {
-            first = &items[i];
-        }
-    }
-    return first;
-}
-
-// Complains about the first name that repeats an earlier one.
-template <class T, class Name>
-void refuse_repeated_names(std::vector<placed<T>>& items, Name name) {
-    if (const auto* repeated = sort_and_find_repetition(items, name)) {
-        throw complaint{repeated->at, std::format("duplicate member {}",
-                                                  quoted(std::invoke(name, repeated->is)))};
-    }
-}
-
 class document_reader {
   public:
-    explicit document_reader(document& doc) : doc_(doc), in_(doc.text, doc.arena) {}
+    explicit document_reader(document& doc) : doc_(doc), in_(doc.text, doc.arena), maps_(in_) {}
 
     void read();
 
   private:
-    using entry = qw::map::entry;
+    using self = document_reader;
 
-    // Answers.
-    failure read_failure_text();
-    failure read_failure(std::string_view what);
-    template <class Read>
-    auto array_or_failure(std::string_view what, Read&& read) -> answer<std::invoke_result_t<Read>>;
+    // A member of an object: its name, and what reads its value into the object's record.
     template <class Record>
-    answer<Record> read_single(std::string_view what, std::string_view name,
-                               answer<map_entries> Record::* member);
-    template <class T, class Read>
-    answer<std::span<const named<T>>> read_named(std::string_view what,
-                                                 std::vector<placed<named<T>>>& scratch,
-                                                 std::string_view element, Read&& read);
-    answer<map_entries> read_map();
-    template <class Read>
-    std::optional<failure> members_or_failure(std::string_view what, Read&& read);
+    struct member {
+        std::string_view name;
+        void (*read)(self& in, Record& record);
+    };
+    template <class Record, std::size_t N>
+    void read_members(std::string_view what, const member<Record> (&members)[N], Record& record);
 
-    // Parts of answers.
-    map_entries read_properties();
-    void read_entry(const word& key);
-    map_entries keep_entries();
-    qw::value read_value();
-    qw::value read_number();
-    qw::value read_typed_value();
-    std::int64_t read_int64();
-    double read_double();
-    std::string_view read_bytes();
-    template <std::size_t N>
-    std::array<std::uint32_t, N> read_naturals(std::string_view what);
-    rectangle read_rectangle();
-    OruResolution read_resolution();
-    std::span<const OruResolution> read_resolutions();
-
-    // Objects of the service.
-    std::uint32_t read_id();
-    template <class Record, class Read>
-    std::vector<Record> read_list(Read&& read_record);
-    template <class Record, class Read>
-    void read_indexed(std::string_view what, answer<indexed<Record>>& list, Read&& read_record);
+    // Objects of which there is one.
+    template <class Record>
+    struct record_or_failure {
+        Record record;
+        std::optional<failure> fails;
+    };
+    template <class Record, std::size_t N>
+    answer<Record> read_one(std::string_view what,
+                            const member<record_or_failure<Record>> (&members)[N]);
+    answer<system_record> read_system();
+    answer<mode_record> read_mode();
     void read_streams();
     void read_channels();
-    answer<std::vector<channel_record>> read_channel_list();
-    void read_formats();
-    stream_record read_stream();
-    channel_record read_channel();
-    template <class Record, class Read>
-    Record read_opened(std::string_view what, std::span<const std::string_view> names, Read&& read);
-    input_record read_input();
-    output_record read_output();
+    void read_inputs();
+    void read_outputs();
+    std::vector<format_record> read_formats();
 
-    // Copies what was gathered into the document.
-    template <class Item, class Part = std::identity>
-    auto keep(const std::vector<Item>& items, Part part = {}) {
-        using kept_type = std::remove_cvref_t<std::invoke_result_t<Part, const Item&>>;
-        static_assert(std::is_trivially_destructible_v<kept_type>);  // the arena destroys nothing
-        auto* kept = static_cast<kept_type*>(
-            doc_.arena.allocate(items.size() * sizeof(kept_type), alignof(kept_type)));
-        for (kept_type* at = kept; const Item& item : items) {
-            std::construct_at(at++, std::invoke(part, item));
-        }
-        return std::span<const kept_type>(kept, items.size());
-    }
+    // Objects of which there are lists. Each of the functions that read one returns the place of an
+    // id that no other of the list may have, or NULL.
+    template <class Record>
+    using record_reader = const char* (self::*)(Record& record);
+    template <class Record>
+    answer<std::vector<Record>> read_list(std::string_view what, record_reader<Record> read);
+    template <class Record>
+    answer<std::vector<Record>> read_by_id(std::string_view what, record_reader<Record> read);
+    template <class Record, std::size_t N>
+    const char* read_opened(std::string_view what, const member<Record> (&members)[N],
+                            Record& record);
+    const char* read_stream(stream_record& stream);
+    const char* read_channel(channel_record& channel);
+    const char* read_input(input_record& input);
+    const char* read_output(output_record& output);
+    std::uint32_t read_id();
+
+    // Answers, maps apart.
+    answer<rectangle> read_rectangle();
+    answer<OruResolution> read_size();
+    answer<std::span<const OruResolution>> read_sizes();
+    template <class T>
+    using named_answers = named_items<named<T>, &named<T>::name>;
+    template <class T>
+    answer<std::span<const named<T>>> read_resolutions(named_answers<T>& scratch,
+                                                       answer<T> (self::*read)());
 
     document& doc_;
     json_reader in_;
+    map_reader maps_;
+    const char* id_place_ = nullptr;  // in the record that is being read, once it has an id
 
-    // Used again by every map and list, so that they grow only for the largest.
-    std::vector<placed<entry>> entries_;
-    bool ascending_ = true;  // the keys of the entries, as far as they were read
-    std::string bytes_;
-    std::vector<placed<resolution_list>> lists_;
-    std::vector<placed<mode_resolution>> modes_;
-    std::vector<OruResolution> resolutions_;
-    std::vector<placed<std::uint32_t>> ids_;  // of the list being read
+    // Used again by every list, so that they grow only for the largest.
+    std::vector<placed_key<std::uint32_t>> ids_;
+    named_answers<std::span<const OruResolution>> lists_;
+    named_answers<OruResolution> modes_;
+    std::vector<OruResolution> sizes_;
 };
 
 void document_reader::read() {
-    static constexpr std::array names{"system"sv, "mode"sv,   "stream"sv,  "channel"sv,
-                                      "input"sv,  "output"sv, "formats"sv, "about"sv};
-    in_.object("a snapshot (an object)", names, [&](std::size_t which, const word&) {
-        switch (which) {
-            case 0:
-                doc_.system = read_single("the system (an object)", "caps", &system_record::caps);
-                break;
-            case 1:
-                doc_.mode = read_single("the mode (an object)", "info", &mode_record::info);
-                break;
-            case 2:
-                read_streams();
-                break;
-            case 3:
-                read_channels();
-                break;
-            case 4:
-                read_indexed("the inputs (an object)", doc_.inputs, [&] { return read_input(); });
-                break;
-            case 5:
-                read_indexed("the outputs (an object)", doc_.outputs,
-                             [&] { return read_output(); });
-                break;
-            case 6:
-                read_formats();
-                break;
-            default:
-                in_.string("a text");  // for people alone
-        }
-    });
+    static constexpr member<document> members[] = {
+        {"about", [](self& in, document&) { in.in_.string("a text"); }},  // for people alone
+        {"system", [](self& in, document& doc) { doc.system = in.read_system(); }},
+        {"mode", [](self& in, document& doc) { doc.mode = in.read_mode(); }},
+        {"stream", [](self& in, document&) { in.read_streams(); }},
+        {"channel", [](self& in, document&) { in.read_channels(); }},
+        {"input", [](self& in, document&) { in.read_inputs(); }},
+        {"output", [](self& in, document&) { in.read_outputs(); }},
+        {"formats", [](self& in, document& doc) { doc.formats = in.read_formats(); }},
+    };
+    read_members("a snapshot (an object)", members, doc_);
     in_.finish();
 }
 
-// --- Answers ------------------------------------------------------------------------------------
-
-failure document_reader::read_failure_text() {
-    return {in_.string("the text of a failure").text.data()};
+// Reads an object of these members, each at most once.
+template <class Record, std::size_t N>
+void document_reader::read_members(std::string_view what, const member<Record> (&members)[N],
+                                   Record& record) {
+    in_.object(what, members, [&](const auto& member, const word&) { member.read(*this, record); });
 }
 
-failure document_reader::read_failure(std::string_view what) {
-    in_.peek();
-    const char* begin = in_.place();
-    failure fails{nullptr};
-    in_.object(what, std::array{error_member},
-               [&](std::size_t, const word&) { fails = read_failure_text(); });
-    if (!fails.message) {
-        throw complaint{begin, std::format("expected {}, found an empty object", what)};
-    }
-    return fails;
-}
+// --- Objects of which there is one --------------------------------------------------------------
 
-template <class Read>
-auto document_reader::array_or_failure(std::string_view what, Read&& read)
-    -> answer<std::invoke_result_t<Read>> {
-    if (in_.peek() == '{') {
-        return read_failure(what);
-    }
-    return read();
-}
-
-// Reads an object whose one member is `name`, or a failure in its place.
-template <class Record>
-answer<Record> document_reader::read_single(std::string_view what, std::string_view name,
-                                            answer<map_entries> Record::* member) {
-    Record record;
-    std::optional<failure> fails;
-    int members = 0;
-    in_.object(what, std::array{error_member, name}, [&](std::size_t which, const word& key) {
-        if (which == 0) {
-            fails = read_failure_text();
-        } else {
-            record.*member = read_map();
-        }
-        if (++members > 1) {
-            throw complaint{key.at, "a failure has no other member"};
-        }
-    });
-    if (fails) {
-        return *fails;
-    }
-    return record;
-}
-
-// Reads an object of any names, `read(name)` each member's value. Returns the failure that may
-// stand in its place: one without any other member.
-template <class Read>
-std::optional<failure> document_reader::members_or_failure(std::string_view what, Read&& read) {
-    std::optional<failure> fails;
+template <class Record, std::size_t N>
+answer<Record> document_reader::read_one(std::string_view what,
+                                         const member<record_or_failure<Record>> (&members)[N]) {
+    record_or_failure<Record> found;
     bool other_members = false;
-    in_.object(what, [&](const word& name) {
-        const bool failing = name.text == error_member && in_.peek() == '"';
-        if (fails || (failing && other_members)) {
+    in_.object(what, members, [&](const auto& member, const word& name) {
+        member.read(*this, found);
+        if (found.fails && other_members) {
             throw complaint{name.at, "a failure has no other member"};
         }
-        if (failing) {
-            fails = read_failure_text();
-        } else {
-            other_members = true;
-            read(name);
-        }
+        other_members = true;
     });
-    return fails;
-}
-
-// Reads an object of any names, each with an answer, or a failure in its place.
-template <class T, class Read>
-answer<std::span<const named<T>>> document_reader::read_named(
-    std::string_view what, std::vector<placed<named<T>>>& scratch, std::string_view element,
-    Read&& read) {
-    scratch.clear();
-    const auto fails = members_or_failure(what, [&](const word& name) {
-        scratch.push_back({{name.text, array_or_failure(element, read)}, name.at});
-    });
-    if (fails) {
-        return *fails;
+    if (found.fails) {
+        return *found.fails;
     }
-    refuse_repeated_names(scratch, &named<T>::name);
-    return keep(scratch, &placed<named<T>>::is);
+    return found.record;
 }
 
-answer<map_entries> document_reader::read_map() {
-    entries_.clear();
-    const auto fails =
-        members_or_failure("a map (an object)", [&](const word& key) { read_entry(key); });
-    if (fails) {
-        return *fails;
-    }
-    return keep_entries();
+answer<system_record> document_reader::read_system() {
+    using found = record_or_failure<system_record>;
+    static constexpr member<found> members[] = {
+        {error_member, [](self& in, found& system) { system.fails = read_failure_text(in.in_); }},
+        {"caps", [](self& in, found& system) { system.record.caps = in.maps_.read(); }},
+    };
+    return read_one("the system (an object)", members);
 }
 
-// --- Parts of answers ---------------------------------------------------------------------------
-
-// A map that is no answer, so that no failure can stand in its place.
-map_entries document_reader::read_properties() {
-    entries_.clear();
-    in_.object("a map (an object)", [&](const word& key) { read_entry(key); });
-    return keep_entries();
-}
-
-void document_reader::read_entry(const word& key) {
-    const qw::value value = read_value();
-    ascending_ = entries_.empty() || (ascending_ && entries_.back().is.key < key.text);
-    entries_.push_back({{key.text, value}, key.at});
-}
-
-map_entries document_reader::keep_entries() {
-    if (!entries_.empty() && !ascending_) {
-        refuse_repeated_names(entries_, &entry::key);
-    }
-    return keep(entries_, &placed<entry>::is);
-}
-
-qw::value document_reader::read_value() {
-    switch (in_.peek()) {
-        case 't':
-        case 'f':
-            return in_.boolean("true or false");
-        case '"':
-            return in_.string("a text").text;
-        case '[': {
-            const auto [first, second] = read_naturals<2>("a pair (an array of two)");
-            return qw::pair32u(first, second);
-        }
-        case '{':
-            return read_typed_value();
-        default:
-            return read_number();
-    }
-}
-
-qw::value document_reader::read_number() {
-    const number written = in_.number("a map value");
-    if (!written.whole) {
-        return in_.double_value(written);
-    }
-    const std::int64_t value = in_.whole_value(written);
-    if (value >= 0 && value <= UINT32_MAX) {
-        return static_cast<std::uint32_t>(value);
-    }
-    return value;
-}
-
-qw::value document_reader::read_typed_value() {
-    const char* begin = in_.place();
-    std::optional<qw::value> value;
-    in_.object("'{'", [&](const word& kind) {
-        if (value) {
-            throw complaint{kind.at, "a typed value has one member"};
-        }
-        if (kind.text == "uint16") {
-            value = static_cast<std::uint16_t>(in_.natural(UINT16_MAX));
-        } else if (kind.text == "uint32") {
-            value = in_.natural();
-        } else if (kind.text == "int64") {
-            value = read_int64();
-        } else if (kind.text == "double") {
-            value = read_double();
-        } else if (kind.text == "bytes") {
-            value = read_bytes();
-        } else if (kind.text == "other") {
-            value = qw::other{in_.any_value()};
-        } else {
-            throw complaint{kind.at, std::format("unknown kind of value {}", quoted(kind.text))};
-        }
-    });
-    if (!value) {
-        throw complaint{begin, "expected a typed value, found an empty object"};
-    }
-    return *value;
-}
-
-std::int64_t document_reader::read_int64() {
-    return in_.whole_value(in_.number("a whole number"));
-}
-
-double document_reader::read_double() {
-    constexpr auto what = R"(a number, "nan", "-nan", "inf" or "-inf")"sv;
-    if (in_.peek() != '"') {
-        return in_.double_value(in_.number(what));
-    }
-    const word written = in_.string(what);
-    for (const auto& [name, value] : not_finite) {
-        if (written.text == name) {
-            return value;
-        }
-    }
-    throw complaint{written.at, std::format("expected {}", what)};
-}
-
-// A string of any bytes but NUL, written as lower-case hexadecimal digits.
-std::string_view document_reader::read_bytes() {
-    constexpr auto digits = "0123456789abcdef"sv;
-    const word written = in_.string("hexadecimal digits");
-    bytes_.clear();
-    for (std::size_t i = 0; i < written.text.size(); i += 2) {
-        const auto high = digits.find(written.text[i]);
-        const auto low = digits.find(written.text.data()[i + 1]);  // the NUL behind it is none
-        if (high == std::string_view::npos || low == std::string_view::npos) {
-            throw complaint{written.at, "expected pairs of lower-case hexadecimal digits"};
-        }
-        if (high == 0 && low == 0) {
-            throw complaint{written.at, "a text cannot hold a NUL"};
-        }
-        bytes_ += static_cast<char>(high << 4 | low);
-    }
-    return in_.keep(bytes_);
-}
-
-template <std::size_t N>
-std::array<std::uint32_t, N> document_reader::read_naturals(std::string_view what) {
-    std::array<std::uint32_t, N> numbers;
-    in_.take('[', what);
-    for (std::size_t i = 0; i < N; ++i) {
-        if (i > 0) {
-            in_.take(',', "','");
-        }
-        numbers[i] = in_.natural();
-    }
-    in_.take(']', "']'");
-    return numbers;
-}
-
-rectangle document_reader::read_rectangle() {
-    const auto [x, y, width, height] = read_naturals<4>("[x, y, width, height]");
-    return {x, y, width, height};
-}
-
-OruResolution document_reader::read_resolution() {
-    const auto [width, height] = read_naturals<2>("[width, height]");
-    return {width, height};
-}
-
-std::span<const OruResolution> document_reader::read_resolutions() {
-    resolutions_.clear();
-    in_.array("an array of resolutions", [&] { resolutions_.push_back(read_resolution()); });
-    return keep(resolutions_);
-}
-
-// --- Objects of the service ---------------------------------------------------------------------
-
-std::uint32_t document_reader::read_id() {
-    in_.peek();
-    const char* place = in_.place();
-    const std::uint32_t id = in_.natural();
-    ids_.push_back({id, place});
-    return id;
-}
-
-template <class Record, class Read>
-std::vector<Record> document_reader::read_list(Read&& read_record) {
-    std::vector<Record> all;
-    ids_.clear();
-    in_.array("an array of objects", [&] { all.push_back(read_record()); });
-    if (const auto* repeated = sort_and_find_repetition(ids_, std::identity())) {
-        const char* why = *repeated->at == '{' ? ", which is that of a channel without one" : "";
-        throw complaint{repeated->at, std::format("id {} is recorded twice{}", repeated->is, why)};
-    }
-    return all;
-}
-
-template <class Record, class Read>
-void document_reader::read_indexed(std::string_view what, answer<indexed<Record>>& list,
-                                   Read&& read_record) {
-    in_.object(what, std::array{"all"sv}, [&](std::size_t, const word&) {
-        list = array_or_failure("an array of objects", [&] {
-            indexed<Record> records{read_list<Record>(read_record), {}};
-            for (std::size_t i = 0; i < records.all.size(); ++i) {
-                records.index.emplace_back(records.all[i].id, i);
-            }
-            std::ranges::sort(records.index);
-            return records;
-        });
-    });
+answer<mode_record> document_reader::read_mode() {
+    using found = record_or_failure<mode_record>;
+    static constexpr member<found> members[] = {
+        {error_member, [](self& in, found& mode) { mode.fails = read_failure_text(in.in_); }},
+        {"info", [](self& in, found& mode) { mode.record.info = in.maps_.read(); }},
+    };
+    return read_one("the mode (an object)", members);
 }
 
 void document_reader::read_streams() {
-    static constexpr std::array names{"debug"sv, "quota"sv, "limit"sv, "all"sv};
-    in_.object("the streams (an object)", names, [&](std::size_t which, const word&) {
-        switch (which) {
-            case 0:
-                doc_.stream_debug = read_map();
-                break;
-            case 1:
-                doc_.stream_quota = read_map();
-                break;
-            case 2:
-                doc_.stream_limit = read_map();
-                break;
-            default:
-                doc_.streams = array_or_failure("an array of streams", [&] {
-                    return read_list<stream_record>([&] { return read_stream(); });
-                });
-        }
-    });
-}
-
-stream_record document_reader::read_stream() {
-    static constexpr std::array names{"id"sv, "info"sv, "settings"sv, "debug"sv};
-    stream_record stream;
-    in_.object("a stream (an object)", names, [&](std::size_t which, const word&) {
-        switch (which) {
-            case 0:
-                stream.id = read_id();
-                if (stream.id == 0) {
-                    ids_.pop_back();  // several streams may have it
-                }
-                break;
-            case 1:
-                stream.info = read_map();
-                break;
-            case 2:
-                stream.settings = read_map();
-                break;
-            default:
-                stream.debug = read_map();
-        }
-    });
-    return stream;
+    static constexpr member<document> members[] = {
+        {"debug", [](self& in, document& doc) { doc.stream_debug = in.maps_.read(); }},
+        {"quota", [](self& in, document& doc) { doc.stream_quota = in.maps_.read(); }},
+        {"limit", [](self& in, document& doc) { doc.stream_limit = in.maps_.read(); }},
+        {"all",
+         [](self& in, document& doc) {
+             doc.streams = in.read_list("an array of streams", &self::read_stream);
+         }},
+    };
+    read_members("the streams (an object)", members, doc_);
 }
 
 void document_reader::read_channels() {
-    static constexpr std::array names{"info"sv, "filtered"sv, "all"sv};
-    in_.object("the channels (an object)", names, [&](std::size_t which, const word&) {
-        switch (which) {
-            case 0:
-                doc_.channel_info = read_map();
-                break;
-            case 1:
-                doc_.channels_filtered = read_channel_list();
-                break;
-            default:
-                doc_.channels = read_channel_list();
+    static constexpr member<document> members[] = {
+        {"info", [](self& in, document& doc) { doc.channel_info = in.maps_.read(); }},
+        {"all",
+         [](self& in, document& doc) {
+             doc.channels = in.read_list("an array of channels", &self::read_channel);
+         }},
+        {"filtered",
+         [](self& in, document& doc) {
+             doc.channels_filtered = in.read_list("an array of channels", &self::read_channel);
+         }},
+    };
+    read_members("the channels (an object)", members, doc_);
+}
+
+void document_reader::read_inputs() {
+    static constexpr member<document> members[] = {
+        {"all",
+         [](self& in, document& doc) {
+             doc.inputs = in.read_by_id("an array of inputs", &self::read_input);
+         }},
+    };
+    read_members("the inputs (an object)", members, doc_);
+}
+
+void document_reader::read_outputs() {
+    static constexpr member<document> members[] = {
+        {"all",
+         [](self& in, document& doc) {
+             doc.outputs = in.read_by_id("an array of outputs", &self::read_output);
+         }},
+    };
+    read_members("the outputs (an object)", members, doc_);
+}
+
+std::vector<format_record> document_reader::read_formats() {
+    std::vector<format_record> formats;
+    std::vector<placed_key<std::string_view>> nicks;
+    in_.object("the formats (an object)", [&](const word& nick) {
+        nicks.push_back({nick.text, nick.at, formats.size()});
+        formats.push_back({nick.text.data(), in_.natural()});
+    });
+    sort_names(nicks);
+    return formats;
+}
+
+// --- Objects of which there are lists -----------------------------------------------------------
+
+template <class Record>
+answer<std::vector<Record>> document_reader::read_list(std::string_view what,
+                                                       record_reader<Record> read) {
+    return array_or_failure(in_, what, [&] {
+        std::vector<Record> all;
+        ids_.clear();
+        in_.array(what, [&] {
+            id_place_ = nullptr;
+            Record& record = all.emplace_back();
+            if (const char* place = (this->*read)(record); place != nullptr) {
+                ids_.push_back({record.id, place, all.size() - 1});
+            }
+        });
+        if (const auto* repeated = sort_ids(ids_); repeated != nullptr) {
+            const bool is_left_out = *repeated->at == '{';
+            throw complaint{
+                repeated->at,
+                std::format("id {} is recorded twice{}", repeated->key,
+                            is_left_out ? ", which is that of a channel without one" : "")};
         }
+        return all;
     });
 }
 
-answer<std::vector<channel_record>> document_reader::read_channel_list() {
-    return array_or_failure("an array of channels", [&] {
-        return read_list<channel_record>([&] { return read_channel(); });
-    });
-}
-
-channel_record document_reader::read_channel() {
-    static constexpr std::array names{"id"sv,   "properties"sv, "info"sv,
-                                      "crop"sv, "crop_max"sv,   "resolutions"sv};
-    channel_record channel;
-    const char* begin = in_.place();
-    const std::size_t ids = ids_.size();
-    in_.object("a channel (an object)", names, [&](std::size_t which, const word&) {
-        switch (which) {
-            case 0:
-                channel.id = read_id();
-                break;
-            case 1:
-                channel.properties = read_properties();
-                break;
-            case 2:
-                channel.info = read_map();
-                break;
-            case 3:
-                channel.crop =
-                    array_or_failure("[x, y, width, height]", [&] { return read_rectangle(); });
-                break;
-            case 4:
-                channel.crop_max =
-                    array_or_failure("[width, height]", [&] { return read_resolution(); });
-                break;
-            default:
-                channel.resolutions =
-                    read_named("the resolutions (an object)", lists_, "an array of resolutions",
-                               [&] { return read_resolutions(); });
+// Reads a list whose records are only ever looked up by their ids.
+template <class Record>
+answer<std::vector<Record>> document_reader::read_by_id(std::string_view what,
+                                                        record_reader<Record> read) {
+    auto list = read_list(what, read);
+    if (auto* all = std::get_if<std::vector<Record>>(&list); all != nullptr) {
+        std::vector<Record> by_id;
+        by_id.reserve(all->size());
+        for (const auto& id : ids_) {
+            by_id.push_back((*all)[id.item]);
         }
-    });
-    if (ids_.size() == ids) {
-        ids_.push_back({channel.id, begin});
+        *all = std::move(by_id);
     }
-    return channel;
+    return list;
 }
 
-// Reads an input or an output, with `read(which)` for its members but the id and a failure, which
-// has no member beside it but the id.
-template <class Record, class Read>
-Record document_reader::read_opened(std::string_view what, std::span<const std::string_view> names,
-                                    Read&& read) {
-    Record record;
-    in_.peek();
+// Reads what a program opens by its id, or the failure to open it: the id and nothing beside it.
+template <class Record, std::size_t N>
+const char* document_reader::read_opened(std::string_view what, const member<Record> (&members)[N],
+                                         Record& record) {
     const char* begin = in_.place();
-    const std::size_t ids = ids_.size();
-    bool other_members = false;
-    in_.object(what, names, [&](std::size_t which, const word& name) {
-        if (which == 0) {
-            record.id = read_id();
-            return;
-        }
-        if (which == 1) {
-            record.fails = read_failure_text();
-        } else {
-            other_members = true;
-            read(record, which);
-        }
-        if (record.fails && other_members) {
+    int count = 0;
+    in_.object(what, members, [&](const auto& member, const word& name) {
+        member.read(*this, record);
+        ++count;
+        if (record.fails && count > (id_place_ != nullptr ? 2 : 1)) {
             throw complaint{name.at, "beside a failure stands the id and nothing else"};
         }
     });
-    if (ids_.size() == ids) {
+    if (id_place_ == nullptr) {
         throw complaint{begin, std::format("expected {} with an id", what)};
     }
-    return record;
+    return id_place_;
 }
 
-input_record document_reader::read_input() {
-    static constexpr std::array names{"id"sv, error_member, "info"sv, "crop"sv,
-                                      "resolution_unrotated"sv};
-    return read_opened<input_record>(
-        "an input (an object)", names, [&](input_record& input, std::size_t which) {
-            switch (which) {
-                case 2:
-                    input.info = read_map();
-                    break;
-                case 3:
-                    input.crop =
-                        array_or_failure("[x, y, width, height]", [&] { return read_rectangle(); });
-                    break;
-                default:
-                    input.resolution_unrotated =
-                        read_named("the resolutions (an object)", modes_, "[width, height]",
-                                   [&] { return read_resolution(); });
-            }
-        });
+std::uint32_t document_reader::read_id() {
+    id_place_ = in_.place();
+    return in_.natural();
 }
 
-output_record document_reader::read_output() {
-    static constexpr std::array names{"id"sv, error_member, "info"sv, "settings"sv};
-    return read_opened<output_record>("an output (an object)", names,
-                                      [&](output_record& output, std::size_t which) {
-                                          (which == 2 ? output.info : output.settings) = read_map();
-                                      });
+const char* document_reader::read_stream(stream_record& stream) {
+    static constexpr member<stream_record> members[] = {
+        {"id", [](self& in, stream_record& stream) { stream.id = in.read_id(); }},
+        {"info", [](self& in, stream_record& stream) { stream.info = in.maps_.read(); }},
+        {"settings", [](self& in, stream_record& stream) { stream.settings = in.maps_.read(); }},
+        {"debug", [](self& in, stream_record& stream) { stream.debug = in.maps_.read(); }},
+    };
+    read_members("a stream (an object)", members, stream);
+    return stream.id != 0 ? id_place_ : nullptr;
 }
 
-void document_reader::read_formats() {
-    std::vector<placed<std::string_view>> nicks;
-    auto& formats = doc_.formats.emplace();
-    in_.object("the formats (an object)", [&](const word& nick) {
-        nicks.push_back({nick.text, nick.at});
-        formats.push_back({nick.text.data(), in_.natural()});
+const char* document_reader::read_channel(channel_record& channel) {
+    using record = channel_record;
+    static constexpr member<record> members[] = {
+        {"id", [](self& in, record& channel) { channel.id = in.read_id(); }},
+        {"properties",
+         [](self& in, record& channel) { channel.properties = in.maps_.read_properties(); }},
+        {"info", [](self& in, record& channel) { channel.info = in.maps_.read(); }},
+        {"crop", [](self& in, record& channel) { channel.crop = in.read_rectangle(); }},
+        {"crop_max", [](self& in, record& channel) { channel.crop_max = in.read_size(); }},
+        {"resolutions",
+         [](self& in, record& channel) {
+             channel.resolutions = in.read_resolutions(in.lists_, &self::read_sizes);
+         }},
+    };
+    const char* begin = in_.place();
+    read_members("a channel (an object)", members, channel);
+    return id_place_ != nullptr ? id_place_ : begin;
+}
+
+const char* document_reader::read_input(input_record& input) {
+    using record = input_record;
+    static constexpr member<record> members[] = {
+        {"id", [](self& in, record& input) { input.id = in.read_id(); }},
+        {error_member, [](self& in, record& input) { input.fails = read_failure_text(in.in_); }},
+        {"info", [](self& in, record& input) { input.info = in.maps_.read(); }},
+        {"crop", [](self& in, record& input) { input.crop = in.read_rectangle(); }},
+        {"resolution_unrotated",
+         [](self& in, record& input) {
+             input.resolution_unrotated = in.read_resolutions(in.modes_, &self::read_size);
+         }},
+    };
+    return read_opened("an input (an object)", members, input);
+}
+
+const char* document_reader::read_output(output_record& output) {
+    using record = output_record;
+    static constexpr member<record> members[] = {
+        {"id", [](self& in, record& output) { output.id = in.read_id(); }},
+        {error_member, [](self& in, record& output) { output.fails = read_failure_text(in.in_); }},
+        {"info", [](self& in, record& output) { output.info = in.maps_.read(); }},
+        {"settings", [](self& in, record& output) { output.settings = in.maps_.read(); }},
+    };
+    return read_opened("an output (an object)", members, output);
+}
+
+// --- Answers, maps apart ------------------------------------------------------------------------
+
+answer<rectangle> document_reader::read_rectangle() {
+    constexpr std::string_view what = "[x, y, width, height]";
+    return array_or_failure(in_, what, [&] {
+        const auto [x, y, width, height] = in_.naturals<4>(what);
+        return rectangle{x, y, width, height};
     });
-    refuse_repeated_names(nicks, std::identity());
+}
+
+answer<OruResolution> document_reader::read_size() {
+    constexpr std::string_view what = "[width, height]";
+    return array_or_failure(in_, what, [&] {
+        const auto [width, height] = in_.naturals<2>(what);
+        return OruResolution{width, height};
+    });
+}
+
+answer<std::span<const OruResolution>> document_reader::read_sizes() {
+    constexpr std::string_view what = "an array of resolutions";
+    return array_or_failure(in_, what, [&] {
+        sizes_.clear();
+        in_.array(what, [&] {
+            const auto [width, height] = in_.naturals<2>("[width, height]");
+            sizes_.push_back({width, height});
+        });
+        return in_.keep(sizes_);
+    });
+}
+
+// Reads an object of any names, each with an answer that `read` reads.
+template <class T>
+answer<std::span<const named<T>>> document_reader::read_resolutions(named_answers<T>& scratch,
+                                                                    answer<T> (self::*read)()) {
+    scratch.clear();
+    const auto fails = members_or_failure(
+        in_, "the resolutions (an object)",
+        [&](const word& name) { scratch.add({name.text, (this->*read)()}, name.at); });
+    if (fails) {
+        return *fails;
+    }
+    return scratch.keep(in_);
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 // Reads the text of a snapshot into its records and checks every rule of the format.
-#ifndef ORU_SNAPSHOT_DOCUMENT_READER_H
-#define ORU_SNAPSHOT_DOCUMENT_READER_H
+#pragma once
 
-#include "document.h"
+#include "video/snapshot/document.h"
 
 namespace oru {
 
@@ -11,5 +10,3 @@ namespace oru {
 void read_document(document& doc);
 
 }  // namespace oru
-
-#endif

@@ -1,4 +1,4 @@
-#include "json_reader.h"
+#include "video/snapshot/json_reader.h"
 
 #include <algorithm>
 #include <array>
@@ -25,16 +25,25 @@ constexpr auto ends_plain_text = [] {
     return table;
 }();
 
-// Returns whether the number is whole and fits into `value`.
-template <class Integer>
-bool read_whole(const number& written, Integer& value) {
-    const char* end = written.text.data() + written.text.size();
-    const auto [ptr, error] = std::from_chars(written.text.data(), end, value);
-    return error == std::errc() && ptr == end;
+// The same of eight bytes at once, the first one lowest: the lowest bit that is set is the high bit
+// of the first byte at which to stop.
+std::uint64_t ends_of_plain_text(std::uint64_t bytes) {
+    constexpr auto each = [](unsigned char c) { return c * std::uint64_t{0x0101010101010101}; };
+    // What is less than a byte that it is taken from borrows from the next.
+    const std::uint64_t quote = (bytes ^ each('"')) - each(1);
+    const std::uint64_t backslash = (bytes ^ each('\\')) - each(1);
+    const std::uint64_t control = bytes - each(0x20);
+    return (quote | backslash | control) & ~bytes & each(0x80);
 }
 
 bool is_digit(char c) {
     return c >= '0' && c <= '9';
+}
+
+// Whether a number cannot end before this byte.
+bool goes_on_in_number(char c) {
+    return is_digit(c) || c == '.' || c == '+' || c == '-' || (c >= 'A' && c <= 'Z') ||
+           (c >= 'a' && c <= 'z');
 }
 
 void check_utf8(const char* begin, const char* end) {
@@ -72,7 +81,7 @@ char* blank_comment(char* at, char* end) {
 }
 
 void blank_comments(char* begin, char* end) {
-    if (!std::memchr(begin, '/', static_cast<std::size_t>(end - begin))) {
+    if (std::memchr(begin, '/', static_cast<std::size_t>(end - begin)) == nullptr) {
         return;
     }
     bool in_string = false;
@@ -91,6 +100,14 @@ void blank_comments(char* begin, char* end) {
 
 }  // namespace
 
+void refuse_unknown(const word& name) {
+    throw complaint{name.at, std::format("unknown member {}", quoted(name.text))};
+}
+
+void refuse_duplicate(const word& name) {
+    throw complaint{name.at, std::format("duplicate member {}", quoted(name.text))};
+}
+
 json_reader::json_reader(std::string& text, std::pmr::memory_resource& arena)
     : at_(text.data()), end_(text.data() + text.size()), arena_(arena) {
     if (text.empty()) {
@@ -99,7 +116,7 @@ json_reader::json_reader(std::string& text, std::pmr::memory_resource& arena)
     if (text.starts_with("\xEF\xBB\xBF")) {
         throw complaint{at_, "the text begins with a byte order mark"};
     }
-    if (const void* nul = std::memchr(at_, '\0', text.size())) {
+    if (const void* nul = std::memchr(at_, '\0', text.size()); nul != nullptr) {
         throw complaint{static_cast<const char*>(nul), "this is a NUL byte"};
     }
     check_utf8(at_, end_);
@@ -136,14 +153,31 @@ word json_reader::string(std::string_view what) {
     }
     const char* opening = at_++;
     char* begin = at_;
-    while (!ends_plain_text[static_cast<unsigned char>(*at_)]) {
-        ++at_;
-    }
+    skip_plain_text();
     if (*at_ != '"') {
         return {decode(begin), opening};
     }
     *at_++ = '\0';
     return {{begin, at_ - 1}, opening};
+}
+
+// Goes on to the byte that ends a string, or is not plain text in it.
+void json_reader::skip_plain_text() {
+    while (end_ - at_ >= 8) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, at_, sizeof bytes);
+        if constexpr (std::endian::native == std::endian::big) {
+            bytes = std::byteswap(bytes);
+        }
+        if (const std::uint64_t ends = ends_of_plain_text(bytes); ends != 0) {
+            at_ += std::countr_zero(ends) / 8;
+            return;
+        }
+        at_ += 8;
+    }
+    while (!ends_plain_text[static_cast<unsigned char>(*at_)]) {
+        ++at_;
+    }
 }
 
 // Reads on from the first byte of a string that is not plain text. The text of the file stays as it
@@ -172,7 +206,7 @@ void json_reader::check_string_byte(const char* opening) const {
     }
 }
 
-std::string_view json_reader::keep(std::string_view text) const {
+std::string_view json_reader::keep(std::string_view text) {
     auto* kept = static_cast<char*>(arena_.allocate(text.size() + 1, 1));
     *std::ranges::copy(text, kept).out = '\0';
     return {kept, text.size()};
@@ -180,7 +214,7 @@ std::string_view json_reader::keep(std::string_view text) const {
 
 void json_reader::decode_escape() {
     const char* escape = at_;
-    if (const char meant = read_short_escape()) {
+    if (const char meant = read_short_escape(); meant != '\0') {
         decoded_ += meant;
         return;
     }
@@ -320,20 +354,38 @@ number json_reader::number(std::string_view what) {
     if (first != '-' && !is_digit(first)) {
         unexpected(what);
     }
+    // Nearly every number is a whole one that 64 bits hold whatever its digits are.
+    constexpr std::ptrdiff_t certain_digits = 18;
+    const char* begin = at_;
+    const char* digits = first == '-' ? begin + 1 : begin;
+    const char* it = digits;
+    std::int64_t value = 0;
+    while (is_digit(*it) && it - digits < certain_digits) {
+        value = 10 * value + (*it++ - '0');
+    }
+    if (it == digits || (*digits == '0' && it - digits > 1) || goes_on_in_number(*it)) {
+        return long_number();
+    }
+    at_ += it - begin;
+    return {{begin, it}, true, first == '-' ? -value : value};
+}
+
+number json_reader::long_number() {
     const char* begin = at_;
     const char* it = at_;
     glz::context context{};
     glz::skip_number_with_validation(context, it, static_cast<const char*>(end_));
-    const bool malformed = context.error != glz::error_code::none || is_digit(*it) || *it == '.' ||
-                           *it == '+' || *it == '-' || (*it >= 'A' && *it <= 'Z') ||
-                           (*it >= 'a' && *it <= 'z');
-    if (malformed) {
+    if (context.error != glz::error_code::none || goes_on_in_number(*it)) {
         throw complaint{begin, "this is not a JSON number"};
     }
-    at_ += it - at_;
+    at_ += it - begin;
     const std::string_view text(begin, it);
-    const auto is_fractional = [](char c) { return c == '.' || c == 'e' || c == 'E'; };
-    return {text, std::ranges::none_of(text, is_fractional)};
+    if (text.find_first_of(".eE") != std::string_view::npos) {
+        return {text, false, std::nullopt};
+    }
+    std::int64_t value = 0;
+    const bool fits = std::from_chars(begin, it, value).ec == std::errc();
+    return {text, true, fits ? std::optional(value) : std::nullopt};
 }
 
 std::uint32_t json_reader::natural(std::uint32_t max) {
@@ -343,24 +395,22 @@ std::uint32_t json_reader::natural(std::uint32_t max) {
         unexpected(what());
     }
     const char* begin = at_;
-    const auto written = number("");
-    std::uint32_t value = 0;
-    if (written.text != "-0" && (!read_whole(written, value) || value > max)) {
+    const auto value = number("").value;
+    if (!value || *value < 0 || *value > max) {
         throw complaint{begin, "expected " + what()};
     }
-    return value;
+    return static_cast<std::uint32_t>(*value);
 }
 
 std::int64_t json_reader::whole_value(const oru::number& written) const {
-    std::int64_t value = 0;
     if (!written.whole) {
         throw complaint{written.text.data(), "expected a whole number"};
     }
-    if (!read_whole(written, value)) {
+    if (!written.value) {
         throw complaint{written.text.data(),
                         "this whole number is outside the signed 64-bit range"};
     }
-    return value;
+    return *written.value;
 }
 
 double json_reader::double_value(const oru::number& written) const {
@@ -373,6 +423,48 @@ double json_reader::double_value(const oru::number& written) const {
     return value;
 }
 
+bool json_reader::first_member(std::string_view what, word& name) {
+    take('{', what);
+    if (peek() == '}') {
+        ++at_;
+        return false;
+    }
+    read_name(name);
+    return true;
+}
+
+bool json_reader::next_member(word& name) {
+    if (!another('}', "',' or '}'")) {
+        return false;
+    }
+    read_name(name);
+    return true;
+}
+
+void json_reader::read_name(word& name) {
+    name = string("a member name");
+    take(':', "':'");
+    peek();
+}
+
+bool json_reader::first_element(std::string_view what) {
+    take('[', what);
+    if (peek() == ']') {
+        ++at_;
+        return false;
+    }
+    return true;
+}
+
+bool json_reader::next_element() {
+    if (!another(']', "',' or ']'")) {
+        return false;
+    }
+    peek();
+    return true;
+}
+
+// Reads on to the next of a list. Returns false when the list is closed.
 bool json_reader::another(char closing, std::string_view what) {
     const char next = peek();
     if (next != ',' && next != closing) {
@@ -380,20 +472,6 @@ bool json_reader::another(char closing, std::string_view what) {
     }
     ++at_;
     return next == ',';
-}
-
-std::size_t json_reader::which(const word& name, std::span<const std::string_view> names,
-                               std::uint32_t& seen) const {
-    const auto index =
-        static_cast<std::size_t>(std::ranges::find(names, name.text) - names.begin());
-    if (index == names.size()) {
-        throw complaint{name.at, std::format("unknown member {}", quoted(name.text))};
-    }
-    if (seen & 1u << index) {
-        throw complaint{name.at, std::format("duplicate member {}", quoted(name.text))};
-    }
-    seen |= 1u << index;
-    return index;
 }
 
 void json_reader::finish() {

@@ -1,22 +1,28 @@
-#include "object.h"
+#include "video/snapshot/object.h"
 
-#include "snapshot.h"
+#include <string>
+
+#include "video/snapshot/snapshot.h"
 
 G_DEFINE_QUARK(oru - error - quark, oru_error)
 
 namespace oru {
 
 std::nullptr_t not_recorded(const question& asked, GError** error) {
-    if (!error) {
+    if (error == nullptr) {
         return nullptr;  // whoever asks for many objects that are not there need not wait for texts
     }
-    char number[16] = "";
+    std::string what = asked.subject;
     if (asked.number) {
-        g_snprintf(number, sizeof number, " %u", *asked.number);
+        what += ' ' + std::to_string(*asked.number);
     }
-    g_set_error(error, ORU_ERROR, ORU_ERROR_NO_ANSWER, "%s%s%s%s%s%s%s not recorded", asked.subject,
-                number, asked.part ? (asked.number ? ": " : " ") : "", asked.part ? asked.part : "",
-                asked.name ? " '" : "", asked.name ? asked.name : "", asked.name ? "'" : "");
+    if (asked.part != nullptr) {
+        what.append(asked.number ? ": " : " ").append(asked.part);
+    }
+    if (asked.name != nullptr) {
+        what.append(" '").append(asked.name).append("'");
+    }
+    g_set_error(error, ORU_ERROR, ORU_ERROR_NO_ANSWER, "%s not recorded", what.c_str());
     return nullptr;
 }
 
@@ -27,7 +33,7 @@ std::nullptr_t failed(const failure& fails, GError** error) {
 
 std::shared_ptr<const document> reach(GError** error) {
     const snapshot& now = current();
-    if (!now) {
+    if (!now.has_value()) {
         g_set_error_literal(error, ORU_ERROR, ORU_ERROR_UNREACHABLE, now.error().c_str());
         return nullptr;
     }
@@ -37,7 +43,8 @@ std::shared_ptr<const document> reach(GError** error) {
 OruMap* new_map(const answer<map_entries>& is, std::shared_ptr<const void> owner,
                 const question& asked, GError** error) {
     const auto* entries = recorded(is, asked, error);
-    return entries ? new_map(qw::map(entries->data(), entries->size(), std::move(owner))) : nullptr;
+    return entries != nullptr ? new_map(qw::map(entries->data(), entries->size(), std::move(owner)))
+                              : nullptr;
 }
 
 }  // namespace oru

@@ -1,15 +1,15 @@
 // What the object types of the client interface have in common: each holds its record of the
 // snapshot, and answers a question from it or with a GError.
-#ifndef ORU_SNAPSHOT_OBJECT_H
-#define ORU_SNAPSHOT_OBJECT_H
+#pragma once
 
 #include <algorithm>
 #include <memory>
 #include <new>
 #include <optional>
 
-#include "document.h"
-#include "oru.h"
+#include <oru.h>
+
+#include "video/snapshot/document.h"
 
 // Defines the GObject type `Name`, whose instances hold a `Held`.
 #define ORU_DEFINE_TYPE(Name, name, Held)                        \
@@ -50,13 +50,11 @@ std::nullptr_t failed(const failure& fails, GError** error);
 // Returns the recorded answer, or NULL with the error set.
 template <class T>
 const T* recorded(const answer<T>& is, const question& asked, GError** error) {
-    if (const auto* fails = std::get_if<failure>(&is)) {
+    if (const auto* fails = std::get_if<failure>(&is); fails != nullptr) {
         return failed(*fails, error);
     }
-    if (const auto* value = std::get_if<T>(&is)) {
-        return value;
-    }
-    return not_recorded(asked, error);
+    const auto* value = std::get_if<T>(&is);
+    return value != nullptr ? value : not_recorded(asked, error);
 }
 
 // Returns the answer under the name that `asked` holds, or NULL with the error set.
@@ -64,7 +62,7 @@ template <class T>
 const T* recorded_name(const answer<std::span<const named<T>>>& is, const question& asked,
                        GError** error) {
     const auto* all = recorded(is, {asked.subject, asked.number, asked.part}, error);
-    if (!all) {
+    if (all == nullptr) {
         return nullptr;
     }
     const auto found =
@@ -92,32 +90,31 @@ Object* new_object(GType type, const std::shared_ptr<const document>& owner, con
     return object;
 }
 
-// Looks the record of that number up in an indexed list. Returns a new object that holds it, or
-// NULL with the error set.
+// Looks the record of that number up in a list that ascends by id. Returns a new object that holds
+// it, or NULL with the error set.
 template <class Object, class Record>
-Object* find_object(GType type, answer<indexed<Record>> document::* list, const char* subject,
+Object* find_object(GType type, answer<std::vector<Record>> document::* list, const char* subject,
                     guint32 number, GError** error) {
     const auto doc = reach(error);
-    const auto* records = doc ? recorded((*doc).*list, {subject, number}, error) : nullptr;
-    if (!records) {
+    const auto* records =
+        doc != nullptr ? recorded((*doc).*list, {subject, number}, error) : nullptr;
+    if (records == nullptr) {
         return nullptr;
     }
-    const auto found = std::ranges::lower_bound(records->index, number, {},
-                                                &std::pair<std::uint32_t, std::size_t>::first);
-    if (found == records->index.end() || found->first != number) {
+    const auto found = std::ranges::lower_bound(*records, number, {}, &Record::id);
+    if (found == records->end() || found->id != number) {
         return not_recorded({subject, number}, error);
     }
-    const Record& record = records->all[found->second];
-    if (record.fails) {
-        return failed(*record.fails, error);
+    if (found->fails) {
+        return failed(*found->fails, error);
     }
-    return new_object<Object>(type, doc, record);
+    return new_object<Object>(type, doc, *found);
 }
 
 // Fill the out-values from an answer, unless it is NULL. Return whether there was one.
 inline gboolean fill(const rectangle* from, guint32* x, guint32* y, guint32* width,
                      guint32* height) {
-    if (from) {
+    if (from != nullptr) {
         *x = from->x;
         *y = from->y;
         *width = from->width;
@@ -127,7 +124,7 @@ inline gboolean fill(const rectangle* from, guint32* x, guint32* y, guint32* wid
 }
 
 inline gboolean fill(const OruResolution* from, guint32* width, guint32* height) {
-    if (from) {
+    if (from != nullptr) {
         *width = from->width;
         *height = from->height;
     }
@@ -135,5 +132,3 @@ inline gboolean fill(const OruResolution* from, guint32* width, guint32* height)
 }
 
 }  // namespace oru
-
-#endif

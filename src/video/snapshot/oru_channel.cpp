@@ -1,4 +1,4 @@
-#include "object.h"
+#include "video/snapshot/object.h"
 
 ORU_DEFINE_TYPE(OruChannel, oru_channel, oru::held<oru::channel_record>)
 
@@ -21,7 +21,7 @@ bool matches(const oru::channel_record& channel, const qw::map& filter) {
 // Whether the filter asks for the channels of inputs, whose list may be recorded by itself.
 bool asks_for_inputs(const qw::map& filter) {
     const qw::value* key = filter.find("key");
-    return key && key->get_if<std::string_view>() == "input";
+    return key != nullptr && key->get_if<std::string_view>() == "input";
 }
 
 // Lists the recorded channels that match the filter, or all of them when it is NULL.
@@ -30,9 +30,9 @@ GList* matching(const std::shared_ptr<const oru::document>& doc,
                 const qw::map* filter, GError** error) {
     const auto* all = oru::recorded(channels, {"channels"}, error);
     GList* list = nullptr;
-    for (std::size_t i = all ? all->size() : 0; i-- > 0;) {
+    for (std::size_t i = all != nullptr ? all->size() : 0; i-- > 0;) {
         const auto& channel = (*all)[i];
-        if (!filter || matches(channel, *filter)) {
+        if (filter == nullptr || matches(channel, *filter)) {
             list =
                 g_list_prepend(list, oru::new_object<OruChannel>(ORU_TYPE_CHANNEL, doc, channel));
         }
@@ -48,15 +48,15 @@ oru::question about(OruChannel* channel, const char* part) {
 
 GList* oru_channel_get_all(GError** error) {
     const auto doc = oru::reach(error);
-    return doc ? matching(doc, doc->channels, nullptr, error) : nullptr;
+    return doc != nullptr ? matching(doc, doc->channels, nullptr, error) : nullptr;
 }
 
 GList* oru_channel_get_filtered(OruMap* filter, GError** error) {
     const auto doc = oru::reach(error);
-    if (!doc) {
+    if (doc == nullptr) {
         return nullptr;
     }
-    if (const auto* fails = std::get_if<oru::failure>(&doc->channels_filtered)) {
+    if (const auto* fails = std::get_if<oru::failure>(&doc->channels_filtered); fails != nullptr) {
         return oru::failed(*fails, error);
     }
     const qw::map* wanted = oru_map_native_ref(filter);
@@ -72,18 +72,19 @@ guint32 oru_channel_get_id(OruChannel* channel) {
 }
 
 OruMap* oru_channel_get_info(OruChannel* channel, GError** error) {
-    if (channel) {
+    if (channel != nullptr) {
         return oru::new_map(channel->held->info, channel->held, about(channel, "info"), error);
     }
     const auto doc = oru::reach(error);
-    return doc ? oru::new_map(doc->channel_info, doc, {"channel", {}, "info"}, error) : nullptr;
+    return doc != nullptr ? oru::new_map(doc->channel_info, doc, {"channel", {}, "info"}, error)
+                          : nullptr;
 }
 
 OruResolutionSet* oru_channel_get_resolutions(OruChannel* channel, OruMap* filter, GError** error) {
     oru::question asked = about(channel, "resolutions");
     asked.name = oru_map_get_string(filter, "select", nullptr, "");
     const auto* items = oru::recorded_name(channel->held->resolutions, asked, error);
-    if (!items) {
+    if (items == nullptr) {
         return nullptr;
     }
     auto* set =

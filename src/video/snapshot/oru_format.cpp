@@ -1,5 +1,5 @@
-#include "object.h"
-#include "snapshot.h"
+#include "video/snapshot/object.h"
+#include "video/snapshot/snapshot.h"
 
 namespace {
 

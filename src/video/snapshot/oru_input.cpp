@@ -1,4 +1,4 @@
-#include "object.h"
+#include "video/snapshot/object.h"
 
 ORU_DEFINE_TYPE(OruInput, oru_input, oru::held<oru::input_record>)
 

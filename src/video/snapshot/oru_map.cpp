@@ -1,7 +1,8 @@
 #include <utility>
 
-#include "object.h"
-#include "qwire.h"
+#include <qwire.h>
+
+#include "video/snapshot/object.h"
 
 ORU_DEFINE_TYPE(OruMap, oru_map, qw::map)
 
@@ -21,14 +22,14 @@ namespace {
 template <class T>
 std::optional<T> stored(OruMap* map, const gchar* key) {
     const qw::value* value = map->held.find(key);
-    return value ? value->get_if<T>() : std::nullopt;
+    return value != nullptr ? value->get_if<T>() : std::nullopt;
 }
 
 // The same, but an unsigned kind that T holds without loss will do; `def` when there is none.
 template <class T>
 T widened(OruMap* map, const gchar* key, T def) {
     const qw::value* value = map->held.find(key);
-    if (!value) {
+    if (value == nullptr) {
         return def;
     }
     if (const auto same = value->get_if<T>()) {
@@ -72,8 +73,8 @@ gboolean oru_map_get_boolean(OruMap* map, const gchar* key, gboolean def) {
 
 const gchar* oru_map_get_string(OruMap* map, const gchar* key, gsize* length, const gchar* def) {
     const auto text = stored<std::string_view>(map, key);
-    if (length) {
-        *length = text ? text->size() : std::string_view(def ? def : "").size();
+    if (length != nullptr) {
+        *length = text ? text->size() : std::string_view(def != nullptr ? def : "").size();
     }
     return text ? text->data() : def;
 }

@@ -1,4 +1,4 @@
-#include "object.h"
+#include "video/snapshot/object.h"
 
 ORU_DEFINE_TYPE(OruOutput, oru_output, oru::held<oru::output_record>)
 

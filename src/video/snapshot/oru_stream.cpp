@@ -1,4 +1,4 @@
-#include "object.h"
+#include "video/snapshot/object.h"
 
 ORU_DEFINE_TYPE(OruStream, oru_stream, oru::held<oru::stream_record>)
 
@@ -14,16 +14,17 @@ OruMap* map_of(OruStream* stream, oru::answer<oru::map_entries> oru::stream_reco
 OruMap* map_of_all(oru::answer<oru::map_entries> oru::document::* member, const char* part,
                    GError** error) {
     const auto doc = oru::reach(error);
-    return doc ? oru::new_map((*doc).*member, doc, {"stream", {}, part}, error) : nullptr;
+    return doc != nullptr ? oru::new_map((*doc).*member, doc, {"stream", {}, part}, error)
+                          : nullptr;
 }
 
 }  // namespace
 
 GList* oru_stream_get_all(GError** error) {
     const auto doc = oru::reach(error);
-    const auto* all = doc ? oru::recorded(doc->streams, {"streams"}, error) : nullptr;
+    const auto* all = doc != nullptr ? oru::recorded(doc->streams, {"streams"}, error) : nullptr;
     GList* list = nullptr;
-    for (std::size_t i = all ? all->size() : 0; i-- > 0;) {
+    for (std::size_t i = all != nullptr ? all->size() : 0; i-- > 0;) {
         list = g_list_prepend(list, oru::new_object<OruStream>(ORU_TYPE_STREAM, doc, (*all)[i]));
     }
     return list;
@@ -42,8 +43,8 @@ OruMap* oru_stream_get_settings(OruStream* stream, GError** error) {
 }
 
 OruMap* oru_stream_get_debug(OruStream* stream, GError** error) {
-    return stream ? map_of(stream, &oru::stream_record::debug, "debug", error)
-                  : map_of_all(&oru::document::stream_debug, "debug", error);
+    return stream != nullptr ? map_of(stream, &oru::stream_record::debug, "debug", error)
+                             : map_of_all(&oru::document::stream_debug, "debug", error);
 }
 
 OruMap* oru_stream_get_quota(GError** error) {

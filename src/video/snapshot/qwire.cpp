@@ -1,5 +1,3 @@
-#include "qwire.h"
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -7,6 +5,8 @@
 #include <forward_list>
 #include <span>
 #include <vector>
+
+#include <qwire.h>
 
 namespace qw {
 
@@ -122,7 +122,7 @@ map::map(const entry* entries, std::size_t count, std::shared_ptr<const void> ow
           .entries = {entries, count}, .own = {}, .texts = {}, .base = std::move(owner)})) {}
 
 const map::entry* map::begin() const noexcept {
-    return content_ ? content_->entries.data() : nullptr;
+    return content_ != nullptr ? content_->entries.data() : nullptr;
 }
 
 const map::entry* map::end() const noexcept {
@@ -130,7 +130,7 @@ const map::entry* map::end() const noexcept {
 }
 
 std::size_t map::size() const noexcept {
-    return content_ ? content_->entries.size() : 0;
+    return content_ != nullptr ? content_->entries.size() : 0;
 }
 
 const value* map::find(std::string_view key) const noexcept {
@@ -139,7 +139,8 @@ const value* map::find(std::string_view key) const noexcept {
 }
 
 map::content& map::own() {
-    if (!content_ || content_.use_count() > 1 || content_->entries.data() != content_->own.data()) {
+    if (content_ == nullptr || content_.use_count() > 1 ||
+        content_->entries.data() != content_->own.data()) {
         auto changed = std::make_shared<content>();
         changed->own.assign(begin(), end());
         changed->base = content_;
@@ -149,7 +150,7 @@ map::content& map::own() {
 }
 
 bool map::insert(std::string_view key, const qw::value& value) {
-    if (find(key)) {
+    if (find(key) != nullptr) {
         return false;
     }
     content& changed = own();
@@ -172,7 +173,7 @@ void map::assign(std::string_view key, const qw::value& value) {
 }
 
 void map::erase(std::string_view key) {
-    if (!find(key)) {
+    if (find(key) == nullptr) {
         return;
     }
     content& changed = own();

@@ -1,4 +1,4 @@
-#include "snapshot.h"
+#include "video/snapshot/snapshot.h"
 
 #include <sys/stat.h>
 
@@ -7,8 +7,8 @@
 #include <format>
 #include <new>
 
-#include "document_reader.h"
-#include "json_reader.h"
+#include "video/snapshot/document_reader.h"
+#include "video/snapshot/json_reader.h"
 
 namespace oru {
 namespace {
@@ -19,7 +19,7 @@ constexpr auto default_file = "/run/oru/snapshot.json";
 // Returns where the snapshot is.
 const char* find() {
     const char* named = secure_getenv("ORU_SNAPSHOT");
-    if (named && *named) {
+    if (named != nullptr && *named != '\0') {
         return named;
     }
     struct stat status{};
@@ -28,7 +28,7 @@ const char* find() {
 }
 
 std::string in_place(const std::string& text, const complaint& wrong) {
-    if (!wrong.at) {
+    if (wrong.at == nullptr) {
         return wrong.reason;
     }
     const char* begin = text.data();
@@ -55,7 +55,7 @@ snapshot load(const std::string& path, const source_limits& limits) {
         try {
             read_document(*doc);
         } catch (const complaint& wrong) {
-            const char* colon = wrong.at ? ":" : ": ";
+            const char* colon = wrong.at != nullptr ? ":" : ": ";
             return std::unexpected(path + colon + in_place(doc->text, wrong));
         }
         return doc;
@@ -65,7 +65,7 @@ snapshot load(const std::string& path, const source_limits& limits) {
 }
 
 const snapshot& current() {
-    if (!current_snapshot) {
+    if (current_snapshot == nullptr) {
         current_snapshot = new snapshot(load(find()));
     }
     return *current_snapshot;

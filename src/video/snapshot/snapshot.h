@@ -1,13 +1,12 @@
 // The snapshot that this process answers from, and how it is found.
-#ifndef ORU_SNAPSHOT_SNAPSHOT_H
-#define ORU_SNAPSHOT_SNAPSHOT_H
+#pragma once
 
 #include <expected>
 #include <memory>
 #include <string>
 
-#include "document.h"
-#include "source.h"
+#include "video/snapshot/document.h"
+#include "video/snapshot/source.h"
 
 namespace oru {
 
@@ -25,5 +24,3 @@ const snapshot& current();
 void reset();
 
 }  // namespace oru
-
-#endif

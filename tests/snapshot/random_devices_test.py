@@ -18,9 +18,9 @@ def run(*command, given=b""):
     return subprocess.run(command, input=given, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60)
 
 
-def complaints(program, path, dot, promtool):
-    """Yields what is wrong with what the program says of the snapshot."""
-    said = {command: run(program, command, path) for command in ("show", "graph", "metrics")}
+def complaints(program, dot, promtool):
+    """Yields what is wrong with what the program says of the current service."""
+    said = {command: run(program, command) for command in ("show", "graph", "metrics")}
     for command, got in said.items():
         for text in (got.stdout.decode(), got.stderr.decode()):
             if any(ord(c) < 32 and c != "\n" or 0x7f <= ord(c) < 0xa0 for c in text):
@@ -54,11 +54,11 @@ def main():
     dot, promtool = shutil.which("dot"), shutil.which("promtool")
     failed = 0
     with tempfile.TemporaryDirectory() as scratch:
-        path = os.path.join(scratch, "snapshot.json")
+        path = os.environ["ORU_SNAPSHOT"] = os.path.join(scratch, "snapshot.json")
         for seed in range(first, first + count):
             with open(path, "w", encoding="utf-8", errors="surrogateescape") as file:
                 file.write(generator.snapshot(seed))
-            for complaint in complaints(os.path.join(tools, "oru-snapshot"), path, dot, promtool):
+            for complaint in complaints(os.path.join(tools, "oru-snapshot"), dot, promtool):
                 failed += 1
                 print(f"seed {seed}: {complaint}")
     print(f"{count} devices, {failed} complaints; drawn: {bool(dot)}, figures checked: {bool(promtool)}")

@@ -1,7 +1,7 @@
 # Every test that runs the tools, run on the client that forgives nothing too.
 set(strict ENVIRONMENT ORU_TEST_BIN_DIR=${ORU_STRICT_BIN_DIR})
 foreach(test dispatch_test tlm_test serverreport_test failure_matrix_test golden_test arguments_test
-             writes_test live_objects_test)
+             writes_test live_objects_test device_test)
     add_dependencies(${test} strict-applet)
     oru_repeat_test(${test} strict PROPERTIES ${strict})
 endforeach()
@@ -32,6 +32,12 @@ add_dependencies(calls_test strict-applet)
 
 # That the client does not forgive.
 oru_add_test(strict_client_test SOURCES strict_client/strict_client_test.cpp LIBS strict-client)
+
+# Devices of all kinds, asked about everything.
+add_test(NAME strict.random_devices
+         COMMAND /usr/bin/python3 ${CMAKE_CURRENT_SOURCE_DIR}/snapshot/random_devices_test.py
+                 ${PROJECT_SOURCE_DIR} ${ORU_STRICT_BIN_DIR} 61 60)
+set_tests_properties(strict.random_devices PROPERTIES TIMEOUT 300)
 
 # What they print, held against the model.
 add_test(NAME strict.model

@@ -44,3 +44,13 @@ add_test(NAME strict.model
          COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/model/compare.py
                  ${ORU_STRICT_BIN_DIR} $<TARGET_FILE:redirect-etc-oru> 301 150)
 set_tests_properties(strict.model PROPERTIES TIMEOUT 300 PROCESSORS 2)
+
+# What it answers, recorded through it and given back by ours.
+if(ORU_CLIENT STREQUAL snapshot AND CMAKE_BUILD_TYPE STREQUAL Release)
+    add_test(NAME strict.recordings
+             COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/model/compare_recordings.py
+                     ${CMAKE_RUNTIME_OUTPUT_DIRECTORY} $<TARGET_FILE:redirect-etc-oru> 301 150
+                     ${written_by_hand})
+    set_tests_properties(strict.recordings PROPERTIES
+        TIMEOUT 300 PROCESSORS 2 ENVIRONMENT ORU_TEST_SERVICE_BIN_DIR=${ORU_STRICT_BIN_DIR})
+endif()

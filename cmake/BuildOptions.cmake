@@ -30,11 +30,22 @@ add_link_options(-Wl,--gc-sections -Wl,--as-needed)
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     add_link_options(-fuse-ld=lld)
 endif()
+
+# The programs lie where nobody can foresee, what the loader has filled in cannot be written to any
+# more, and who writes beyond the stack's frame or a known buffer ends the run.
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+add_link_options(-Wl,-z,relro,-z,now)
+if(CMAKE_BUILD_TYPE STREQUAL Release)
+    add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+endif()
 if(ORU_STATIC)
-    # Not position-independent: nothing is left to relocate at start-up.
-    add_compile_options(-fno-pie)
-    add_link_options(-static)
-elseif(ORU_STATIC_RUNTIME)
+    add_link_options(-static-pie -Wl,-z,pack-relative-relocs)
+else()
+    include(CheckPIESupported)
+    check_pie_supported()
+endif()
+
+if(ORU_STATIC_RUNTIME AND NOT ORU_STATIC)
     # Both compilers and both standard libraries know the option by this name.
     add_link_options($<$<LINK_LANGUAGE:CXX>:-static-libstdc++> -static-libgcc)
 endif()

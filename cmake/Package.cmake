@@ -1,4 +1,5 @@
-# The Debian package: `cpack --preset release`, checked by scripts/test-package.
+# The Debian package, `cpack --preset release`, and the archive of the static programs for any Linux,
+# `cpack --preset static`; both checked by scripts/test-package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME oru-cgi-applet)
 set(CPACK_PACKAGE_VENDOR "The oru-cgi-applet developers")
@@ -26,7 +27,26 @@ if(CMAKE_CROSSCOMPILING AND CMAKE_SYSTEM_PROCESSOR STREQUAL aarch64)
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
 endif()
 
-# What only Debian wants beside the installation: see packaging/debian/complete.cmake.
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/complete.cmake)
+# The same sources make the same bytes.
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/packaging/reproducible.cmake)
+
+if(ORU_STATIC)
+    set(CPACK_GENERATOR External)
+    set(CPACK_PACKAGE_FILE_NAME
+        oru-cgi-applet-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR})
+    set(CPACK_PACKAGING_INSTALL_PREFIX /usr/local)
+    set(CPACK_MONOLITHIC_INSTALL ON)
+    set(CPACK_EXTERNAL_ENABLE_STAGING ON)
+    set(CPACK_EXTERNAL_PACKAGE_SCRIPT ${PROJECT_SOURCE_DIR}/packaging/archive/pack.cmake)
+    set(CPACK_ORU_HEADERS ${GLAZE_INCLUDE_DIR}/glaze/glaze.hpp)
+    foreach(program oru-cgi-applet oru-snapshot)
+        set(map ${PROJECT_BINARY_DIR}/${program}.map)
+        target_link_options(${program} PRIVATE -Wl,-Map=${map})
+        list(APPEND CPACK_ORU_LINK_MAPS ${map})
+    endforeach()
+else()
+    # What only Debian wants beside the installation: see packaging/debian/complete.cmake.
+    set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/complete.cmake)
+endif()
 
 include(CPack)

@@ -7,13 +7,18 @@ set(CMAKE_POLICY_DEFAULT_CMP0069 NEW)
 add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
+set(ORU_TEST_TIMEOUT 300)  # seconds
+if(CMAKE_CROSSCOMPILING)
+    set(ORU_TEST_TIMEOUT 3000)  # an emulator's
+endif()
+
 # oru_add_test(name SOURCES file... LIBS library...): a test program; ctest runs each of its tests.
 function(oru_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS")
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest_main oru-warnings)
     gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
-        PROPERTIES TIMEOUT 300)
+        PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT})
 endfunction()
 
 # oru_repeat_test(name prefix PROPERTIES property value... [EXCEPT pattern...]): runs the tests of a
@@ -23,5 +28,5 @@ function(oru_repeat_test name prefix)
     cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "PROPERTIES;EXCEPT")
     list(JOIN ARG_EXCEPT ":" except)
     gtest_discover_tests(${name} TEST_PREFIX ${prefix}.${name}. DISCOVERY_MODE PRE_TEST
-        TEST_FILTER "-${except}" PROPERTIES TIMEOUT 300 ${ARG_PROPERTIES})
+        TEST_FILTER "-${except}" PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT} ${ARG_PROPERTIES})
 endfunction()

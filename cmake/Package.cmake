@@ -23,8 +23,8 @@ system's inputs and modes, and the identities of its clients. The
 server-report tool prints the video chapter of the device's server report:
 streams, quotas, HDMI output, channels, resolutions and inputs.
 Snapshots of the video service are checked with oru-snapshot.")
-if(CMAKE_CROSSCOMPILING AND CMAKE_SYSTEM_PROCESSOR STREQUAL aarch64)
-    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
+if(ORU_CROSS)
+    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${ORU_CROSS})
 endif()
 
 # The same sources make the same bytes.

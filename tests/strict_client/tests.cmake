@@ -37,13 +37,13 @@ oru_add_test(strict_client_test SOURCES strict_client/strict_client_test.cpp LIB
 add_test(NAME strict.random_devices
          COMMAND /usr/bin/python3 ${CMAKE_CURRENT_SOURCE_DIR}/snapshot/random_devices_test.py
                  ${PROJECT_SOURCE_DIR} ${ORU_STRICT_BIN_DIR} 61 60)
-set_tests_properties(strict.random_devices PROPERTIES TIMEOUT 300)
+set_tests_properties(strict.random_devices PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT})
 
 # What they print, held against the model.
 add_test(NAME strict.model
          COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/model/compare.py
                  ${ORU_STRICT_BIN_DIR} $<TARGET_FILE:redirect-etc-oru> 301 150)
-set_tests_properties(strict.model PROPERTIES TIMEOUT 300 PROCESSORS 2)
+set_tests_properties(strict.model PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT} PROCESSORS 2)
 
 # What it answers, recorded through it and given back by ours.
 if(ORU_CLIENT STREQUAL snapshot AND CMAKE_BUILD_TYPE STREQUAL Release)
@@ -52,5 +52,5 @@ if(ORU_CLIENT STREQUAL snapshot AND CMAKE_BUILD_TYPE STREQUAL Release)
                      ${CMAKE_RUNTIME_OUTPUT_DIRECTORY} $<TARGET_FILE:redirect-etc-oru> 301 150
                      ${written_by_hand})
     set_tests_properties(strict.recordings PROPERTIES
-        TIMEOUT 300 PROCESSORS 2 ENVIRONMENT ORU_TEST_SERVICE_BIN_DIR=${ORU_STRICT_BIN_DIR})
+        TIMEOUT ${ORU_TEST_TIMEOUT} PROCESSORS 2 ENVIRONMENT ORU_TEST_SERVICE_BIN_DIR=${ORU_STRICT_BIN_DIR})
 endif()

@@ -83,6 +83,21 @@ TEST(Map, KeepsItsEntriesAscendingByTheBytesOfTheKeys) {
     EXPECT_EQ(map.find("input"), nullptr);
 }
 
+TEST(Map, FindsEveryKeyOfAnyNumberAndNoneBetween) {
+    qw::map map;
+    for (std::uint32_t count = 0; count <= 100; ++count) {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            EXPECT_EQ(at<std::uint32_t>(map, std::string(1, static_cast<char>('!' + i)) + "1"), i)
+                << "of " << count;
+        }
+        for (std::uint32_t i = 0; i <= count; ++i) {
+            EXPECT_EQ(map.find(std::string(1, static_cast<char>('!' + i)) + "0"), nullptr)
+                << i << " of " << count;
+        }
+        map.assign(std::string(1, static_cast<char>('!' + count)) + "1", count);
+    }
+}
+
 TEST(Map, InsertKeepsWhatIsThereAndAssignReplacesIt) {
     qw::map map;
     EXPECT_TRUE(map.insert("a", std::uint32_t{1}));

@@ -134,8 +134,16 @@ std::size_t map::size() const noexcept {
 }
 
 const value* map::find(std::string_view key) const noexcept {
-    const entry* found = at_or_after({begin(), size()}, key);
-    return found != end() && found->key == key ? &found->value : nullptr;
+    std::span<const entry> left{begin(), size()};
+    // Most keys of a few differ in length already: to look at all of these costs less than to order
+    // them.
+    constexpr std::size_t few = 16;
+    while (left.size() > few) {
+        const std::size_t half = left.size() / 2;
+        left = left[half].key <= key ? left.subspan(half) : left.first(half);
+    }
+    const auto found = std::ranges::find(left, key, &entry::key);
+    return found != left.end() ? &found->value : nullptr;
 }
 
 map::content& map::own() {

@@ -2,8 +2,6 @@
 # binary is built with the other one.
 set(BUILD_GMOCK OFF CACHE INTERNAL "")
 set(INSTALL_GTEST OFF CACHE INTERNAL "")
-# The package asks for so old a CMake that it would not be optimised as a whole like the rest.
-set(CMAKE_POLICY_DEFAULT_CMP0069 NEW)
 add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 

@@ -40,6 +40,8 @@ if(VALGRIND AND NOT ORU_SANITIZE AND NOT ORU_COVERAGE)
     add_test(NAME valgrind
              COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind.sh ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
                      ${snapshots})
-    add_test(NAME strict.valgrind
-             COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind.sh ${ORU_STRICT_BIN_DIR} ${snapshots})
+    if(ORU_STRICT_BIN_DIR)
+        add_test(NAME strict.valgrind
+                 COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind.sh ${ORU_STRICT_BIN_DIR} ${snapshots})
+    endif()
 endif()

@@ -30,13 +30,19 @@ check() {
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 for snapshot; do
-    for switch in -q -s -i -qsi --help --foo; do
+    for switch in -q -s -i; do
         check "$snapshot" oru-tlm-tool "$switch"
     done
-    for switch in -l -q -o -c -r -a -i -lqcai --help --foo; do
+    for switch in -l -q -o -c -r -a -i; do
         check "$snapshot" oru-serverreport-tool "$switch"
     done
     check "$snapshot" oru-snapshot record
+done
+for switch in -qsi --help --foo; do
+    check "$1" oru-tlm-tool "$switch"
+done
+for switch in -lqcai --help --foo; do
+    check "$1" oru-serverreport-tool "$switch"
 done
 echo "$runs runs"
 exit "$status"

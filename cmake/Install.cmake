@@ -7,11 +7,13 @@ install(TARGETS oru-cgi-applet oru-snapshot)
 install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/oru-tlm-tool
               ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/oru-serverreport-tool
         TYPE BIN)
-install(FILES docs/man/oru-cgi-applet.1 docs/man/oru-serverreport-tool.1 docs/man/oru-snapshot.1
-              docs/man/oru-tlm-tool.1
-        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES docs/man/oru-reports.5 docs/man/oru-snapshot.5
-        DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+if(ORU_MANUALS)
+    install(FILES docs/man/oru-cgi-applet.1 docs/man/oru-serverreport-tool.1
+                  docs/man/oru-snapshot.1 docs/man/oru-tlm-tool.1
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES docs/man/oru-reports.5 docs/man/oru-snapshot.5
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+endif()
 install(FILES docs/reports.schema.json docs/snapshot.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/oru)
 install(PROGRAMS examples/read_report.py DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

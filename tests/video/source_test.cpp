@@ -25,6 +25,7 @@
 #include "support/temp_directory.h"
 #include "support/tools.h"
 #include "video/snapshot/snapshot.h"
+#include "video/snapshot/source.h"
 #include "video/snapshot_file.h"
 
 namespace {
@@ -105,6 +106,16 @@ TEST(file, is_at_most_128_mib) {
               " is 134217729 bytes long, more than the 134217728 of a snapshot");
     std::filesystem::resize_file(file.path(), 134217728);
     EXPECT_EQ(complaint(file.path()), "1:3: this is a NUL byte");
+}
+
+// Waiting for these to be over takes a minute: the tests below wait for shorter ones.
+TEST(source_limits, are_128_mib_and_half_a_minute) {
+    using namespace std::chrono_literals;
+    const oru::source_limits limits;
+    EXPECT_EQ(limits.bytes, 134217728U);
+    EXPECT_EQ(limits.socket_silence, 5s);
+    EXPECT_EQ(limits.socket_total, 30s);
+    EXPECT_EQ(limits.pipe_silence, 60s);
 }
 
 TEST(file, is_read_through_a_link) {

@@ -10,6 +10,7 @@
 #include "snapshot/command.h"
 #include "snapshot/graph.h"
 #include "snapshot/metrics.h"
+#include "snapshot/probe.h"
 #include "snapshot/record.h"
 #include "snapshot/show.h"
 
@@ -27,13 +28,17 @@ constexpr command commands[] = {
     {"show", "[FILE]", show},
     {"graph", "[FILE]", graph},
     {"metrics", "[-o FILE] [FILE]", metrics},
+    {"probe", "", probe},
 };
 
 std::string usage() {
     std::string text;
     for (const command& known : commands) {
         text += text.empty() ? "Usage: " : "       ";
-        text.append("oru-snapshot ").append(known.name).append(" ").append(known.arguments);
+        text.append("oru-snapshot ").append(known.name);
+        if (!std::string_view(known.arguments).empty()) {
+            text.append(" ").append(known.arguments);
+        }
         text += '\n';
     }
     return text + "       oru-snapshot --help | --version\n";

@@ -1,5 +1,6 @@
 #include "video/native.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -78,6 +79,10 @@ std::vector<native_entry> native_map::entries() const {
     return entries;
 }
 
+unsigned native_map::kind_code(std::string_view key) const {
+    return static_cast<unsigned>(as_map(map_).find(key)->kind());
+}
+
 std::string native_map::to_json() const {
     return json_of(as_map(map_));
 }
@@ -122,10 +127,15 @@ native_pair halves_of(std::uint64_t pair) {
             .second = static_cast<std::uint32_t>(pair >> 32)};
 }
 
-std::vector<native_resolution> native_resolutions(const void* set) {
-    // A count, and after it that many resolutions.
+std::uint64_t native_resolution_count(const void* set) {
     std::uint64_t count = 0;
     std::memcpy(&count, set, sizeof count);
+    return count;
+}
+
+std::vector<native_resolution> native_resolutions(const void* set, std::uint64_t most) {
+    // They stand after their count.
+    const std::uint64_t count = std::min(native_resolution_count(set), most);
     std::vector<native_resolution> resolutions(static_cast<std::size_t>(count));
     if (!resolutions.empty()) {
         std::memcpy(resolutions.data(), static_cast<const char*>(set) + sizeof count,

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -45,6 +46,9 @@ class native_map {
     // Return what the map holds, ascending by the bytes of the keys.
     std::vector<std::string> keys() const;
     std::vector<native_entry> entries() const;
+
+    // Returns the bus's own code of the kind of the value under `key`, which must be there.
+    unsigned kind_code(std::string_view key) const;
 
     // Returns the map as the text of one JSON object, as the bus library writes it. Throws a
     // std::runtime_error with the bus library's message when that fails.
@@ -88,9 +92,13 @@ struct native_resolution {
     std::uint32_t height;
 };
 
-// Returns the resolutions of the set that oru_channel_get_resolutions() returned, which must not be
-// NULL.
-std::vector<native_resolution> native_resolutions(const void* set);
+// Returns how many resolutions there are in the set that oru_channel_get_resolutions() returned,
+// which must not be NULL.
+std::uint64_t native_resolution_count(const void* set);
+
+// Returns the first of them, so many at most.
+std::vector<native_resolution> native_resolutions(
+    const void* set, std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
 
 // Returns the object in a list's link, which stays the list's.
 template <class Object>

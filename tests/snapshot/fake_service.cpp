@@ -263,7 +263,7 @@ std::string native_table::to_json() const {
     return std::format(" {{\n\t\"{}\" :{}\r}} ", content_->name, *content_->json);
 }
 
-std::vector<native_resolution> native_resolutions(const void* set) {
+std::vector<native_resolution> native_resolutions(const void* set, std::uint64_t) {
     std::size_t size = 0;
     std::memcpy(&size, set, sizeof size);
     std::vector<native_resolution> resolutions(size);

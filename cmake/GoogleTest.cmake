@@ -10,13 +10,14 @@ if(CMAKE_CROSSCOMPILING)
     set(ORU_TEST_TIMEOUT 3000)  # an emulator's
 endif()
 
-# oru_add_test(name SOURCES file... LIBS library...): a test program; ctest runs each of its tests.
+# oru_add_test(name SOURCES file... LIBS library... [PROPERTIES property value...]): a test program;
+# ctest runs each of its tests, with these properties.
 function(oru_add_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS")
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS;PROPERTIES")
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest_main oru-warnings)
     gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
-        PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT})
+        PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT} ${ARG_PROPERTIES})
 endfunction()
 
 # oru_repeat_test(name prefix PROPERTIES property value... [EXCEPT pattern...]): runs the tests of a

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Runs both tools under valgrind, with every switch, and the recorder, on every snapshot named:
-# valgrind.sh BIN SNAPSHOT...
+# Runs both tools under valgrind, with every switch, the recorder and the probe, on every snapshot
+# named: valgrind.sh BIN SNAPSHOT...
 # Any error, and any block that is lost, ends in a failure; tests/support/valgrind.supp names the
 # only exception. Blocks that are lost "indirectly" hang on one that is lost and is told of, or is
 # the exception: a client may give its maps memory whenever they are asked for something. Blocks that
@@ -37,6 +37,7 @@ for snapshot; do
         check "$snapshot" oru-serverreport-tool "$switch"
     done
     check "$snapshot" oru-snapshot record
+    check "$snapshot" oru-snapshot probe
 done
 for switch in -qsi --help --foo; do
     check "$1" oru-tlm-tool "$switch"

@@ -71,6 +71,11 @@ bool gives_null(std::string_view call) {
     return named != nullptr && named == call;
 }
 
+bool is_planted(std::string_view fault) {
+    static const char* planted = std::getenv("ORU_STRICT_FAULT");
+    return planted != nullptr && fault == planted;
+}
+
 // --- What is handed out -------------------------------------------------------------------------
 
 namespace {

@@ -7,6 +7,7 @@
 //                         list at the end goes nowhere else: standard error is the tools' own.
 //   ORU_STRICT_EXACT=1    a typed getter returns its default for every kind but its own
 //   ORU_STRICT_NULL=NAME  the operation of that name gives NULL or FALSE, and no error
+//   ORU_STRICT_FAULT=NAME the fault of that name is in the library; see faults.cpp
 #pragma once
 
 #include <cstdint>
@@ -26,8 +27,9 @@ void log(std::string_view line);
 std::string quoted(std::string_view text);
 void log_native_read(const qw::map& map, const std::string& key);
 
-// Whether $ORU_STRICT_NULL names the operation.
+// Whether $ORU_STRICT_NULL names the operation, or $ORU_STRICT_FAULT the fault.
 bool gives_null(std::string_view call);
+bool is_planted(std::string_view fault);
 
 // --- What is handed out -------------------------------------------------------------------------
 

@@ -159,7 +159,7 @@ gboolean fill(const call& made, const std::array<std::uint32_t, Count>* from,
 bool matches(const channel_record& channel, const qw::map& filter) {
     for (const auto& [key, wanted] : filter) {
         const auto* text = std::get_if<std::string>(&wanted.content);
-        const auto found = channel.properties.std::map<std::string, qw::tagged>::find(key);
+        const auto found = channel.properties.by_key::find(key);
         if (text == nullptr) {
             continue;
         }
@@ -174,7 +174,7 @@ bool matches(const channel_record& channel, const qw::map& filter) {
 }
 
 std::string text_in(const qw::map& map, const char* key) {
-    const auto found = map.std::map<std::string, qw::tagged>::find(key);
+    const auto found = map.by_key::find(key);
     const auto* text =
         found == map.end() ? nullptr : std::get_if<std::string>(&found->second.content);
     return text == nullptr ? "" : *text;

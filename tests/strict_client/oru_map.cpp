@@ -67,7 +67,7 @@ template <class T>
 T number(const call& made, OruMap* map, const gchar* key, std::uint16_t wanted, T def) {
     made.gives_nothing();
     const qw::map& native = content(made, map).native;
-    const auto found = native.std::map<std::string, qw::tagged>::find(key);
+    const auto found = native.by_key::find(key);
     if (found == native.end()) {
         return def;
     }
@@ -93,7 +93,7 @@ template <class T>
 const T* exactly(const call& made, OruMap* map, const gchar* key) {
     made.gives_nothing();
     const qw::map& native = content(made, map).native;
-    const auto found = native.std::map<std::string, qw::tagged>::find(key);
+    const auto found = native.by_key::find(key);
     return found == native.end() ? nullptr : std::get_if<T>(&found->second.content);
 }
 

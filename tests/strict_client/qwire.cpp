@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>
@@ -56,9 +57,14 @@ std::string json_of(const qw::tagged& value) {
 
 namespace qw {
 
+bool key_order::operator()(const std::string& one, const std::string& other) const {
+    static const bool is_reversed = strict::is_planted("order of native keys");
+    return is_reversed ? other < one : one < other;
+}
+
 map::const_iterator map::find(const std::string& key) const {
     strict::log_native_read(*this, key);
-    return std::map<std::string, tagged>::find(key);
+    return strict::is_planted("look-up in the native map") ? lower_bound(key) : by_key::find(key);
 }
 
 std::optional<std::string> map::to_json(std::string& out) const {
@@ -69,6 +75,16 @@ std::optional<std::string> map::to_json(std::string& out) const {
             return "the value of '" + key + "' is not finite: JSON has no form for it";
         }
         text += (text.empty() ? "{" : ",") + quoted(key) + ':' + json_of(value);
+    }
+    if (strict::is_planted("to_json")) {
+        text += ',';
+    } else if (strict::is_planted("to_json of two keys") && size() == 2) {
+        text = '{' + quoted(rbegin()->first) + ':' + json_of(rbegin()->second) + ',' +
+               quoted(begin()->first) + ':' + json_of(begin()->second);
+    } else if (strict::is_planted("to_json of a pair") &&
+               std::ranges::any_of(
+                   *this, [](const auto& entry) { return entry.second.tag == tag_pair; })) {
+        return "pairs are not supported";
     }
     out = text.empty() ? "{}" : text + '}';
     return std::nullopt;

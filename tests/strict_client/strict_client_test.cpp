@@ -194,6 +194,19 @@ std::string said(const std::string& snapshot, const std::function<std::string()>
     return got.said;
 }
 
+TEST(strict_client, lets_an_element_that_is_held_outlive_its_list) {
+    EXPECT_EQ(said(full,
+                   [] {
+                       GList* all = oru_stream_get_all(nullptr);
+                       auto* held = static_cast<OruStream*>(g_object_ref(all->data));
+                       g_list_free_full(all, g_object_unref);
+                       const guint32 id = oru_stream_get_id(held);
+                       g_object_unref(held);
+                       return std::to_string(id);
+                   }),
+              "1");
+}
+
 TEST(strict_client, overwrites_a_text_when_its_map_changes_or_is_released) {
     EXPECT_EQ(said(full,
                    [] {

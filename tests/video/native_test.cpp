@@ -109,6 +109,13 @@ TEST_F(native_test, an_object_stays_in_its_link_or_is_taken_out) {
     EXPECT_EQ(oru_stream_get_id(object_in<OruStream>(streams->next)), 2U);
 }
 
+TEST_F(native_test, narrow_kinds_have_the_codes_of_the_bus) {
+    const native_map native(map_.get());
+    EXPECT_EQ(native.kind_code("narrow"), 7U);
+    EXPECT_EQ(native.kind_code("wide"), 8U);
+    EXPECT_EQ(native.kind_code("text"), 2U);
+}
+
 TEST(native_resolutions, are_read_after_their_count) {
     const std::uint64_t none = 0;
     EXPECT_TRUE(native_resolutions(&none).empty());
@@ -122,6 +129,18 @@ TEST(native_resolutions, are_read_after_their_count) {
     EXPECT_EQ(resolutions[0].height, 1080U);
     EXPECT_EQ(resolutions[1].width, 4294967295U);
     EXPECT_EQ(resolutions[1].height, 0U);
+}
+
+TEST(native_resolutions, are_read_up_to_a_number) {
+    struct {
+        std::uint64_t count = 0xFFFFFFFFFFFFFFFF;  // of another layout
+        std::uint32_t numbers[2] = {1920, 1080};
+    } set;
+    EXPECT_EQ(native_resolution_count(&set), 0xFFFFFFFFFFFFFFFFU);
+    EXPECT_TRUE(native_resolutions(&set, 0).empty());
+    const auto resolutions = native_resolutions(&set, 1);
+    ASSERT_EQ(resolutions.size(), 1U);
+    EXPECT_EQ(resolutions[0].height, 1080U);
 }
 
 }  // namespace

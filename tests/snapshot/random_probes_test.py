@@ -2,7 +2,7 @@
 """Probes random devices that answer everything, through each of the clients: nothing departs, all clients are told of
 alike, and every check but those of failures is tried on one device at least.
 
-usage: probe_test.py MODEL FIRST COUNT TOOLS...: the directory of the generator; the first seed and how many; where the
+usage: random_probes_test.py MODEL FIRST COUNT TOOLS...: the directory of the generator; the first seed and how many; where the
 tools of each client are"""
 
 import os

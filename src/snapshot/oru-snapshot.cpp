@@ -18,7 +18,7 @@ namespace {
 
 struct command {
     std::string_view name;
-    const char* arguments;
+    std::string_view arguments;
     command_function* run;
 };
 
@@ -36,7 +36,7 @@ std::string usage() {
     for (const command& known : commands) {
         text += text.empty() ? "Usage: " : "       ";
         text.append("oru-snapshot ").append(known.name);
-        if (!std::string_view(known.arguments).empty()) {
+        if (!known.arguments.empty()) {
             text.append(" ").append(known.arguments);
         }
         text += '\n';

@@ -2,9 +2,7 @@
 // that is named beside it.
 #pragma once
 
-#include <optional>
 #include <span>
-#include <string>
 
 #include "snapshot/probe_service.h"
 #include "snapshot/probe_verdict.h"

@@ -124,7 +124,7 @@ given ask(OruMap* map, const std::string& key) {
 }
 
 template <class Getter>
-std::size_t own_kind() {
+std::size_t kind_of() {
     return Getter::form(Getter::defaults[0]).index();
 }
 
@@ -147,7 +147,7 @@ template <class Getter>
 void own_kind(const probed_service& service, verdict& told) {
     for_each_entry(service.every_map,
                    [&](const std::string& name, OruMap* map, const native_entry& entry) {
-                       if (entry.value.index() == own_kind<Getter>()) {
+                       if (entry.value.index() == kind_of<Getter>()) {
                            const given got = ask<Getter>(map, entry.key);
                            const std::string wanted = words_of(entry.value);
                            told.expect(got.value == wanted, "{}: '{}': {}, in the native map {}",
@@ -182,7 +182,7 @@ void other_kind(const probed_service& service, verdict& told) {
     std::set<std::string_view> defaulted;
     for_each_entry(
         service.every_map, [&](const std::string& name, OruMap* map, const native_entry& entry) {
-            if (entry.value.index() == own_kind<Getter>()) {
+            if (entry.value.index() == kind_of<Getter>()) {
                 return;
             }
             const given got = ask<Getter>(map, entry.key);

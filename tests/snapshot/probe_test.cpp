@@ -70,6 +70,8 @@ one of two maps released: ok
 one of two lists released: ok
 a stream held without its list: ok
 a channel held without its list: ok
+the service after oru_map_remove: ok
+the service after oru_map_remove_prefix: ok
 oru_map_new: ok
 oru_map_set_string: ok
 oru_map_contains: ok
@@ -170,6 +172,8 @@ one of two maps released: not seen
 one of two lists released: not seen
 a stream held without its list: not seen
 a channel held without its list: not seen
+the service after oru_map_remove: not seen
+the service after oru_map_remove_prefix: not seen
 oru_map_new: ok
 oru_map_set_string: ok
 oru_map_contains: ok

@@ -67,12 +67,12 @@ const qw::tagged* find(OruMap* map, const gchar* key) {
 // What a getter gives with its fault, if that is planted.
 template <class Value>
 Value wrong(const std::string& getter, OruMap* map, const gchar* key, std::uint16_t own_kind,
-            Value right, Value wrong) {
+            Value right, Value otherwise) {
     const qw::tagged* value = find(map, key);
     return is_planted(getter + (value == nullptr         ? " of an absent key"
                                 : value->tag == own_kind ? ""
                                                          : " of another kind"))
-               ? wrong
+               ? otherwise
                : right;
 }
 
@@ -283,7 +283,7 @@ gboolean __wrap_oru_map_contains(OruMap* map, const gchar* key) {
 }
 
 void __wrap_oru_map_remove(OruMap* map, const gchar* key) {
-    if (is_planted("oru_map_remove of the service")) {
+    if (is_planted("the service after oru_map_remove")) {
         removed().insert(key);
     }
     if (!is_planted("oru_map_remove")) {

@@ -25,6 +25,10 @@ if(CMAKE_BUILD_TYPE STREQUAL Release)
     endif()
 endif()
 
+# Processors of 32 bits know the length of files beyond 2 GiB too. How long a time is there, the C++
+# library has decided.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+
 add_compile_options(-ffunction-sections -fdata-sections)
 add_link_options(-Wl,--gc-sections -Wl,--as-needed)
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
@@ -48,6 +52,11 @@ endif()
 if(ORU_STATIC_RUNTIME AND NOT ORU_STATIC)
     # Both compilers and both standard libraries know the option by this name.
     add_link_options($<$<LINK_LANGUAGE:CXX>:-static-libstdc++> -static-libgcc)
+    # On 32-bit ARM libc++'s archive goes with LLVM's unwinder alone: with libgcc's, the first exception
+    # that is thrown ends the program.
+    if(ORU_USES_LIBCXX AND CMAKE_SYSTEM_PROCESSOR MATCHES "^armv")
+        add_link_options($<$<LINK_LANGUAGE:CXX>:-l:libunwind.a>)
+    endif()
 endif()
 
 if(ORU_SANITIZE)

@@ -1,6 +1,9 @@
 // The record of earlier signal-processor assertions at the head of every report.
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -128,6 +131,26 @@ TEST(previous_assertions, a_queue_in_its_place_is_not_waited_for) {
     ASSERT_EQ(mkfifo((directory.path() + "/dsp-assertion").c_str(), 0600), 0);
     EXPECT_EQ(report_in(directory.path()), ended(0, header + "\n\n", unreadable));
 }
+
+// Where sizes and dates have 32 bits, a record with more of either cannot be read, but it is there.
+TEST(previous_assertions, a_record_of_a_late_date) {
+    const temp_directory directory;
+    const std::string path = directory.write("dsp-assertion", "{ }");
+    ASSERT_EQ(run({.executable = "/usr/bin/touch", .argv = {"touch", "--date=@4294967296", path}}),
+              ended(0, ""));
+    EXPECT_EQ(report_in(directory.path()), sizeof(time_t) == 4
+                                               ? ended(0, header + "\n\n", unreadable)
+                                               : ended(0, header + "{}\n\n"));
+}
+
+#if SIZE_MAX == UINT32_MAX
+TEST(previous_assertions, a_record_beyond_the_memory) {
+    const temp_directory directory;
+    const std::string path = directory.write("dsp-assertion", "{}");
+    ASSERT_EQ(truncate(path.c_str(), 4294967298), 0);  // of which 32 bits hold 2
+    EXPECT_EQ(report_in(directory.path()), ended(0, header + "\n\n", unreadable));
+}
+#endif
 
 // A line that is lost is an exception like any other, on either stream.
 TEST(previous_assertions, a_complaint_that_nobody_hears_ends_the_run) {

@@ -139,7 +139,11 @@ std::uint64_t native_resolution_count(const void* set) {
 std::vector<native_resolution> native_resolutions(const void* set, std::uint64_t most) {
     // They stand after their count.
     const std::uint64_t count = std::min(native_resolution_count(set), most);
-    std::vector<native_resolution> resolutions(static_cast<std::size_t>(count));
+    std::vector<native_resolution> resolutions;
+    if (count > resolutions.max_size()) {
+        throw std::length_error("a set of " + std::to_string(count) + " resolutions");
+    }
+    resolutions.resize(static_cast<std::size_t>(count));
     if (!resolutions.empty()) {
         std::memcpy(resolutions.data(), static_cast<const char*>(set) + sizeof count,
                     resolutions.size() * sizeof(native_resolution));

@@ -5,6 +5,7 @@
    With $ORU_TEST_MAIN set, main is called as no shell would: "argc" (no argument at all), "argv"
    (no vector) or "argv[0]" (a vector without its first entry). */
 #define _GNU_SOURCE
+#undef _FILE_OFFSET_BITS /* gives open() the name of open64(), and both are defined here */
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -31,9 +32,9 @@ static const char* redirect(const char* path, char* buffer, size_t size) {
 
 /* Whether the redirected file may not be read. */
 static int refused(const char* original, const char* path) {
-    struct stat status;
-    if (path == original || syscall(SYS_newfstatat, AT_FDCWD, path, &status, 0) != 0 ||
-        (status.st_mode & 0444) != 0) {
+    struct statx status;
+    if (path == original || syscall(SYS_statx, AT_FDCWD, path, 0, STATX_MODE, &status) != 0 ||
+        (status.stx_mode & 0444) != 0) {
         return 0;
     }
     errno = EACCES;

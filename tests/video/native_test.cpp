@@ -143,4 +143,18 @@ TEST(native_resolutions, are_read_up_to_a_number) {
     EXPECT_EQ(resolutions[0].height, 1080U);
 }
 
+// The lower half of this count, all that 32 bits hold of it, is a number like any other.
+TEST(native_resolutions, of_an_impossible_number_are_refused) {
+    struct {
+        std::uint64_t count = 9223372036854775809U;
+        std::uint32_t numbers[2] = {1920, 1080};
+    } set;
+    try {
+        native_resolutions(&set);
+        ADD_FAILURE() << "taken";
+    } catch (const std::length_error& error) {
+        EXPECT_STREQ(error.what(), "a set of 9223372036854775809 resolutions");
+    }
+}
+
 }  // namespace

@@ -106,6 +106,22 @@ TEST(file, is_at_most_128_mib) {
               " is 134217729 bytes long, more than the 134217728 of a snapshot");
     std::filesystem::resize_file(file.path(), 134217728);
     EXPECT_EQ(complaint(file.path()), "1:3: this is a NUL byte");
+    // Of these lengths, 32 bits hold 2, and none.
+    ASSERT_EQ(truncate(file.path().c_str(), 4294967298), 0);
+    EXPECT_EQ(complaint(file.path()),
+              " is 4294967298 bytes long, more than the 134217728 of a snapshot");
+    ASSERT_EQ(truncate(file.path().c_str(), 2147483648), 0);
+    EXPECT_EQ(complaint(file.path()),
+              " is 2147483648 bytes long, more than the 134217728 of a snapshot");
+}
+
+TEST(file, is_of_any_date_that_a_time_can_be) {
+    const snapshot_file file("{}");
+    ASSERT_EQ(
+        run({.executable = "/usr/bin/touch", .argv = {"touch", "--date=@4294967296", file.path()}}),
+        ended(0, ""));
+    EXPECT_EQ(complaint(file.path()),
+              sizeof(time_t) == 4 ? " Value too large for defined data type" : "");
 }
 
 // Waiting for these to be over takes a minute: the tests below wait for shorter ones.

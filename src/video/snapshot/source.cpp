@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <format>
 #include <optional>
@@ -61,15 +62,16 @@ ssize_t read_fully(int file, char* to, std::size_t size) {
     return static_cast<ssize_t>(got);
 }
 
-content_or_reason read_file(int file, std::size_t size, const source_limits& limits) {
-    if (size > limits.bytes) {
+content_or_reason read_file(int file, std::uint64_t length, const source_limits& limits) {
+    if (length > limits.bytes) {
         return std::unexpected(
-            std::format("is {} bytes long, more than the {} of a snapshot", size, limits.bytes));
+            std::format("is {} bytes long, more than the {} of a snapshot", length, limits.bytes));
     }
+    const auto size = static_cast<std::size_t>(length);
     std::string content;
     ssize_t got = 0;
-    content.resize_and_overwrite(size, [&](char* to, std::size_t length) {
-        got = read_fully(file, to, length);
+    content.resize_and_overwrite(size, [&](char* to, std::size_t) {
+        got = read_fully(file, to, size);
         return static_cast<std::size_t>(std::max<ssize_t>(got, 0));
     });
     char beyond = 0;
@@ -213,7 +215,7 @@ content_or_reason read_source(const std::string& path, const source_limits& limi
     }
     switch (status.st_mode & S_IFMT) {
         case S_IFREG:
-            return read_file(file.get(), static_cast<std::size_t>(status.st_size), limits);
+            return read_file(file.get(), static_cast<std::uint64_t>(status.st_size), limits);
         case S_IFIFO:
         case S_IFCHR:
             return read_pipe(file.get(), limits);

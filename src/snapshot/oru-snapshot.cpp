@@ -10,7 +10,7 @@
 #include "snapshot/command.h"
 #include "snapshot/graph.h"
 #include "snapshot/metrics.h"
-#include "snapshot/probe.h"
+#include "snapshot/probe/probe.h"
 #include "snapshot/record.h"
 #include "snapshot/show.h"
 

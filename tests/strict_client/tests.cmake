@@ -43,10 +43,10 @@ add_test(NAME strict.random_devices
 set_tests_properties(strict.random_devices PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT})
 
 # What its faults are told by, and that without one nothing departs, be it this client or the other.
-oru_add_test(probe_faults_test SOURCES snapshot/probe_faults_test.cpp LIBS run-tools
+oru_add_test(probe_faults_test SOURCES snapshot/probe/faults_test.cpp LIBS run-tools
              PROPERTIES ${strict})
 add_test(NAME strict.random_probes
-         COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/snapshot/random_probes_test.py
+         COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/snapshot/probe/random_probes_test.py
                  ${CMAKE_CURRENT_SOURCE_DIR}/model 501 60 ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
                  ${ORU_STRICT_BIN_DIR})
 set_tests_properties(strict.random_probes PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT})

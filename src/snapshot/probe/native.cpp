@@ -1,4 +1,6 @@
 // The native map behind a map: its order, its look-ups, its kinds and its JSON.
+#include "video/native.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -14,10 +16,9 @@
 
 #include "snapshot/json_text.h"
 #include "snapshot/other_json.h"
-#include "snapshot/probe_checks.h"
-#include "snapshot/probe_content.h"
+#include "snapshot/probe/checks.h"
+#include "snapshot/probe/content.h"
 #include "snapshot/snapshot_writer.h"
-#include "video/native.h"
 
 namespace {
 

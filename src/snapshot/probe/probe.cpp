@@ -1,14 +1,14 @@
-#include "snapshot/probe.h"
+#include "snapshot/probe/probe.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
 
-#include "snapshot/probe_checks.h"
-#include "snapshot/probe_queries.h"
-#include "snapshot/probe_service.h"
-#include "snapshot/probe_verdict.h"
+#include "snapshot/probe/checks.h"
+#include "snapshot/probe/queries.h"
+#include "snapshot/probe/service.h"
+#include "snapshot/probe/verdict.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "snapshot/oru_snapshot.h"
-#include "snapshot/probed_device.h"
+#include "snapshot/probe/probed_device.h"
 
 namespace {
 

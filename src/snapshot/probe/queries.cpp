@@ -1,4 +1,4 @@
-#include "snapshot/probe_queries.h"
+#include "snapshot/probe/queries.h"
 
 #include <array>
 #include <cstdint>

@@ -8,7 +8,7 @@
 
 #include <oru.h>
 
-#include "snapshot/probe_service.h"
+#include "snapshot/probe/service.h"
 #include "video/native.h"
 
 // Returns the name of the kind of the value.

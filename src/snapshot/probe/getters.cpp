@@ -12,8 +12,8 @@
 
 #include <oru.h>
 
-#include "snapshot/probe_checks.h"
-#include "snapshot/probe_content.h"
+#include "snapshot/probe/checks.h"
+#include "snapshot/probe/content.h"
 #include "video/native.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "snapshot/probe_content.h"
+#include "snapshot/probe/content.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "snapshot/probe_verdict.h"
+#include "snapshot/probe/verdict.h"
 
 #include <gtest/gtest.h>
 

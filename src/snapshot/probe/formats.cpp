@@ -8,7 +8,7 @@
 
 #include <oru.h>
 
-#include "snapshot/probe_checks.h"
+#include "snapshot/probe/checks.h"
 #include "video/owned.h"
 
 namespace {

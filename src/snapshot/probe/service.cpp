@@ -1,4 +1,4 @@
-#include "snapshot/probe_service.h"
+#include "snapshot/probe/service.h"
 
 #include <algorithm>
 #include <format>

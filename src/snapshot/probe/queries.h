@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "snapshot/probe_service.h"
-#include "snapshot/probe_verdict.h"
+#include "snapshot/probe/service.h"
+#include "snapshot/probe/verdict.h"
 
 // What a query was found to do: one that answers gives something and leaves the error alone, one
 // that fails gives NULL or FALSE and sets the error; with an error asked for and without, it does

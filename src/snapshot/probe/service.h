@@ -10,7 +10,7 @@
 
 #include <oru.h>
 
-#include "snapshot/probe_living.h"
+#include "snapshot/probe/living.h"
 #include "video/owned.h"
 
 // Something of the service's with the words that a person knows it by: "stream 3".

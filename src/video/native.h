@@ -96,8 +96,8 @@ struct native_resolution {
 // which must not be NULL.
 std::uint64_t native_resolution_count(const void* set);
 
-// Returns the first of them, so many at most. Throws a std::length_error that tells their number when
-// no memory could hold so many.
+// Returns the first of them, so many at most. Throws a std::length_error that tells their number
+// when no memory could hold so many.
 std::vector<native_resolution> native_resolutions(
     const void* set, std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
 

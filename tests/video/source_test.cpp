@@ -1,4 +1,6 @@
 // Where the client looks for its snapshot, and how it reads what is there.
+#include "video/snapshot/source.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -25,7 +27,6 @@
 #include "support/temp_directory.h"
 #include "support/tools.h"
 #include "video/snapshot/snapshot.h"
-#include "video/snapshot/source.h"
 #include "video/snapshot_file.h"
 
 namespace {

@@ -25,11 +25,11 @@ content without(const content& all, const Gone& gone) {
 }
 
 auto starts_with(const std::string& prefix) {
-    return [prefix](std::string_view key) { return key.starts_with(prefix); };
+    return [prefix = std::string(prefix)](std::string_view key) { return key.starts_with(prefix); };
 }
 
 auto is_key(const std::string& wanted) {
-    return [wanted](std::string_view key) { return key == wanted; };
+    return [wanted = std::string(wanted)](std::string_view key) { return key == wanted; };
 }
 
 void expect_same(verdict& told, const std::string& about, const content& wanted,

@@ -66,6 +66,16 @@ std::string answers_of(OruMap* map) {
     return text;
 }
 
+template <class Object>
+std::vector<std::string> answers_of_all(const std::vector<living<Object>>& all) {
+    std::vector<std::string> answers;
+    answers.reserve(all.size());
+    for (const living<Object>& object : all) {
+        answers.push_back(answers_of(object.get()));
+    }
+    return answers;
+}
+
 // Whether the object is still there and answers as it did.
 template <class Object>
 void expect_alive(verdict& told, const std::string& about, const living<Object>& object,
@@ -169,10 +179,7 @@ void check_two_lists(verdict& told, GList* (*ask)(GError**)) {
             return;
         }
         const living_list other = watch(second);
-        std::vector<std::string> before;
-        for (const living<Object>& element : elements_of<Object>(other.get())) {
-            before.push_back(answers_of(element.get()));
-        }
+        const std::vector<std::string> before = answers_of_all(elements_of<Object>(other.get()));
         one.reset();
         std::size_t at = 0;
         for (GList* link = other.get(); link != nullptr && at < before.size(); link = link->next) {
@@ -198,10 +205,7 @@ void check_held(verdict& told, GList* (*ask)(GError**)) {
     try_again(told, [&](verdict& now) {
         living_list list = watch(ask(nullptr));
         std::vector<living<Object>> held = elements_of<Object>(list.get());
-        std::vector<std::string> before;
-        for (const living<Object>& element : held) {
-            before.push_back(answers_of(element.get()));
-        }
+        const std::vector<std::string> before = answers_of_all(held);
         list.reset();
         for (std::size_t i = 0; i < held.size(); ++i) {
             expect_alive(now, std::format("element {}", i + 1), held[i], before[i]);

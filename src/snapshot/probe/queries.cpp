@@ -156,20 +156,13 @@ void tried_query::fills(std::string_view subject, const Ask& ask) {
 
 using map = owned_object<OruMap>;
 
-template <class Object, class Ask>
-void ask_of(const living<Object>& object, const Ask& ask) {
-    if (Object* asked = object.get(); asked != nullptr) {
-        ask(asked);
-    }
-}
-
 // The map that an object gives.
 template <class Object>
 void map_of(tried_query& query, const std::string& name, const living<Object>& object,
             OruMap* (*ask)(Object*, GError**)) {
-    ask_of(object, [&](Object* asked) {
+    if (Object* asked = object.get(); asked != nullptr) {
         query.gives<map>(name, [&](GError** error) { return ask(asked, error); });
-    });
+    }
 }
 
 template <class Object>
@@ -184,9 +177,9 @@ void map_of_each(tried_query& query, const std::vector<named<Object>>& all,
 template <std::size_t Count, class Object, class Ask>
 void numbers_of_each(tried_query& query, const std::vector<named<Object>>& all, const Ask& ask) {
     for (const auto& [name, object] : all) {
-        ask_of(object, [&](Object* asked) {
+        if (Object* asked = object.get(); asked != nullptr) {
             query.fills<Count>(name, [&](auto... out) { return ask(asked, out...); });
-        });
+        }
     }
 }
 
@@ -246,11 +239,11 @@ void channel_get_resolutions(const service& has, tried_query& query) {
         return;
     }
     for (const auto& [name, channel] : has.channels) {
-        ask_of(channel, [&](OruChannel* asked) {
+        if (OruChannel* asked = channel.get(); asked != nullptr) {
             query.gives<owned_block>(name, [&](GError** error) {
                 return oru_channel_get_resolutions(asked, filter.get(), error);
             });
-        });
+        }
     }
 }
 void channel_get_crop(const service& has, tried_query& query) {

@@ -31,6 +31,8 @@ add_compile_definitions(_FILE_OFFSET_BITS=64)
 
 add_compile_options(-ffunction-sections -fdata-sections)
 add_link_options(-Wl,--gc-sections -Wl,--as-needed)
+# It would tell where the sources lay: link-time optimisation names functions after that.
+add_link_options(-Wl,--build-id=none)
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     add_link_options(-fuse-ld=lld)
 endif()

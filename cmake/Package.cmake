@@ -35,6 +35,8 @@ if(ORU_STATIC)
     set(CPACK_PACKAGE_FILE_NAME
         oru-cgi-applet-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR})
     set(CPACK_PACKAGING_INSTALL_PREFIX /usr/local)
+    set(CPACK_SET_DESTDIR ON)  # the units name where they will lie, not where they are packed
+    set(CPACK_INSTALL_PREFIX /usr/local)
     set(CPACK_MONOLITHIC_INSTALL ON)
     set(CPACK_EXTERNAL_ENABLE_STAGING ON)
     set(CPACK_EXTERNAL_PACKAGE_SCRIPT ${PROJECT_SOURCE_DIR}/packaging/archive/pack.cmake)

@@ -8,4 +8,7 @@ configure_file(${source}/LICENSE ${doc}/copyright COPYONLY)
 configure_file(${source}/CHANGELOG.md ${doc}/changelog COPYONLY)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/changelog ${doc}/changelog.Debian COPYONLY)
 file(GLOB files ${doc}/changelog* ${usr}/share/man/man?/*)
+# Whoever packs it: cpack makes these folders as the umask says.
+file(CHMOD_RECURSE ${usr} DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 execute_process(COMMAND gzip -n9 ${files} COMMAND_ERROR_IS_FATAL ANY)

@@ -152,16 +152,7 @@ void two_objects(const probed_service& service, verdict& told) {
 
 void two_maps(const probed_service& service, verdict& told) {
     for (const map_source& source : service.maps) {
-        try_again(told, [&](verdict& now) {
-            living<OruMap> one = source.ask();
-            const living<OruMap> other = source.ask();
-            if (one.get() == nullptr || other.get() == nullptr) {
-                return;
-            }
-            const std::string before = answers_of(other.get());
-            one.release();
-            expect_alive(now, source.name, other, before);
-        });
+        check_two<OruMap>(told, source.name, source.ask);
     }
 }
 

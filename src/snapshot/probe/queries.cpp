@@ -34,9 +34,6 @@ class tried_query {
     void judge(query_verdict& now, std::string_view about, bool answered, bool may_be_nothing,
                const GError* error);
 
-    template <class Attempt>
-    void try_both(const Attempt& attempt);
-
     query_verdict& told_;
     std::optional<std::string>& first_failure_;
 };
@@ -63,25 +60,6 @@ void tried_query::judge(query_verdict& now, std::string_view about, bool answere
     }
 }
 
-// As try_again(), for the two of a query.
-template <class Attempt>
-void tried_query::try_both(const Attempt& attempt) {
-    const auto departed = [](const query_verdict& tried) {
-        return tried.answering.has_departed() || tried.failing.has_departed();
-    };
-    query_verdict first{};
-    attempt(first);
-    for (int again = 0; again < 2 && departed(first); ++again) {
-        query_verdict next{};
-        attempt(next);
-        if (!departed(next)) {
-            first = next;
-        }
-    }
-    told_.answering.add(first.answering);
-    told_.failing.add(first.failing);
-}
-
 void compare(query_verdict& now, std::string_view about, bool with, bool without) {
     if (with && !without) {
         now.answering.departs(
@@ -99,7 +77,7 @@ template <class Owner, class Ask>
 void tried_query::gives(std::string_view subject, const Ask& ask) {
     constexpr bool is_list = std::is_same_v<Owner, living_list>;
     const std::string about = prefix(subject);
-    try_both([&](query_verdict& now) {
+    try_again(told_, [&](query_verdict& now) {
         const auto take = [&](GError** error) {
             if constexpr (is_list) {
                 return watch(ask(error));
@@ -127,7 +105,7 @@ void tried_query::gives(std::string_view subject, const Ask& ask) {
 template <std::size_t Count, class Ask>
 void tried_query::fills(std::string_view subject, const Ask& ask) {
     const std::string about = prefix(subject);
-    try_both([&](query_verdict& now) {
+    try_again(told_, [&](query_verdict& now) {
         // A place that holds what it held before in both was not filled.
         std::array<guint32, Count> first;
         std::array<guint32, Count> second;
@@ -316,6 +294,19 @@ constexpr query queries[] = {
 };
 
 }  // namespace
+
+void query_verdict::add(const query_verdict& other) {
+    answering.add(other.answering);
+    failing.add(other.failing);
+}
+
+bool query_verdict::has_departed() const {
+    return answering.has_departed() || failing.has_departed();
+}
+
+bool query_verdict::is_ok() const {
+    return !has_departed() && (answering.is_ok() || failing.is_ok());
+}
 
 query_verdicts probe_queries(const probed_service& has) {
     query_verdicts found;

@@ -15,6 +15,11 @@ struct query_verdict {
     const char* name;
     verdict answering;
     verdict failing;
+
+    // As those of a verdict, of the two together.
+    void add(const query_verdict& other);
+    bool has_departed() const;
+    bool is_ok() const;
 };
 
 struct query_verdicts {

@@ -50,12 +50,12 @@ class verdict {
 
 // Two answers of a running service may differ because something happened in between: what departs
 // is tried twice more, and counts unless it is as it should be then.
-template <class Attempt>
-void try_again(verdict& told, const Attempt& attempt) {
-    verdict first;
+template <class Verdict, class Attempt>
+void try_again(Verdict& told, const Attempt& attempt) {
+    Verdict first{};
     attempt(first);
     for (int again = 0; again < 2 && first.has_departed(); ++again) {
-        verdict next;
+        Verdict next{};
         attempt(next);
         if (next.is_ok()) {
             first = next;

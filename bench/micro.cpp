@@ -36,7 +36,7 @@ void stream_records(benchmark::State& state) {
         state.SkipWithError("no streams");
         return;
     }
-    OruStream* stream = object_in<OruStream>(streams);
+    OruStream* stream = object_in<OruStream>(streams.get());
     const owned_object<OruMap> info{oru_stream_get_info(stream, nullptr)};
     const owned_object<OruMap> settings{oru_stream_get_settings(stream, nullptr)};
     const owned_object<OruMap> debug{oru_stream_get_debug(stream, nullptr)};

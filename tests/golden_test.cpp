@@ -27,7 +27,7 @@ std::string golden(const std::string& name) {
     return content(std::filesystem::path(ORU_GOLDEN_DIR) / (name + ".txt"));
 }
 
-TEST(Golden, ThereIsOneForEveryExampleAndTool) {
+TEST(golden, there_is_one_for_every_example_and_tool) {
     std::set<std::string> wanted;
     for (const auto& entry : std::filesystem::directory_iterator(ORU_EXAMPLES_DIR)) {
         if (entry.path().extension() == ".json") {
@@ -42,7 +42,7 @@ TEST(Golden, ThereIsOneForEveryExampleAndTool) {
     EXPECT_EQ(found, wanted);
 }
 
-TEST(Golden, TwoInputEncoder) {
+TEST(golden, two_input_encoder) {
     const std::string snapshot = example("two-input-encoder");
     EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("two-input-encoder.tlm")));
     EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
@@ -50,14 +50,14 @@ TEST(Golden, TwoInputEncoder) {
 }
 
 // A recording of the one before.
-TEST(Golden, RecordedEncoder) {
+TEST(golden, recorded_encoder) {
     const std::string snapshot = example("recorded-encoder");
     EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("recorded-encoder.tlm")));
     EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
               ended(0, golden("recorded-encoder.report")));
 }
 
-TEST(Golden, FailingDevice) {
+TEST(golden, failing_device) {
     const std::string snapshot = example("failing-device");
     EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("failing-device.tlm")));
     EXPECT_EQ(report(snapshot, {"-l", "-q", "-c", "-a", "-i"}),

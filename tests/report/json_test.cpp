@@ -17,7 +17,7 @@ std::string written(const Value& value) {
     return text;
 }
 
-TEST(Json, MembersAreInAscendingOrderOfTheirKeys) {
+TEST(json, members_are_in_ascending_order_of_their_keys) {
     json object;
     object["b"] = 1;
     object["a"] = 2;
@@ -26,7 +26,7 @@ TEST(Json, MembersAreInAscendingOrderOfTheirKeys) {
     EXPECT_EQ(written(object), R"({"B":3,"a":2,"b":1,"å":4})");
 }
 
-TEST(Json, EveryKindIsWrittenCompactly) {
+TEST(json, every_kind_is_written_compactly) {
     json object;
     object["number"] = std::uint32_t{4294967295};
     object["tens"] = std::uint32_t{1200};
@@ -42,7 +42,7 @@ TEST(Json, EveryKindIsWrittenCompactly) {
 
 // Seven characters are escaped and every other byte stays as it is, wherever it stands in a text:
 // writers that look at eight or sixteen bytes at once tend to differ between its start and its end.
-TEST(Json, SevenCharactersAreEscapedAndNoOthers) {
+TEST(json, seven_characters_are_escaped_and_no_others) {
     const std::string_view escapes = "\b\t\n\f\r\"\\";
     const std::string_view letters = "btnfr\"\\";
     for (int byte = 0; byte < 256; ++byte) {
@@ -65,13 +65,13 @@ TEST(Json, SevenCharactersAreEscapedAndNoOthers) {
     }
 }
 
-TEST(Json, MapsHaveTheSameFormsAndWholeNumbersOfTheirOwn) {
+TEST(json, maps_have_the_same_forms_and_whole_numbers_of_their_own) {
     using value = std::variant<std::string, std::uint32_t>;
     const std::map<std::string, value> map{{"b", "\x01 and \""}, {"a", std::uint32_t{1200}}};
     EXPECT_EQ(written(map), "{\"a\":1200,\"b\":\"\x01 and \\\"\"}");
 }
 
-TEST(Json, MergedObjectsStandInTurnInOnePairOfBraces) {
+TEST(json, merged_objects_stand_in_turn_in_one_pair_of_braces) {
     json numbers;
     numbers["z"] = 10;
     numbers["a"] = 1;
@@ -86,7 +86,7 @@ TEST(Json, MergedObjectsStandInTurnInOnePairOfBraces) {
     EXPECT_EQ(written(merged(numbers, none, counts)), R"({"a":1,"z":1e+1,"k":20})");
 }
 
-TEST(Json, DocumentsAreIndentedByFourWithArraysOnOneLine) {
+TEST(json, documents_are_indented_by_four_with_arrays_on_one_line) {
     json document;
     document["outer"]["number"] = 30;
     document["outer"]["list"] = json::array_t{1.0, 2.0};

@@ -97,7 +97,7 @@ constexpr form forms[] = {{0.0, "0"},
                           {-std::numeric_limits<double>::infinity(), "null"},
                           {std::numeric_limits<double>::quiet_NaN(), "null"}};
 
-TEST(Number, IsWrittenInTheReportsForm) {
+TEST(number, is_written_in_the_reports_form) {
     for (const auto& [value, text] : forms) {
         EXPECT_EQ(written(value), text);
     }
@@ -106,7 +106,7 @@ TEST(Number, IsWrittenInTheReportsForm) {
 constexpr std::uint64_t mantissa_bits = (std::uint64_t{1} << 52) - 1;
 
 // Every exponent, with mantissas at both ends, in the middle, and by chance.
-TEST(Number, AgreesWithTheCLibraryForEveryExponent) {
+TEST(number, agrees_with_the_c_library_for_every_exponent) {
     std::mt19937_64 random(20261120);
     for (std::uint64_t exponent = 0; exponent < 2047; ++exponent) {
         for (int sample = 0; sample < ORU_NUMBER_SAMPLES; ++sample) {
@@ -124,7 +124,7 @@ TEST(Number, AgreesWithTheCLibraryForEveryExponent) {
 }
 
 // Every exponent again, against digits that no floating-point code had a hand in.
-TEST(Number, AgreesWithWholeNumberArithmeticForEveryExponent) {
+TEST(number, agrees_with_whole_number_arithmetic_for_every_exponent) {
     std::mt19937_64 random(20261121);
     for (std::uint64_t exponent = 0; exponent < 2047; ++exponent) {
         for (const std::uint64_t mantissa :
@@ -143,7 +143,7 @@ TEST(Number, AgreesWithWholeNumberArithmeticForEveryExponent) {
 
 // Fractions of large whole numbers have few digits: some end with a 5 in the eighteenth place, a
 // tie, which goes to the even digit.
-TEST(Number, AgreesWithWholeNumberArithmeticForTies) {
+TEST(number, agrees_with_whole_number_arithmetic_for_ties) {
     constexpr std::uint64_t large = std::uint64_t{1} << 52;
     for (std::uint64_t whole = large; whole < large + 2000; ++whole) {
         for (const double divisor : {1.0, 2.0, 4.0, 8.0, 16.0, 32.0, 64.0}) {
@@ -154,7 +154,7 @@ TEST(Number, AgreesWithWholeNumberArithmeticForTies) {
     }
 }
 
-TEST(Number, AgreesWithTheCLibraryForShortDecimals) {
+TEST(number, agrees_with_the_c_library_for_short_decimals) {
     for (int thousandths = 0; thousandths < 200000; ++thousandths) {
         const double value = thousandths / 1000.0;
         ASSERT_EQ(written(value), respelt(value)) << value;

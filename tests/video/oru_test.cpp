@@ -60,10 +60,10 @@ class list {
     GList* first_;
 };
 
-class Oru : public testing::Test {
+class oru_test : public testing::Test {
   protected:
-    Oru() { setenv("ORU_SNAPSHOT", file.path().c_str(), 1); }
-    ~Oru() override {
+    oru_test() { setenv("ORU_SNAPSHOT", file.path().c_str(), 1); }
+    ~oru_test() override {
         unsetenv("ORU_SNAPSHOT");
         oru::reset();
     }
@@ -96,7 +96,7 @@ void expect_map(Get&& get, const std::string& expected) {
 
 // One value of each kind, and what each getter makes of it. A getter that returns its default
 // returns 7, 7.0, FALSE, "default" or 7.
-TEST_F(Oru, MapGettersWidenUnsignedNumbersAndNothingElse) {
+TEST_F(oru_test, map_getters_widen_unsigned_numbers_and_nothing_else) {
     record(R"({"system":{"caps":{
         "boolean": true, "string": "text", "uint32": 4294967295, "int64": -5, "double": 2.5,
         "pair": [1, 2], "uint16": {"uint16": 65535}, "small int64": {"int64": 5},
@@ -155,7 +155,7 @@ TEST_F(Oru, MapGettersWidenUnsignedNumbersAndNothingElse) {
     EXPECT_FALSE(oru_map_contains(map.get(), "absent"));
 }
 
-TEST_F(Oru, MapStringDefaultMayBeNull) {
+TEST_F(oru_test, map_string_default_may_be_null) {
     const owned<OruMap> map(oru_map_new());
     EXPECT_EQ(oru_map_get_string(map.get(), "absent", nullptr, nullptr), nullptr);
     gsize length = 99;
@@ -166,7 +166,7 @@ TEST_F(Oru, MapStringDefaultMayBeNull) {
     EXPECT_STREQ(oru_map_get_string(map.get(), "key", nullptr, nullptr), "second");
 }
 
-TEST_F(Oru, MapChangesStayInTheMapThatWasChanged) {
+TEST_F(oru_test, map_changes_stay_in_the_map_that_was_changed) {
     record(R"({"mode":{"info":{"view":"a","capture.width":1,"captured":2,"available":3,"x":4}}})");
     const owned<OruMode> mode(oru_mode_new(nullptr));
     ASSERT_NE(mode, nullptr);
@@ -190,7 +190,7 @@ TEST_F(Oru, MapChangesStayInTheMapThatWasChanged) {
 
 // --- Every operation, recorded ------------------------------------------------------------------
 
-TEST_F(Oru, AnswersWhatIsRecorded) {
+TEST_F(oru_test, answers_what_is_recorded) {
     record(R"({
         "system": {"caps": {"is": "caps"}},
         "mode": {"info": {"is": "mode info"}},
@@ -302,7 +302,7 @@ std::vector<guint32> filtered(OruMap* filter) {
     return found;
 }
 
-TEST_F(Oru, FiltersChannelsByTheirProperties) {
+TEST_F(oru_test, filters_channels_by_their_properties) {
     record(R"({"channel":{"all":[
         {"id":0,"properties":{"key":"input","n":1}}, {"id":1,"properties":{"key":"view"}}, {"id":2},
         {"id":3,"properties":{"side":"left","key":"input"}}, {"id":4,"properties":{"key":5}}]}})");
@@ -323,7 +323,7 @@ TEST_F(Oru, FiltersChannelsByTheirProperties) {
     EXPECT_EQ(filtered(number.get()), (std::vector<guint32>{0}));
 }
 
-TEST_F(Oru, AnswersTheFilterForInputsWithTheirOwnList) {
+TEST_F(oru_test, answers_the_filter_for_inputs_with_their_own_list) {
     record(R"({"channel":{
         "all":[{"id":0,"properties":{"key":"input"}},{"id":1,"properties":{"key":"view"}}],
         "filtered":[{"id":5,"info":{"is":"five"}},{"id":1,"properties":{"key":"view"},
@@ -344,7 +344,7 @@ TEST_F(Oru, AnswersTheFilterForInputsWithTheirOwnList) {
                "not recorded: channel info not recorded");
 }
 
-TEST_F(Oru, AnswersTheFilterForInputsWhereAllChannelsFail) {
+TEST_F(oru_test, answers_the_filter_for_inputs_where_all_channels_fail) {
     record(R"({"channel":{"all":{"$error":"busy"},"filtered":[{"id":5}]}})");
     error all;
     EXPECT_EQ(oru_channel_get_all(all), nullptr);
@@ -359,7 +359,7 @@ TEST_F(Oru, AnswersTheFilterForInputsWhereAllChannelsFail) {
     EXPECT_EQ(filtered(filter.get()), std::vector<guint32>{});
 }
 
-TEST_F(Oru, AnEmptyListIsNoError) {
+TEST_F(oru_test, an_empty_list_is_no_error) {
     record(R"({"stream":{"all":[]},"channel":{"all":[]}})");
     error wrong;
     const owned<OruMap> filter(oru_map_new());
@@ -481,7 +481,7 @@ std::vector<std::pair<std::string, std::string>> every_error() {
 
 using errors = std::vector<std::pair<std::string, std::string>>;
 
-TEST_F(Oru, SaysWhatIsNotRecorded) {
+TEST_F(oru_test, says_what_is_not_recorded) {
     record("{}");
     EXPECT_EQ(every_error(),
               (errors{{"stream_get_all", "not recorded: streams not recorded"},
@@ -497,7 +497,7 @@ TEST_F(Oru, SaysWhatIsNotRecorded) {
                       {"mode_new", "not recorded: mode not recorded"}}));
 }
 
-TEST_F(Oru, SaysWhatIsNotRecordedOfAnObject) {
+TEST_F(oru_test, says_what_is_not_recorded_of_an_object) {
     record(R"({"system":{},"mode":{},"stream":{"all":[{"id":3}]},"channel":{"all":[{"id":5}]},
                "input":{"all":[{"id":1}]},"output":{"all":[{"id":0}]}})");
     EXPECT_EQ(
@@ -530,7 +530,7 @@ TEST_F(Oru, SaysWhatIsNotRecordedOfAnObject) {
                 {"mode_get_info", "not recorded: mode info not recorded"}}));
 }
 
-TEST_F(Oru, FailsWithTheRecordedMessage) {
+TEST_F(oru_test, fails_with_the_recorded_message) {
     record(R"({"system":{"$error":"1"},"mode":{"$error":"2"},
                "stream":{"debug":{"$error":"3"},"quota":{"$error":"4"},"limit":{"$error":"5"},
                "all":{"$error":"6"}},"channel":{"info":{"$error":"7"},"all":{"$error":"8"}},
@@ -548,7 +548,7 @@ TEST_F(Oru, FailsWithTheRecordedMessage) {
                                      {"mode_new", "failed: 2"}}));
 }
 
-TEST_F(Oru, FailsWithTheRecordedMessageOfAnObject) {
+TEST_F(oru_test, fails_with_the_recorded_message_of_an_object) {
     record(R"({"system":{"caps":{"$error":"1"}},"mode":{"info":{"$error":"2"}},
                "stream":{"debug":{},"quota":{},"limit":{},"all":[{"info":{"$error":"3"},
                "settings":{"$error":"4"},"debug":{"$error":"5"}}]},
@@ -584,7 +584,7 @@ TEST_F(Oru, FailsWithTheRecordedMessageOfAnObject) {
                                      {"mode_get_info", "failed: 2"}}));
 }
 
-TEST_F(Oru, FailsAlikeInEverythingWhenUnreachable) {
+TEST_F(oru_test, fails_alike_in_everything_when_unreachable) {
     record("{}");
     const errors operations = every_error();
     for (const auto& [text, reason] : {std::pair("{"s, ":1:2: "s), std::pair(""s, ": "s)}) {
@@ -600,7 +600,7 @@ TEST_F(Oru, FailsAlikeInEverythingWhenUnreachable) {
     }
 }
 
-TEST_F(Oru, LooksNamesUp) {
+TEST_F(oru_test, looks_names_up) {
     record(R"({"channel":{"all":[{"id":4,"resolutions":{"b":[[1,2]],"a":{"$error":"no a"},"":[]}}]},
                "input":{"all":[{"id":1,"resolution_unrotated":{"view":[1,2],"a":{"$error":"no a"}}}]}})");
     const list<OruChannel> channels(oru_channel_get_all(nullptr));
@@ -633,7 +633,7 @@ TEST_F(Oru, LooksNamesUp) {
               "not recorded: input 1: resolution_unrotated 'capture' not recorded");
 }
 
-TEST_F(Oru, LooksInputsAndOutputsUpByTheirNumber) {
+TEST_F(oru_test, looks_inputs_and_outputs_up_by_their_number) {
     record(R"({"input":{"all":[{"id":4294967295},{"id":2,"info":{}}]},"output":{"all":[]}})");
     const auto open = [](guint32 number) {
         error wrong;
@@ -651,7 +651,7 @@ TEST_F(Oru, LooksInputsAndOutputsUpByTheirNumber) {
 
 // --- Where the snapshot is found, and how long it lives -----------------------------------------
 
-TEST_F(Oru, ReadsTheSnapshotOnce) {
+TEST_F(oru_test, reads_the_snapshot_once) {
     record(R"({"stream":{"quota":{"n":1}}})");
     expect_map(oru_stream_get_quota, R"({"n":1})");
     file.write(R"({"stream":{"quota":{"n":2}}})");
@@ -660,7 +660,7 @@ TEST_F(Oru, ReadsTheSnapshotOnce) {
     expect_map(oru_stream_get_quota, R"({"n":2})");
 }
 
-TEST_F(Oru, RemembersThatItIsUnreachable) {
+TEST_F(oru_test, remembers_that_it_is_unreachable) {
     record("{");
     const errors before = every_error();
     file.write("{}");
@@ -669,7 +669,7 @@ TEST_F(Oru, RemembersThatItIsUnreachable) {
     EXPECT_NE(every_error(), before);
 }
 
-TEST_F(Oru, WhatWasHandedOutOutlivesTheSnapshot) {
+TEST_F(oru_test, what_was_handed_out_outlives_the_snapshot) {
     record(R"({"stream":{"all":[{"id":9,"info":{"text":"plain","escaped":"a\nb"}}]}})");
     const list<OruStream> streams(oru_stream_get_all(nullptr));
     const owned<OruMap> map(oru_stream_get_info(streams[0], nullptr));
@@ -683,7 +683,7 @@ TEST_F(Oru, WhatWasHandedOutOutlivesTheSnapshot) {
     EXPECT_STREQ(oru_map_get_string(map.get(), "escaped", nullptr, ""), "a\nb");
 }
 
-TEST_F(Oru, LooksInTheUsualPlaceWhenNoneIsNamed) {
+TEST_F(oru_test, looks_in_the_usual_place_when_none_is_named) {
     if (std::filesystem::exists("/run/oru/snapshot.json")) {
         GTEST_SKIP() << "this machine has a snapshot of its own";
     }
@@ -737,7 +737,7 @@ void expect_formats(std::string_view text, const std::vector<code_and_nick>& exp
     EXPECT_EXIT(exit(count_other_nicks(text, expected)), testing::ExitedWithCode(0), "^$");
 }
 
-TEST(OruFormats, AreTheUsualFiveUnlessRecorded) {
+TEST(oru_formats, are_the_usual_five_unless_recorded) {
     expect_formats("{}", {{0, "h264=h264"},
                           {1, "h265=h265"},
                           {2, "jpeg=jpeg"},
@@ -746,7 +746,7 @@ TEST(OruFormats, AreTheUsualFiveUnlessRecorded) {
                           {4, "(none)"}});
 }
 
-TEST(OruFormats, AreTheRecordedOnes) {
+TEST(oru_formats, are_the_recorded_ones) {
     expect_formats(R"({"formats":{"zz":5,"y\u00e9":4294967295,"aa":5,"h264":1}})",
                    {{5, "zz=zz"},
                     {4294967295, "y\xC3\xA9=y\xC3\xA9"},
@@ -755,11 +755,11 @@ TEST(OruFormats, AreTheRecordedOnes) {
                     {10, "(none)"}});
 }
 
-TEST(OruFormats, MayBeNone) {
+TEST(oru_formats, may_be_none) {
     expect_formats(R"({"formats":{}})", {{0, "(none)"}, {1, "(none)"}});
 }
 
-TEST(OruFormats, AreTheUsualFiveWhenUnreachable) {
+TEST(oru_formats, are_the_usual_five_when_unreachable) {
     expect_formats("{", {{0, "h264=h264"}, {10, "av1=av1"}, {5, "(none)"}});
 }
 

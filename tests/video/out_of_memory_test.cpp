@@ -80,7 +80,7 @@ long read_with_failing_allocations(const std::string& path, std::optional<oru::s
     }
 }
 
-TEST(OutOfMemory, IsAComplaintWhereverItHappens) {
+TEST(out_of_memory, is_a_complaint_wherever_it_happens) {
     const snapshot_file file(R"({
         "stream": {"all": [{"id": 1, "info": {"b": 1, "a": "escaped \n text, and a long one"}}, {}]},
         "channel": {"all": [{"id": 1, "properties": {"key": "input"},
@@ -92,7 +92,7 @@ TEST(OutOfMemory, IsAComplaintWhereverItHappens) {
     EXPECT_TRUE(*result);
 }
 
-TEST(OutOfMemory, IsAComplaintWhileAnotherIsMade) {
+TEST(out_of_memory, is_a_complaint_while_another_is_made) {
     const snapshot_file file("{\n  \"a member that nobody knows, with a long name\": 1}");
     std::optional<oru::snapshot> result;
     EXPECT_GT(read_with_failing_allocations(file.path(), result), 3);

@@ -32,7 +32,7 @@ T at(const qw::map& map, std::string_view key) {
     return value ? value->get_if<T>().value_or(T{}) : T{};
 }
 
-TEST(Value, KnowsItsKindByTheCodesOfTheBus) {
+TEST(value, knows_its_kind_by_the_codes_of_the_bus) {
     EXPECT_EQ(static_cast<int>(qw::value(true).kind()), 1);
     EXPECT_EQ(static_cast<int>(qw::value("text"sv).kind()), 2);
     EXPECT_EQ(static_cast<int>(qw::value(std::int64_t{1}).kind()), 3);
@@ -43,7 +43,7 @@ TEST(Value, KnowsItsKindByTheCodesOfTheBus) {
     EXPECT_EQ(static_cast<int>(qw::value(std::uint32_t{1}).kind()), 8);
 }
 
-TEST(Value, GivesItsContentOnlyAsItsOwnKind) {
+TEST(value, gives_its_content_only_as_its_own_kind) {
     const qw::value value(std::uint16_t{7});
     EXPECT_EQ(value.get_if<std::uint16_t>(), 7);
     EXPECT_EQ(value.get_if<std::uint32_t>(), std::nullopt);
@@ -61,7 +61,7 @@ TEST(Value, GivesItsContentOnlyAsItsOwnKind) {
     EXPECT_EQ(qw::value("[1]"sv).get_if<qw::other>(), std::nullopt);
 }
 
-TEST(Map, StartsEmpty) {
+TEST(map, starts_empty) {
     const qw::map map;
     EXPECT_TRUE(map.empty());
     EXPECT_EQ(map.begin(), map.end());
@@ -70,7 +70,7 @@ TEST(Map, StartsEmpty) {
     EXPECT_TRUE(map.filter_prefix("").empty());
 }
 
-TEST(Map, KeepsItsEntriesAscendingByTheBytesOfTheKeys) {
+TEST(map, keeps_its_entries_ascending_by_the_bytes_of_the_keys) {
     qw::map map;
     for (const auto key : {"input2"sv, "\xC3\xA9"sv, "input10"sv, "Z"sv, "input1"sv, ""sv}) {
         EXPECT_TRUE(map.insert(key, true));
@@ -83,7 +83,7 @@ TEST(Map, KeepsItsEntriesAscendingByTheBytesOfTheKeys) {
     EXPECT_EQ(map.find("input"), nullptr);
 }
 
-TEST(Map, FindsEveryKeyOfAnyNumberAndNoneBetween) {
+TEST(map, finds_every_key_of_any_number_and_none_between) {
     qw::map map;
     for (std::uint32_t count = 0; count <= 100; ++count) {
         for (std::uint32_t i = 0; i < count; ++i) {
@@ -98,7 +98,7 @@ TEST(Map, FindsEveryKeyOfAnyNumberAndNoneBetween) {
     }
 }
 
-TEST(Map, InsertKeepsWhatIsThereAndAssignReplacesIt) {
+TEST(map, insert_keeps_what_is_there_and_assign_replaces_it) {
     qw::map map;
     EXPECT_TRUE(map.insert("a", std::uint32_t{1}));
     EXPECT_FALSE(map.insert("a", std::uint32_t{2}));
@@ -109,7 +109,7 @@ TEST(Map, InsertKeepsWhatIsThereAndAssignReplacesIt) {
     EXPECT_EQ(map.size(), 2U);
 }
 
-TEST(Map, CopiesTheTextsThatItIsGiven) {
+TEST(map, copies_the_texts_that_it_is_given) {
     qw::map map;
     {
         std::string key(100, 'k');
@@ -128,7 +128,7 @@ TEST(Map, CopiesTheTextsThatItIsGiven) {
     EXPECT_EQ(map.begin()->key.data()[100], '\0');
 }
 
-TEST(Map, CanBeGivenAValueOfItsOwn) {
+TEST(map, can_be_given_a_value_of_its_own) {
     qw::map map;
     map.insert("a", "a text that is too long for any small string"sv);
     for (const auto key : {"b"sv, "c"sv, "d"sv, "a"sv}) {
@@ -139,7 +139,7 @@ TEST(Map, CanBeGivenAValueOfItsOwn) {
     }
 }
 
-TEST(Map, ACopyIsIndependent) {
+TEST(map, a_copy_is_independent) {
     qw::map original;
     original.insert("a", std::uint32_t{1});
     original.insert("b", "text"sv);
@@ -152,7 +152,7 @@ TEST(Map, ACopyIsIndependent) {
     EXPECT_EQ(json(original), R"({"a":1})");
 }
 
-TEST(Map, ACopyOutlivesTheOriginal) {
+TEST(map, a_copy_outlives_the_original) {
     qw::map copy;
     {
         qw::map original;
@@ -163,7 +163,7 @@ TEST(Map, ACopyOutlivesTheOriginal) {
     EXPECT_EQ(json(copy), R"({"a":"a text that is too long for any small string","b":true})");
 }
 
-TEST(Map, IsEmptyAfterItsContentWasMovedAway) {
+TEST(map, is_empty_after_its_content_was_moved_away) {
     qw::map map;
     map.insert("a", true);
     const qw::map taken = std::move(map);
@@ -173,7 +173,7 @@ TEST(Map, IsEmptyAfterItsContentWasMovedAway) {
     EXPECT_EQ(json(map), R"({"b":true})");
 }
 
-TEST(Map, ViewsTheEntriesOfItsOwnerUntilItChanges) {
+TEST(map, views_the_entries_of_its_owner_until_it_changes) {
     struct storage {
         std::string text = "left";
         std::vector<qw::map::entry> entries;
@@ -196,7 +196,7 @@ TEST(Map, ViewsTheEntriesOfItsOwnerUntilItChanges) {
     EXPECT_TRUE(alive.expired());
 }
 
-TEST(Map, ErasesOneKeyOrAllOfAPrefix) {
+TEST(map, erases_one_key_or_all_of_a_prefix) {
     qw::map map;
     for (const auto key : {"a", "capture", "capture.width", "captured", "captur", "d"}) {
         map.insert(key, true);
@@ -215,7 +215,7 @@ TEST(Map, ErasesOneKeyOrAllOfAPrefix) {
     EXPECT_EQ(json(map), R"({"d":true})");
 }
 
-TEST(Map, FiltersByPrefixWithKeysWhole) {
+TEST(map, filters_by_prefix_with_keys_whole) {
     qw::map filtered;
     {
         qw::map map;
@@ -231,7 +231,7 @@ TEST(Map, FiltersByPrefixWithKeysWhole) {
     EXPECT_EQ(json(filtered), R"({"identity.a":"identity.a","identity.b":"identity.b"})");
 }
 
-TEST(MapToJson, WritesEveryKind) {
+TEST(map_to_json, writes_every_kind) {
     qw::map map;
     map.insert("boolean", true);
     map.insert("other boolean", false);
@@ -246,7 +246,7 @@ TEST(MapToJson, WritesEveryKind) {
                          R"("uint16":65535,"uint32":4294967295})");
 }
 
-TEST(MapToJson, WritesTheShortestDecimalOfADouble) {
+TEST(map_to_json, writes_the_shortest_decimal_of_a_double) {
     const std::array<std::pair<double, const char*>, 8> cases{{{0.0, "0"},
                                                                {-0.0, "-0"},
                                                                {29.97, "29.97"},
@@ -262,21 +262,21 @@ TEST(MapToJson, WritesTheShortestDecimalOfADouble) {
     }
 }
 
-TEST(MapToJson, WritesAnUnknownKindAsItStands) {
+TEST(map_to_json, writes_an_unknown_kind_as_it_stands) {
     qw::map map;
     map.insert("a", qw::other{R"({"b":[1.50,"\u0041",null],"b":-0})"});
     map.insert("c", true);
     EXPECT_EQ(json(map), R"({"a":{"b":[1.50,"\u0041",null],"b":-0},"c":true})");
 }
 
-TEST(MapToJson, EscapesKeysAndStrings) {
+TEST(map_to_json, escapes_keys_and_strings) {
     qw::map map;
     map.insert("\"\\/\b\f\n\r\t\x01\x1f\x7f\xC3\xA9"sv, "\x0e\xff"sv);
     EXPECT_EQ(json(map),
               "{\"\\\"\\\\/\\b\\f\\n\\r\\t\\u0001\\u001f\x7f\xC3\xA9\":\"\\u000e\xff\"}");
 }
 
-TEST(MapToJson, NamesTheKeyOfADoubleThatIsNotFinite) {
+TEST(map_to_json, names_the_key_of_a_double_that_is_not_finite) {
     for (const double number :
          {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
           -std::numeric_limits<double>::infinity()}) {

@@ -83,7 +83,7 @@ bool is_double(std::string_view written, double expected) {
 
 // --- The document -------------------------------------------------------------------------------
 
-TEST(Document, TakesEveryMemberAndAnyOfThemLeftOut) {
+TEST(document, takes_every_member_and_any_of_them_left_out) {
     for (
         const auto text : {
             R"({})"sv,
@@ -107,7 +107,7 @@ TEST(Document, TakesEveryMemberAndAnyOfThemLeftOut) {
     }
 }
 
-TEST(Document, KeepsWhatIsLeftOutApart) {
+TEST(document, keeps_what_is_left_out_apart) {
     const auto loaded = load(R"({"mode":{},"stream":{"all":[{"info":{}}]}})");
     ASSERT_TRUE(loaded) << loaded.error();
     const oru::document& doc = **loaded;
@@ -120,7 +120,7 @@ TEST(Document, KeepsWhatIsLeftOutApart) {
     EXPECT_TRUE(std::holds_alternative<oru::left_out>(stream.settings));
 }
 
-TEST(Document, RefusesWhatIsNotListed) {
+TEST(document, refuses_what_is_not_listed) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {R"({"systems":{}})", "1:2: unknown member 'systems'"},
         {R"({"$error":"x"})", "1:2: unknown member '$error'"},
@@ -147,7 +147,7 @@ TEST(Document, RefusesWhatIsNotListed) {
     }
 }
 
-TEST(Document, RefusesAMemberGivenTwice) {
+TEST(document, refuses_a_member_given_twice) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {R"({"mode":{},"system":{},"mode":{}})", "1:24: duplicate member 'mode'"},
         {R"({"system":{"caps":{},"caps":{}}})", "1:22: duplicate member 'caps'"},
@@ -176,7 +176,7 @@ TEST(Document, RefusesAMemberGivenTwice) {
     }
 }
 
-TEST(Document, RefusesAnIdGivenTwice) {
+TEST(document, refuses_an_id_given_twice) {
     EXPECT_EQ(complaint(R"({"stream":{"all":[{"id":3},{"id":0},{"id":3}]}})"),
               "1:43: id 3 is recorded twice");
     EXPECT_EQ(complaint(R"({"channel":{"all":[{"id":0},{"id":0}]}})"),
@@ -189,11 +189,11 @@ TEST(Document, RefusesAnIdGivenTwice) {
               "1:40: id 5 is recorded twice");
 }
 
-TEST(Document, TakesStreamsWithoutAnIdOrWithZero) {
+TEST(document, takes_streams_without_an_id_or_with_zero) {
     EXPECT_EQ(complaint(R"({"stream":{"all":[{"id":0},{},{"id":0},{"id":1},{}]}})"), "");
 }
 
-TEST(Document, GivesAChannelWithoutAnIdTheIdZero) {
+TEST(document, gives_a_channel_without_an_id_the_id_zero) {
     EXPECT_EQ(complaint(R"({"channel":{"all":[{"id":1},{"info":{}},{"id":2}]}})"), "");
     EXPECT_EQ(complaint(R"({"channel":{"all":[{}],"filtered":[{}]}})"), "");
     constexpr auto twice = "id 0 is recorded twice, which is that of a channel without one";
@@ -204,7 +204,7 @@ TEST(Document, GivesAChannelWithoutAnIdTheIdZero) {
     EXPECT_EQ(complaint(R"({"channel":{"filtered":[{"id":7},{},{}]}})"), "1:37: "s + twice);
 }
 
-TEST(Document, NeedsTheIdOfAnInputAndAnOutput) {
+TEST(document, needs_the_id_of_an_input_and_an_output) {
     EXPECT_EQ(complaint(R"({"input":{"all":[{"id":1}, {}]}})"),
               "1:28: expected an input (an object) with an id");
     EXPECT_EQ(complaint(R"({"input":{"all":[{"info":{}}]}})"),
@@ -215,7 +215,7 @@ TEST(Document, NeedsTheIdOfAnInputAndAnOutput) {
               "2:2: expected an output (an object) with an id");
 }
 
-TEST(Document, RefusesTheWrongKindOfValue) {
+TEST(document, refuses_the_wrong_kind_of_value) {
     constexpr auto id = "expected a whole number from 0 to 4294967295";
     const std::vector<std::pair<std::string, std::string>> cases{
         {R"([])", "1:1: expected a snapshot (an object), found '['"},
@@ -287,7 +287,7 @@ std::string failure_of(const answer<T>& is) {
     return fails ? fails->message : "(no failure)";
 }
 
-TEST(Failure, StandsInThePlaceOfAnyAnswer) {
+TEST(failure, stands_in_the_place_of_any_answer) {
     const auto loaded = load(R"({
         "system": {"$error": "system"}, "mode": {"$error": "mode"},
         "stream": {"debug": {"$error": "debug"}, "quota": {"$error": "quota"},
@@ -334,7 +334,7 @@ TEST(Failure, StandsInThePlaceOfAnyAnswer) {
                  "output 0");
 }
 
-TEST(Failure, InAMapIsOnlyExactlyThatForm) {
+TEST(failure, in_a_map_is_only_exactly_that_form) {
     const auto caps = [](std::string_view map) -> std::string {
         const auto loaded = load(std::format(R"({{"system":{{"caps":{}}}}})", map));
         if (!loaded) {
@@ -358,7 +358,7 @@ TEST(Failure, InAMapIsOnlyExactlyThatForm) {
     EXPECT_EQ(caps(R"({"$errors":"no"})"), R"({"$errors":"no"})");
 }
 
-TEST(Failure, IsAnOrdinaryPropertyOfAChannel) {
+TEST(failure, is_an_ordinary_property_of_a_channel) {
     const auto loaded = load(R"({"channel":{"all":[{"properties":{"$error":"x"}}]}})");
     ASSERT_TRUE(loaded) << loaded.error();
     const auto& channel = std::get<std::vector<oru::channel_record>>((*loaded)->channels)[0];
@@ -366,7 +366,7 @@ TEST(Failure, IsAnOrdinaryPropertyOfAChannel) {
     EXPECT_EQ(channel.properties[0].key, "$error");
 }
 
-TEST(Failure, HasNoOtherMemberInAnyOrder) {
+TEST(failure, has_no_other_member_in_any_order) {
     constexpr auto alone = "a failure has no other member";
     const std::vector<std::pair<std::string, std::string>> maps{
         {R"({"$error":"x","a":1})", "15: "s + alone},
@@ -400,7 +400,7 @@ TEST(Failure, HasNoOtherMemberInAnyOrder) {
     }
 }
 
-TEST(Failure, OfAnInputOrAnOutputHasNothingBesideItButTheId) {
+TEST(failure, of_an_input_or_an_output_has_nothing_beside_it_but_the_id) {
     constexpr auto alone = "beside a failure stands the id and nothing else";
     EXPECT_EQ(complaint(R"({"input":{"all":[{"id":1,"$error":"x","info":{}}]}})"),
               "1:39: "s + alone);
@@ -416,7 +416,7 @@ TEST(Failure, OfAnInputOrAnOutputHasNothingBesideItButTheId) {
               "1:41: "s + alone);
 }
 
-TEST(Failure, HasNoOtherMemberElsewhere) {
+TEST(failure, has_no_other_member_elsewhere) {
     EXPECT_EQ(complaint(R"({"system":{"$error":"x","caps":{}}})"),
               "1:25: a failure has no other member");
     EXPECT_EQ(complaint(R"({"mode":{"info":{},"$error":"x"}})"),
@@ -441,7 +441,7 @@ TEST(Failure, HasNoOtherMemberElsewhere) {
 
 // --- Values -------------------------------------------------------------------------------------
 
-TEST(Value, TakesItsKindFromItsForm) {
+TEST(value, takes_its_kind_from_its_form) {
     EXPECT_TRUE(is_value("true", true));
     EXPECT_TRUE(is_value("false", false));
     EXPECT_TRUE(is_value(R"("")", ""sv));
@@ -468,7 +468,7 @@ TEST(Value, TakesItsKindFromItsForm) {
         is_value(R"({"int64":-9223372036854775808})", std::numeric_limits<std::int64_t>::min()));
 }
 
-TEST(Value, ReadsDoublesCorrectlyRounded) {
+TEST(value, reads_doubles_correctly_rounded) {
     EXPECT_TRUE(is_double("1.0", 1.0));
     EXPECT_TRUE(is_double("1e0", 1.0));
     EXPECT_TRUE(is_double("1E+2", 100.0));
@@ -505,7 +505,7 @@ TEST(Value, ReadsDoublesCorrectlyRounded) {
     }
 }
 
-TEST(Value, TakesAStringByItsBytes) {
+TEST(value, takes_a_string_by_its_bytes) {
     EXPECT_TRUE(is_value(R"({"bytes":""})", ""sv));
     EXPECT_TRUE(is_value(R"({"bytes":"6fff"})", "o\xFF"sv));
     EXPECT_TRUE(is_value(R"({"bytes":"01090a7f80c3e9fe"})", "\x01\t\n\x7f\x80\xC3\xE9\xFE"sv));
@@ -524,7 +524,7 @@ std::string other(std::string_view written) {
     return std::string(json->json);
 }
 
-TEST(Value, KeepsTheTokensOfAnotherKind) {
+TEST(value, keeps_the_tokens_of_another_kind) {
     for (const char* written : {"null",
                                 "true",
                                 "false",
@@ -551,7 +551,7 @@ TEST(Value, KeepsTheTokensOfAnotherKind) {
     }
 }
 
-TEST(Value, LeavesOutTheBlanksAndCommentsOfAnotherKind) {
+TEST(value, leaves_out_the_blanks_and_comments_of_another_kind) {
     EXPECT_EQ(other("\t[ 1 ,\n\r 2 , [ ] , { } ] "), "[1,2,[],{}]");
     EXPECT_EQ(other("{ \"a b\" : { \"c\" : \" d \" } , \"e\":-1.0 }"),
               R"({"a b":{"c":" d "},"e":-1.0})");
@@ -560,7 +560,7 @@ TEST(Value, LeavesOutTheBlanksAndCommentsOfAnotherKind) {
               R"([1,"// no"])");
 }
 
-TEST(Value, KeepsAnotherKindUpToADepthThatReadersOfReportsFollow) {
+TEST(value, keeps_another_kind_up_to_a_depth_that_readers_of_reports_follow) {
     const auto nested = [](std::size_t levels) {
         std::string text;
         for (std::size_t i = 0; i < levels; ++i) {
@@ -579,7 +579,7 @@ TEST(Value, KeepsAnotherKindUpToADepthThatReadersOfReportsFollow) {
               "266: more than 256 levels of nesting");
 }
 
-TEST(Value, RefusesAnotherKindThatIsNotJson) {
+TEST(value, refuses_another_kind_that_is_not_json) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"", "10: expected a JSON value, found '}'"},
         {"nul", "10: expected a JSON value, found 'n'"},
@@ -617,7 +617,7 @@ TEST(Value, RefusesAnotherKindThatIsNotJson) {
               "1:32: expected a JSON value, found the end of the file");
 }
 
-TEST(Value, ReadsDoublesOfEveryExponentAsTheLibraryDoes) {
+TEST(value, reads_doubles_of_every_exponent_as_the_library_does) {
     std::mt19937_64 random(1);
     std::vector<double> expected;
     std::string map;
@@ -640,7 +640,7 @@ TEST(Value, ReadsDoublesOfEveryExponentAsTheLibraryDoes) {
     }
 }
 
-TEST(Value, RefusesEveryOtherForm) {
+TEST(value, refuses_every_other_form) {
     constexpr auto number = "1: this is not a JSON number";
     constexpr auto value = "1: expected a map value";
     const std::vector<std::pair<std::string, std::string>> cases{
@@ -721,14 +721,14 @@ TEST(Value, RefusesEveryOtherForm) {
     }
 }
 
-TEST(Value, PropertiesAreValuesLikeAnyOther) {
+TEST(value, properties_are_values_like_any_other) {
     EXPECT_EQ(complaint(R"({"channel":{"all":[{"properties":{"a":null}}]}})"),
               "1:39: expected a map value, found 'n'");
 }
 
 // --- Strings ------------------------------------------------------------------------------------
 
-TEST(String, DecodesEveryEscape) {
+TEST(string, decodes_every_escape) {
     EXPECT_TRUE(is_value(R"("a\"b\\c\/d\be\ff\ng\rh\ti")", "a\"b\\c/d\be\ff\ng\rh\ti"sv));
     EXPECT_TRUE(is_value(R"("\u0041\u00e9\u20AC\uD83D\uDE00\uffff")",
                          "A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBF"sv));
@@ -738,7 +738,7 @@ TEST(String, DecodesEveryEscape) {
 }
 
 // Whatever stands around it, in whatever part of a word of the processor.
-TEST(String, EndsAtItsQuoteWhereverThatStands) {
+TEST(string, ends_at_its_quote_wherever_that_stands) {
     for (std::size_t size = 0; size < 40; ++size) {
         for (const char c : {'a', '!', '\x7f', '#', ']', '['}) {
             const std::string text(size, c);
@@ -763,7 +763,7 @@ TEST(String, EndsAtItsQuoteWhereverThatStands) {
     }
 }
 
-TEST(String, IsFollowedByANul) {
+TEST(string, is_followed_by_a_nul) {
     for (const auto written : {R"("plain")"sv, R"("esc\u0061ped")"sv, R"("")"sv}) {
         const auto value = load_value(written);
         const auto text = value.as<std::string_view>();
@@ -773,7 +773,7 @@ TEST(String, IsFollowedByANul) {
     }
 }
 
-TEST(String, RefusesWhatJsonRefuses) {
+TEST(string, refuses_what_json_refuses) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"\"a\tb\"", "3: a string holds this control character only as an escape"},
         {"\"a\x1f\"", "3: a string holds this control character only as an escape"},
@@ -808,7 +808,7 @@ TEST(String, RefusesWhatJsonRefuses) {
 
 // --- Text ---------------------------------------------------------------------------------------
 
-TEST(Text, RefusesBrokenSyntax) {
+TEST(text, refuses_broken_syntax) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"{", "1:2: expected a member name, found the end of the file"},
         {" \n ", "2:2: expected a snapshot (an object), found the end of the file"},
@@ -833,7 +833,7 @@ TEST(Text, RefusesBrokenSyntax) {
     }
 }
 
-TEST(Text, CountsLinesAndBytes) {
+TEST(text, counts_lines_and_bytes) {
     EXPECT_EQ(complaint("{\n\n  \"\xC3\xA9\": 1}"), "3:3: unknown member '\xC3\xA9'");
     EXPECT_EQ(complaint("{\"mode\":{\"info\":{\"\xC3\xA9\":1,\"x\":null}}}"),
               "1:29: expected a map value, found 'n'");
@@ -844,7 +844,7 @@ TEST(Text, CountsLinesAndBytes) {
     EXPECT_EQ(complaint("// one\n/* two\nthree */ {\"x\":1}"), "3:11: unknown member 'x'");
 }
 
-TEST(Text, TakesComments) {
+TEST(text, takes_comments) {
     for (const auto text :
          {"//\n{}"sv, "/**/{}"sv, "/***/{}"sv, "/* **/{}"sv, "{}//"sv, "{}// end"sv, "{/*}*/}"sv,
           "{\"mode\"/*a*/:/*b*/{/*c*/}/*d*/,//e\n\"system\":{}}"sv, "// \xC3\xA9 \"\n{}"sv,
@@ -854,7 +854,7 @@ TEST(Text, TakesComments) {
     }
 }
 
-TEST(Text, RefusesBrokenComments) {
+TEST(text, refuses_broken_comments) {
     EXPECT_EQ(complaint("{}/*"), "1:3: this comment is not closed");
     EXPECT_EQ(complaint("{}/*/"), "1:3: this comment is not closed");
     EXPECT_EQ(complaint("{\n /* a\n b"), "2:2: this comment is not closed");
@@ -866,18 +866,18 @@ TEST(Text, RefusesBrokenComments) {
               "1:9: a string holds this control character only as an escape");
 }
 
-TEST(Text, RefusesAByteOrderMark) {
+TEST(text, refuses_a_byte_order_mark) {
     EXPECT_EQ(complaint("\xEF\xBB\xBF{}"), "1:1: the text begins with a byte order mark");
 }
 
-TEST(Text, RefusesNulBytes) {
+TEST(text, refuses_nul_bytes) {
     EXPECT_EQ(complaint("{}\0"sv), "1:3: this is a NUL byte");
     EXPECT_EQ(complaint("\0"sv), "1:1: this is a NUL byte");
     EXPECT_EQ(complaint("{\"mode\":{\"info\":{\"a\0b\":1}}}"sv), "1:20: this is a NUL byte");
     EXPECT_EQ(complaint("// \0\n{}"sv), "1:4: this is a NUL byte");
 }
 
-TEST(Text, RefusesInvalidUtf8) {
+TEST(text, refuses_invalid_utf8) {
     const std::vector<std::string> bad{
         "\x80",
         "\xBF",
@@ -905,7 +905,7 @@ TEST(Text, RefusesInvalidUtf8) {
     EXPECT_EQ(complaint("\xFF\xFE{\0}\0"sv.substr(0, 3)), "1:1: this is not valid UTF-8");
 }
 
-TEST(Text, RefusesDeepNestingAtItsSecondLevel) {
+TEST(text, refuses_deep_nesting_at_its_second_level) {
     EXPECT_EQ(complaint(std::string(1'000'000, '[')),
               "1:1: expected a snapshot (an object), found '['");
     EXPECT_EQ(value_complaint(std::string(1'000'000, '[')),
@@ -919,7 +919,7 @@ TEST(Text, RefusesDeepNestingAtItsSecondLevel) {
 
 // --- Many ---------------------------------------------------------------------------------------
 
-TEST(Many, InputsAreFoundByTheirIds) {
+TEST(many, inputs_are_found_by_their_ids) {
     std::string all;
     for (unsigned i = 0; i < 20'000; ++i) {
         all += std::format(R"({}{{"id":{}}})", i ? "," : "", (i * 7919U) % 20'000);
@@ -933,7 +933,7 @@ TEST(Many, InputsAreFoundByTheirIds) {
     }
 }
 
-TEST(Many, KeysOfOneMapMayComeInAnyOrder) {
+TEST(many, keys_of_one_map_may_come_in_any_order) {
     std::string map;
     for (unsigned i = 0; i < 20'000; ++i) {
         map += std::format(R"({}"key{:05}":{})", i ? "," : "", (i * 7919U) % 20'000, i);

@@ -61,11 +61,13 @@ char* write_number(double value, char* out) {
 
     char text[significant_digits + 8];  // d.ddddddddddddddddde-ddd
     // Nearly every figure is a whole number that has no more digits than these: nothing to round.
-    if (constexpr double first_longer = 1e17; value < first_longer && value == std::trunc(value)) {
-        const char* end =
-            std::to_chars(text, text + sizeof text, static_cast<std::uint64_t>(value)).ptr;
-        return put_digits(out, without_trailing_zeros({text, end}),
-                          static_cast<int>(end - text) - 1);
+    if (constexpr double first_longer = 1e17; value < first_longer) {
+        const auto whole = static_cast<std::uint64_t>(value);
+        if (static_cast<double>(whole) == value) {
+            const char* end = std::to_chars(text, text + sizeof text, whole).ptr;
+            return put_digits(out, without_trailing_zeros({text, end}),
+                              static_cast<int>(end - text) - 1);
+        }
     }
     const char* end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific,
                                     significant_digits - 1)

@@ -158,24 +158,18 @@ void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t las
     if (!write_compact(basic_group(entry, picture), text)) {
         return;
     }
-    print("        {\n");
-    print("            \"");
-    print(stream_label(entry.id));
-    print("\" : {\n");
+    print("        {\n            \"" + stream_label(entry.id) + "\" : {\n");
     print("                \"basic\": ");
     print(text);
     if (shows_encoder(picture.format) &&
         write_compact(encoder_group(entry.settings, picture.format), text)) {
-        print(",\n");
-        print("                \"h26x\": ");
+        print(",\n                \"h26x\": ");
         print(text);
         if (strength != 0 && write_compact(leanflow_group(entry.settings, strength), text)) {
-            print(",\n");
-            print("                \"leanflow\": ");
+            print(",\n                \"leanflow\": ");
             print(text);
         }
     }
-    print("\n            }");
-    print(entry.id == last_id ? "\n        }" : "\n        },");
-    print("\n");
+    print("\n            }\n");
+    print(entry.id == last_id ? "        }\n" : "        },\n");
 }

@@ -45,9 +45,7 @@ std::string duration_text(std::int64_t microseconds) {
 }
 
 void print_stream_line(std::uint32_t id, std::string_view text, std::uint32_t last_id) {
-    print("        { \"");
-    print(stream_label(id));
-    print("\" : ");
+    print("        { \"" + stream_label(id) + "\" : ");
     print(text);
     print(id == last_id ? " }\n" : " },\n");
 }

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "video/error_message.h"
+
 namespace {
 
 [[noreturn]] void fatal(const char* prefix, const std::string& message) {
@@ -22,15 +24,15 @@ void tlm_fatal(const char* message) {
 }
 
 void tlm_fatal(owned_error option_error) {
-    const std::string message = std::format("Option parsing failed: {}", option_error.get());
+    const auto message = std::string("Option parsing failed: ") + message_of(option_error.get());
     option_error.reset();
     fatal(tlm_prefix, message);
 }
 
 void tlm_fatal(const std::exception& exception) {
-    fatal(tlm_prefix, std::format("Exception: {}", exception.what()));
+    fatal(tlm_prefix, std::string("Exception: ") + exception.what());
 }
 
-void serverreport_fatal(std::format_string<GError*&> format, GError* error) {
-    fatal(serverreport_prefix, std::format(format, error));
+void serverreport_fatal(line_format format, const GError* error) {
+    fatal(serverreport_prefix, format.with(message_of(error)));
 }

@@ -3,11 +3,10 @@
 #pragma once
 
 #include <exception>
-#include <format>
 
 #include <glib.h>
 
-#include "video/gerror_format.h"
+#include "report/line_format.h"
 #include "video/owned.h"
 
 // The feeder tool's: the message itself, an option error, which is released, or an exception that
@@ -17,4 +16,4 @@
 [[noreturn]] void tlm_fatal(const std::exception& exception);
 
 // The server-report tool's: `format` with the message of `error`, which may be NULL, for its {}.
-[[noreturn]] void serverreport_fatal(std::format_string<GError*&> format, GError* error);
+[[noreturn]] void serverreport_fatal(line_format format, const GError* error);

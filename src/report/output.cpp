@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <string>
 #include <system_error>
 
 #include <glib.h>
@@ -25,6 +26,14 @@ void print(std::string_view text) {
 void print_line(std::string_view text) {
     print(text);
     print("\n");
+}
+
+void print_line(line_format format, std::string_view value) {
+    print(format.with(value) + '\n');
+}
+
+void print_line(line_format format, std::uint32_t value) {
+    print_line(format, std::to_string(value));
 }
 
 // The frames go through GLib, which sends on what was printed so far: a run that ends badly has at

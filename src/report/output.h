@@ -2,20 +2,18 @@
 // stdio stream, so that GLib's own prints keep their place among ours.
 #pragma once
 
-#include <format>
-#include <string>
+#include <cstdint>
 #include <string_view>
+
+#include "report/line_format.h"
 
 // Prints `text` as it is. A write that fails is thrown as a std::system_error.
 void print(std::string_view text);
 
 // Prints one line: `text`, or the format with `value` in place of its {}. Throws like print().
 void print_line(std::string_view text);
-
-template <class Value>
-void print_line(std::format_string<const Value&> format, const Value& value) {
-    print(std::format(format, value) + '\n');
-}
+void print_line(line_format format, std::string_view value);
+void print_line(line_format format, std::uint32_t value);
 
 // The frame of a report section: its title line and an empty line before, an empty line after. A
 // write that fails here is told by check_standard_output().

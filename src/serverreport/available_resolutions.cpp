@@ -1,14 +1,14 @@
 #include "serverreport/available_resolutions.h"
 
-#include <format>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <oru.h>
 
 #include "report/output.h"
 #include "serverreport/channel_list.h"
-#include "video/gerror_format.h"
+#include "video/error_message.h"
 #include "video/native.h"
 #include "video/owned.h"
 
@@ -18,7 +18,8 @@ namespace {
 // report count on it.
 void print_resolutions(const std::vector<native_resolution>& resolutions) {
     for (std::size_t index = 0; index < resolutions.size(); ++index) {
-        print(std::format("{}x{}", resolutions[index].width, resolutions[index].height));
+        print(std::to_string(resolutions[index].width) + 'x' +
+              std::to_string(resolutions[index].height));
         if (index == 0 || index + 1 < resolutions.size()) {
             print(",");
         }
@@ -44,7 +45,7 @@ void list_available_resolutions() {
             return;
         }
         oru_map_set_string(filter.get(), "select", "available");
-        print(std::format("        {{\"channel\":\"{}\",", oru_channel_get_id(channel)));
+        print("        {\"channel\":\"" + std::to_string(oru_channel_get_id(channel)) + "\",");
         owned_error error;
         const owned_block resolutions{
             oru_channel_get_resolutions(channel, filter.get(), std::out_ptr(error))};

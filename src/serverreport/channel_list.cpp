@@ -5,7 +5,7 @@
 #include <oru.h>
 
 #include "report/output.h"
-#include "video/gerror_format.h"
+#include "video/error_message.h"
 
 owned_object_list all_channels() {
     owned_error error;

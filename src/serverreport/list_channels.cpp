@@ -9,7 +9,7 @@
 #include "report/output.h"
 #include "serverreport/channel_list.h"
 #include "serverreport/crop.h"
-#include "video/gerror_format.h"
+#include "video/error_message.h"
 #include "video/native.h"
 #include "video/owned.h"
 

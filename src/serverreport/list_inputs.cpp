@@ -11,7 +11,7 @@
 #include "report/json.h"
 #include "report/output.h"
 #include "serverreport/crop.h"
-#include "video/gerror_format.h"
+#include "video/error_message.h"
 #include "video/native.h"
 #include "video/owned.h"
 

@@ -1,6 +1,8 @@
 #include "serverreport/list_output.h"
 
-#include <format>
+#include <charconv>
+#include <cmath>
+#include <limits>
 #include <map>
 #include <memory>
 #include <string>
@@ -14,6 +16,17 @@
 #include "video/owned.h"
 
 namespace {
+
+// Never with a comma, wherever the device stands.
+std::string six_decimals(double value) {
+    if (std::isnan(value)) {
+        return std::signbit(value) ? "-nan" : "nan";  // C++ libraries differ in what they write
+    }
+    char text[std::numeric_limits<double>::max_exponent10 + 10];
+    const auto written =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 6);
+    return std::string(text, written.ptr);
+}
 
 std::map<std::string_view, std::string> output_state(OruMap* settings, OruMap* info) {
     std::map<std::string_view, std::string> state;
@@ -31,7 +44,7 @@ std::map<std::string_view, std::string> output_state(OruMap* settings, OruMap* i
     state["current VIC"] = std::to_string(oru_map_get_uint32(settings, "VIC", 0));
     state["width"] = std::to_string(oru_map_get_uint32(info, "width", 0));
     state["height"] = std::to_string(oru_map_get_uint32(info, "height", 0));
-    state["framerate"] = std::format("{:f}", oru_map_get_double(info, "framerate", 0.0));
+    state["framerate"] = six_decimals(oru_map_get_double(info, "framerate", 0.0));
     state["aspect ratio"] = oru_map_get_string(info, "aspect.ratio", nullptr, "");
     return state;
 }

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <format>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -19,7 +18,7 @@ constexpr const char* record_name = "dsp-assertion";
 
 void complain(const std::filesystem::path& path, const glz::error_ctx& error) {
     const std::string line =
-        std::format("Failed reading '{}': {}\n", path.native(), glz::format_error(error));
+        "Failed reading '" + path.native() + "': " + glz::format_error(error) + '\n';
     if (std::fputs(line.c_str(), stderr) == EOF) {
         throw std::system_error(errno, std::generic_category(), "cannot write standard error");
     }

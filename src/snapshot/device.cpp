@@ -11,8 +11,8 @@
 
 #include <oru.h>
 
+#include "video/error_message.h"
 #include "video/format_name.h"
-#include "video/gerror_format.h"
 #include "video/owned.h"
 
 namespace {

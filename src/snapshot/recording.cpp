@@ -22,7 +22,7 @@
 #include "snapshot/printable.h"
 #include "snapshot/redaction.h"
 #include "snapshot/snapshot_writer.h"
-#include "video/gerror_format.h"
+#include "video/error_message.h"
 #include "video/native.h"
 #include "video/owned.h"
 

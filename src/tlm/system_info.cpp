@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <format>
 #include <string>
 
 #include <oru.h>
 
 #include "report/json.h"
-#include "report/map_format.h"
 #include "report/output.h"
 #include "video/native.h"
 #include "video/owned.h"
@@ -42,11 +40,11 @@ void read_inputs(SystemInfoReport& report) {
         guint32 height = 0;
         if (oru_input_get_resolution_unrotated(input.get(), "capture", &width, &height, nullptr) !=
             FALSE) {
-            capture_modes.assign(std::format("input{}", number),
-                                 std::format("{}x{}", width, height));
+            capture_modes.assign("input" + std::to_string(number),
+                                 std::to_string(width) + 'x' + std::to_string(height));
         }
     }
-    report.capturemodes.str = std::format("{}", capture_modes);
+    report.capturemodes.str = capture_modes.to_json();
 }
 
 void read_view_mode(SystemInfoReport& report) {
@@ -69,7 +67,7 @@ void read_view_mode(SystemInfoReport& report) {
         std::ranges::replace(name, '.', '_');
         view_mode.insert(name, native, key);  // of two keys that become one, the first stays
     }
-    report.viewmode.str = std::format("{}", view_mode);
+    report.viewmode.str = view_mode.to_json();
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <exception>
-#include <format>
 #include <stdexcept>
 
 #include <oru.h>
@@ -15,6 +14,7 @@
 #include "applet/fatal.h"
 #include "fuzz/json_text.h"
 #include "fuzz/require.h"
+#include "video/error_message.h"
 #include "video/owned.h"
 #include "video/snapshot/snapshot.h"
 
@@ -88,14 +88,14 @@ void tlm_fatal(const char* message) {
     throw fatal_exit{message};
 }
 
-void tlm_fatal(GError* option_error) {
-    throw fatal_exit{std::format("{}", option_error)};
+void tlm_fatal(owned_error option_error) {
+    throw fatal_exit{message_of(option_error.get())};
 }
 
 void tlm_fatal(const std::exception& exception) {
     throw fatal_exit{exception.what()};
 }
 
-void serverreport_fatal(std::format_string<GError*&> format, GError* error) {
-    throw fatal_exit{std::format(format, error)};
+void serverreport_fatal(line_format format, const GError* error) {
+    throw fatal_exit{format.with(message_of(error))};
 }

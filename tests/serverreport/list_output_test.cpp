@@ -92,6 +92,21 @@ TEST(list_output, frame_rates_have_six_decimals) {
     expect_frame_rate(R"({"int64": 50})", "0.000000");
 }
 
+TEST(list_output, frame_rates_at_the_ends_of_their_range) {
+    const std::string largest =
+        "179769313486231570814527423731704356798070567525844996598917476803157260780028"
+        "538760589558632766878171540458953514382464234321326889464182768467546703537516"
+        "986049910576551282076245490090389328944075868508455133942304583236903222948165"
+        "808559332123348274797826204144723168738177180919299881250404026184124858368";
+    expect_frame_rate("1.7976931348623157e308", largest + ".000000");
+    expect_frame_rate("-1.7976931348623157e308", '-' + largest + ".000000");
+    expect_frame_rate("-5e-324", "-0.000000");
+    expect_frame_rate(R"({"double": "nan"})", "nan");
+    expect_frame_rate(R"({"double": "-nan"})", "-nan");
+    expect_frame_rate(R"({"double": "inf"})", "inf");
+    expect_frame_rate(R"({"double": "-inf"})", "-inf");
+}
+
 TEST(list_output, a_frame_rate_that_widens) {
     expect_frame_rate("25", "25.000000");
     expect_frame_rate(R"({"uint16": 50})", "50.000000");

@@ -10,7 +10,7 @@
 
 #include <oru.h>
 
-#include "video/gerror_format.h"
+#include "video/error_message.h"
 
 namespace {
 

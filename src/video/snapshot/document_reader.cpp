@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <format>
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -228,10 +228,9 @@ answer<std::vector<Record>> document_reader::read_list(std::string_view what,
         });
         if (const auto* repeated = sort_ids(ids_); repeated != nullptr) {
             const bool is_left_out = *repeated->at == '{';
-            throw complaint{
-                repeated->at,
-                std::format("id {} is recorded twice{}", repeated->key,
-                            is_left_out ? ", which is that of a channel without one" : "")};
+            throw complaint{repeated->at,
+                            "id " + std::to_string(repeated->key) + " is recorded twice" +
+                                (is_left_out ? ", which is that of a channel without one" : "")};
         }
         return all;
     });
@@ -267,7 +266,7 @@ const char* document_reader::read_opened(std::string_view what, const member<Rec
         }
     });
     if (id_place_ == nullptr) {
-        throw complaint{begin, std::format("expected {} with an id", what)};
+        throw complaint{begin, expected(what) + " with an id"};
     }
     return id_place_;
 }

@@ -1,7 +1,5 @@
 #include "video/snapshot/failures.h"
 
-#include <format>
-
 namespace oru {
 
 failure read_failure_text(json_reader& in) {
@@ -22,7 +20,7 @@ failure read_failure(json_reader& in, std::string_view what) {
         fails = read_failure_text(in);
     });
     if (!fails) {
-        throw complaint{begin, std::format("expected {}, found an empty object", what)};
+        throw complaint{begin, expected(what) + ", found an empty object"};
     }
     return *fails;
 }

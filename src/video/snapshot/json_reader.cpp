@@ -6,7 +6,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <format>
 
 #include <glaze/json/read.hpp>
 
@@ -100,12 +99,16 @@ void blank_comments(char* begin, char* end) {
 
 }  // namespace
 
+std::string expected(std::string_view what) {
+    return std::string("expected ").append(what);
+}
+
 void refuse_unknown(const word& name) {
-    throw complaint{name.at, std::format("unknown member {}", quoted(name.text))};
+    throw complaint{name.at, "unknown member " + quoted(name.text)};
 }
 
 void refuse_duplicate(const word& name) {
-    throw complaint{name.at, std::format("duplicate member {}", quoted(name.text))};
+    throw complaint{name.at, "duplicate member " + quoted(name.text)};
 }
 
 json_reader::json_reader(std::string& text, std::pmr::memory_resource& arena)
@@ -132,12 +135,12 @@ char json_reader::peek() noexcept {
 void json_reader::unexpected(std::string_view what) {
     const char found = peek();
     if (at_ == end_) {
-        throw complaint{at_, std::format("expected {}, found the end of the file", what)};
+        throw complaint{at_, expected(what) + ", found the end of the file"};
     }
     if (found > ' ' && found < 0x7f) {
-        throw complaint{at_, std::format("expected {}, found '{}'", what, found)};
+        throw complaint{at_, expected(what) + ", found '" + found + '\''};
     }
-    throw complaint{at_, std::format("expected {}", what)};
+    throw complaint{at_, expected(what)};
 }
 
 void json_reader::take(char punctuation, std::string_view what) {
@@ -268,7 +271,7 @@ std::string_view json_reader::any_value() {
         const char first = peek();
         if (first == '{' || first == '[') {
             if (open.size() == deepest) {
-                throw complaint{at_, std::format("more than {} levels of nesting", deepest)};
+                throw complaint{at_, "more than " + std::to_string(deepest) + " levels of nesting"};
             }
             open += first == '{' ? '}' : ']';
             decoded_ += *at_++;
@@ -389,7 +392,7 @@ number json_reader::long_number() {
 }
 
 std::uint32_t json_reader::natural(std::uint32_t max) {
-    const auto what = [max] { return std::format("a whole number from 0 to {}", max); };
+    const auto what = [max] { return "a whole number from 0 to " + std::to_string(max); };
     const char first = peek();
     if (first != '-' && !is_digit(first)) {
         unexpected(what());
@@ -397,7 +400,7 @@ std::uint32_t json_reader::natural(std::uint32_t max) {
     const char* begin = at_;
     const auto value = number("").value;
     if (!value || *value < 0 || *value > max) {
-        throw complaint{begin, "expected " + what()};
+        throw complaint{begin, expected(what())};
     }
     return static_cast<std::uint32_t>(*value);
 }
@@ -482,6 +485,7 @@ void json_reader::finish() {
 
 std::string quoted(std::string_view text) {
     constexpr std::size_t longest = 60;
+    constexpr std::string_view digits = "0123456789abcdef";
     std::string out = "'";
     std::size_t length = std::min(text.size(), longest);
     while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
@@ -489,7 +493,9 @@ std::string quoted(std::string_view text) {
     }
     for (const char c : text.substr(0, length)) {
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-            out += std::format("\\u{:04x}", static_cast<unsigned>(c));
+            out += "\\u00";
+            out += digits[static_cast<unsigned char>(c) / 16];
+            out += digits[static_cast<unsigned char>(c) % 16];
         } else {
             out += c;
         }

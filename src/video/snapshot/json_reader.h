@@ -31,6 +31,9 @@ struct word {
     const char* at = nullptr;
 };
 
+// The beginning of many a complaint.
+std::string expected(std::string_view what);
+
 // These complain about the name of a member.
 [[noreturn]] void refuse_unknown(const word& name);
 [[noreturn]] void refuse_duplicate(const word& name);

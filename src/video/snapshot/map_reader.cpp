@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <format>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -102,7 +101,7 @@ qw::value map_reader::read_typed_value() {
         }
         const auto* found = std::ranges::find(forms, kind.text, &form::name);
         if (found == std::end(forms)) {
-            throw complaint{kind.at, std::format("unknown kind of value {}", quoted(kind.text))};
+            throw complaint{kind.at, "unknown kind of value " + quoted(kind.text)};
         }
         value = found->read(*this);
     });
@@ -123,7 +122,7 @@ double map_reader::read_double() {
             return value;
         }
     }
-    throw complaint{written.at, std::format("expected {}", what)};
+    throw complaint{written.at, expected(what)};
 }
 
 // A string of any bytes but NUL, written as lower-case hexadecimal digits.

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <format>
 #include <new>
+#include <string>
 
 #include "video/snapshot/document_reader.h"
 #include "video/snapshot/json_reader.h"
@@ -37,7 +37,8 @@ std::string in_place(const std::string& text, const complaint& wrong) {
     while (line_begin != begin && line_begin[-1] != '\n') {
         --line_begin;
     }
-    return std::format("{}:{}: {}", line, wrong.at - line_begin + 1, wrong.reason);
+    return std::to_string(line) + ':' + std::to_string(wrong.at - line_begin + 1) + ": " +
+           wrong.reason;
 }
 
 snapshot* current_snapshot = nullptr;
@@ -48,7 +49,7 @@ snapshot load(const std::string& path, const source_limits& limits) {
     try {
         auto content = read_source(path, limits);
         if (!content) {
-            return std::unexpected(std::format("{}: {}", path, content.error()));
+            return std::unexpected(path + ": " + content.error());
         }
         auto doc = std::make_shared<document>();
         doc->text = std::move(*content);

@@ -9,9 +9,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <format>
 #include <optional>
 
 namespace oru {
@@ -64,8 +64,8 @@ ssize_t read_fully(int file, char* to, std::size_t size) {
 
 content_or_reason read_file(int file, std::uint64_t length, const source_limits& limits) {
     if (length > limits.bytes) {
-        return std::unexpected(
-            std::format("is {} bytes long, more than the {} of a snapshot", length, limits.bytes));
+        return std::unexpected("is " + std::to_string(length) + " bytes long, more than the " +
+                               std::to_string(limits.bytes) + " of a snapshot");
     }
     const auto size = static_cast<std::size_t>(length);
     std::string content;
@@ -109,7 +109,10 @@ bool wait_for(int file, clock::time_point end) {
 }
 
 std::string in_seconds(std::chrono::milliseconds time) {
-    return std::format("{} seconds", static_cast<double>(time.count()) / 1000);
+    char text[32];
+    const auto written =
+        std::to_chars(text, text + sizeof text, static_cast<double>(time.count()) / 1000);
+    return std::string(text, written.ptr) + " seconds";
 }
 
 // Reads to the end of what `receive(to, size)` gives, as read() does.
@@ -141,7 +144,8 @@ content_or_reason read_stream(int file, const patience& patience, std::size_t mo
             return system_reason();
         }
         if (content.size() > most) {
-            return std::unexpected(std::format("is longer than the {} bytes of a snapshot", most));
+            return std::unexpected("is longer than the " + std::to_string(most) +
+                                   " bytes of a snapshot");
         }
     }
 }
@@ -161,8 +165,8 @@ content_or_reason read_socket(int file, const patience& patience, const source_l
 content_or_reason ask_socket(const std::string& path, const source_limits& limits) {
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     if (path.size() >= sizeof address.sun_path) {
-        return std::unexpected(
-            std::format("the path of a socket has at most {} bytes", sizeof address.sun_path - 1));
+        return std::unexpected("the path of a socket has at most " +
+                               std::to_string(sizeof address.sun_path - 1) + " bytes");
     }
     std::ranges::copy(path, address.sun_path);
 

@@ -919,6 +919,36 @@ TEST(text, refuses_deep_nesting_at_its_second_level) {
 
 // --- Many ---------------------------------------------------------------------------------------
 
+// The keys of a list's later records are expected to be those of its first.
+TEST(document, reads_a_record_whatever_the_one_before_it_held) {
+    const auto second = [](std::string_view info,
+                           std::string_view first = R"({"key":1,"other":2})") {
+        const std::string text = std::format(
+            R"({{"stream":{{"all":[{{"id":1,"info":{}}},{{"id":2,"info":{}}}]}}}})", first, info);
+        const auto loaded = load(text);
+        if (!loaded) {
+            return complaint(text);
+        }
+        const auto& all = std::get<std::vector<oru::stream_record>>((*loaded)->streams);
+        const auto& entries = std::get<map_entries>(all[1].info);
+        std::string json;
+        EXPECT_TRUE(qw::map(entries.data(), entries.size(), *loaded).to_json(json));
+        return json;
+    };
+    EXPECT_EQ(second(R"({"key":3,"other":4})"), R"({"key":3,"other":4})");
+    EXPECT_EQ(second(R"({ "key" : 3 , "other" : 4 })"), R"({"key":3,"other":4})");
+    EXPECT_EQ(second(R"({"other":4})"), R"({"other":4})");
+    EXPECT_EQ(second(R"({"other":4,"key":3})"), R"({"key":3,"other":4})");
+    EXPECT_EQ(second(R"({"ke":3,"keys":4,"":5})"), R"({"":5,"ke":3,"keys":4})");
+    EXPECT_EQ(second(R"({"k\u0065y":3,"key\"":4})"), R"({"key":3,"key\"":4})");
+    EXPECT_EQ(second(R"({"a\"b":3})", R"({"a\"b":1})"), R"({"a\"b":3})");
+    EXPECT_EQ(second(R"({"a"b":3})", R"({"a\"b":1})"), "1:65: expected ':', found 'b'");
+    EXPECT_EQ(second(R"({"key":3,"key":4})"), "1:79: duplicate member 'key'");
+    EXPECT_EQ(second(R"({"key":3,"other")"), "1:86: expected ':', found '}'");
+    EXPECT_EQ(complaint(R"({"stream":{"all":[{"id":1,"info":{"key":1}},{"id":2,"info":{"key)"),
+              "1:61: this string is not closed");
+}
+
 TEST(many, inputs_are_found_by_their_ids) {
     std::string all;
     for (unsigned i = 0; i < 20'000; ++i) {

@@ -17,6 +17,8 @@
 #include <utility>
 #include <vector>
 
+#include "video/snapshot/usual_names.h"
+
 namespace oru {
 
 // What is wrong, and the byte of the text that is to blame.
@@ -124,7 +126,9 @@ class json_reader {
     // Reads an array: `element()` reads each element.
     template <class Element>
     void array(std::string_view what, Element&& element) {
+        const std::size_t begin = names_.place();
         for (bool more = first_element(what); more; more = next_element()) {
+            names_.go_back(begin);
             element();
         }
     }
@@ -156,6 +160,7 @@ class json_reader {
     bool next_element();
     bool another(char closing, std::string_view what);
     void read_name(word& name);
+    bool take_name(std::string_view usual) noexcept;
     oru::number long_number();
     void check_string_byte(const char* opening) const;
     void skip_plain_text();
@@ -171,6 +176,7 @@ class json_reader {
     char* end_;
     std::pmr::memory_resource& arena_;
     std::string decoded_;  // of the string or value being read
+    usual_names names_;
 };
 
 // The name as it is written in the text, for a complaint: never more than one short line.

@@ -9,12 +9,12 @@
 
 namespace {
 
-// The number in `width` digits or more.
-std::string padded(std::uint64_t number, std::size_t width, int base) {
+// Appends the number in `width` digits or more.
+void append_padded(std::string& text, std::uint64_t number, std::size_t width, int base) {
     char digits[20];
     const char* end = std::to_chars(digits, digits + sizeof digits, number, base).ptr;
     const auto count = static_cast<std::size_t>(end - digits);
-    return std::string(width > count ? width - count : 0, '0').append(digits, count);
+    text.append(width > count ? width - count : 0, '0').append(digits, count);
 }
 
 }  // namespace
@@ -34,14 +34,21 @@ stream_picture picture_of(const stream_snapshot_entry& entry) {
 }
 
 std::string stream_label(std::uint32_t id) {
-    return "id/0x" + padded(id, 4, 16);
+    std::string label = "id/0x";
+    append_padded(label, id, 4, 16);
+    return label;
 }
 
 std::string duration_text(std::int64_t microseconds) {
     const std::int64_t seconds = microseconds / 1'000'000;
     const auto magnitude = static_cast<std::uint64_t>(std::abs(seconds));
-    return (seconds < 0 ? "-" : "") + padded(magnitude / 3600, 2, 10) + ':' +
-           padded(magnitude / 60 % 60, 2, 10) + ':' + padded(magnitude % 60, 2, 10);
+    std::string text = seconds < 0 ? "-" : "";
+    append_padded(text, magnitude / 3600, 2, 10);
+    text += ':';
+    append_padded(text, magnitude / 60 % 60, 2, 10);
+    text += ':';
+    append_padded(text, magnitude % 60, 2, 10);
+    return text;
 }
 
 void print_stream_line(std::uint32_t id, std::string_view text, std::uint32_t last_id) {

@@ -43,5 +43,7 @@ if(VALGRIND AND NOT ORU_SANITIZE AND NOT ORU_COVERAGE)
     if(ORU_STRICT_BIN_DIR)
         add_test(NAME strict.valgrind
                  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind.sh ${ORU_STRICT_BIN_DIR} ${snapshots})
+        set_tests_properties(strict.valgrind PROPERTIES COST 100)
     endif()
+    set_tests_properties(valgrind PROPERTIES COST 100)
 endif()

@@ -5,15 +5,12 @@ foreach(test dispatch_test tlm_test serverreport_test failure_matrix_test golden
     add_dependencies(${test} strict-applet)
     oru_repeat_test(${test} strict PROPERTIES ${strict})
 endforeach()
-# With getters that widen nothing, where no test is about just that. It is the same code that runs:
-# the sanitizers see nothing new.
-if(NOT ORU_SANITIZE)
-    foreach(test tlm_test serverreport_test failure_matrix_test golden_test)
-        oru_repeat_test(${test} exact
-            PROPERTIES ${strict} ENVIRONMENT_MODIFICATION ORU_STRICT_EXACT=set:1
-            EXCEPT *widen*)
-    endforeach()
-endif()
+# With getters that widen nothing, where no test is about just that.
+foreach(test tlm_test serverreport_test failure_matrix_test golden_test)
+    oru_repeat_test(${test} exact
+        PROPERTIES ${strict} ENVIRONMENT_MODIFICATION ORU_STRICT_EXACT=set:1
+        EXCEPT *widen*)
+endforeach()
 
 # What the sections ask of it.
 oru_add_test(calls_test

@@ -75,7 +75,7 @@ def main():
                 if command.startswith("scripts/"):
                     continue  # these build the very programs that are run here
                 in_file += 1
-                command = command.replace("build/release/bin/", "")
+                command = command.replace("build/demo/bin/", "")
                 command = command.replace(INSTALLED_EXAMPLES, os.path.join(tree, "examples"))
                 run = subprocess.run(command, shell=True, cwd=directory, env=environment, text=True,
                                      stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,

@@ -1,5 +1,5 @@
 // A text with one {} for a value. std::format would do, but brings the tables of locales and the
-// writing of every kind of number: a third of a tool, mapped and relocated at each start.
+// writing of every kind of number: a quarter of a tool, mapped and relocated at each start.
 #pragma once
 
 #include <string>

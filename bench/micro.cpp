@@ -16,7 +16,7 @@
 #include "serverreport/stream_summary.h"
 #include "video/native.h"
 #include "video/owned.h"
-#include "video/snapshot/snapshot.h"
+#include "replay/snapshot.h"
 
 namespace {
 

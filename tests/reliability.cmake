@@ -15,7 +15,7 @@ target_compile_definitions(writes_test PRIVATE ORU_EXAMPLES_DIR="${PROJECT_SOURC
 
 # Snapshots that nobody means well.
 if(ORU_CLIENT STREQUAL snapshot)
-    oru_add_test(hostile_snapshot_test SOURCES video/hostile_snapshot_test.cpp LIBS run-tools oru)
+    oru_add_test(hostile_snapshot_test SOURCES snapshot/hostile_snapshot_test.cpp LIBS run-tools oru)
 endif()
 
 # What is given back: objects counted from outside, and memory watched by valgrind, which a

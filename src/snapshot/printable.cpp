@@ -1,6 +1,7 @@
 #include "snapshot/printable.h"
 
-#include <format>
+#include <array>
+#include <cstdio>
 
 #include <glib.h>
 
@@ -17,6 +18,13 @@ bool is_shown(gunichar character) {
     }
 }
 
+// Returns an escape: `format` with the code in hexadecimal digits.
+std::string escape(const char* format, unsigned code) {
+    std::array<char, 16> text;
+    return {text.data(),
+            static_cast<std::size_t>(std::snprintf(text.data(), text.size(), format, code))};
+}
+
 std::string written_out(gunichar character) {
     switch (character) {
         case '\n':
@@ -26,9 +34,10 @@ std::string written_out(gunichar character) {
         case '\t':
             return "\\t";
         default:
-            return character < 0x80      ? std::format("\\x{:02x}", character)
-                   : character < 0x10000 ? std::format("\\u{:04x}", character)
-                                         : std::format("\\U{:08x}", character);
+            return escape(character < 0x80      ? "\\x%02x"
+                          : character < 0x10000 ? "\\u%04x"
+                                                : "\\U%08x",
+                          character);
     }
 }
 
@@ -41,7 +50,7 @@ std::string printable(std::string_view text) {
         const gunichar character =
             g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
         if (character >= invalid) {
-            shown += std::format("\\x{:02x}", static_cast<unsigned char>(text.front()));
+            shown += escape("\\x%02x", static_cast<unsigned char>(text.front()));
             text.remove_prefix(1);
             continue;
         }

@@ -13,7 +13,7 @@
 #include "fuzz/json_text.h"
 #include "fuzz/require.h"
 #include "fuzz/snapshot_input.h"
-#include "video/snapshot/snapshot.h"
+#include "replay/snapshot.h"
 
 namespace {
 

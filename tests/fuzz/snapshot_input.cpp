@@ -14,9 +14,9 @@
 #include "applet/fatal.h"
 #include "fuzz/json_text.h"
 #include "fuzz/require.h"
+#include "replay/snapshot.h"
 #include "video/error_message.h"
 #include "video/owned.h"
-#include "video/snapshot/snapshot.h"
 
 namespace {
 

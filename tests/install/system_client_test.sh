@@ -22,7 +22,7 @@ export PKG_CONFIG_PATH LD_LIBRARY_PATH
 
 # The sources without our client: there is no other to be found than what was installed.
 mkdir "$scratch/source"
-(cd "$source" && tar -c --exclude=./build --exclude=./.git --exclude=./src/video/snapshot \
+(cd "$source" && tar -c --exclude=./build --exclude=./.git --exclude=./src/replay \
     --exclude=./src/video/oru.h --exclude=./src/video/qwire.h .) | tar -x -C "$scratch/source"
 
 "$cmake" -C "$cache" -DORU_CLIENT=system -S "$scratch/source" -B "$scratch/build" >/dev/null

@@ -35,15 +35,15 @@ oru_add_test(strict_client_test SOURCES strict_client/strict_client_test.cpp LIB
 
 # Devices of all kinds, asked about everything.
 add_test(NAME strict.random_devices
-         COMMAND /usr/bin/python3 ${CMAKE_CURRENT_SOURCE_DIR}/snapshot/random_devices_test.py
+         COMMAND /usr/bin/python3 ${CMAKE_CURRENT_SOURCE_DIR}/snapshot_tool/random_devices_test.py
                  ${PROJECT_SOURCE_DIR} ${ORU_STRICT_BIN_DIR} 61 60)
 set_tests_properties(strict.random_devices PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT})
 
 # What its faults are told by, and that without one nothing departs, be it this client or the other.
-oru_add_test(probe_faults_test SOURCES snapshot/probe/faults_test.cpp LIBS run-tools
+oru_add_test(probe_faults_test SOURCES probe/faults_test.cpp LIBS run-tools
              PROPERTIES ${strict})
 add_test(NAME strict.random_probes
-         COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/snapshot/probe/random_probes_test.py
+         COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/probe/random_probes_test.py
                  ${CMAKE_CURRENT_SOURCE_DIR}/model 501 60 ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
                  ${ORU_STRICT_BIN_DIR})
 set_tests_properties(strict.random_probes PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT})

@@ -1,0 +1,109 @@
+#include <utility>
+
+#include <qwire.h>
+
+#include "replay/object.h"
+
+ORU_DEFINE_TYPE(OruMap, oru_map, qw::map)
+
+namespace oru {
+
+OruMap* new_map(qw::map map) {
+    OruMap* created = oru_map_new();
+    created->held = std::move(map);
+    return created;
+}
+
+}  // namespace oru
+
+namespace {
+
+// Returns the value under `key` when it is of T's own kind.
+template <class T>
+std::optional<T> stored(OruMap* map, const gchar* key) {
+    const qw::value* value = map->held.find(key);
+    return value != nullptr ? value->get_if<T>() : std::nullopt;
+}
+
+// The same, but an unsigned kind that T holds without loss will do; `def` when there is none.
+template <class T>
+T widened(OruMap* map, const gchar* key, T def) {
+    const qw::value* value = map->held.find(key);
+    if (value == nullptr) {
+        return def;
+    }
+    if (const auto same = value->get_if<T>()) {
+        return *same;
+    }
+    if (const auto narrow = value->get_if<std::uint16_t>()) {
+        return *narrow;
+    }
+    if (const auto narrow = value->get_if<std::uint32_t>()) {
+        return *narrow;
+    }
+    return def;
+}
+
+}  // namespace
+
+OruMap* oru_map_new(void) {
+    return static_cast<OruMap*>(g_object_new(ORU_TYPE_MAP, nullptr));
+}
+
+void oru_map_set_string(OruMap* map, const gchar* key, const gchar* value) {
+    map->held.assign(key, std::string_view(value));
+}
+
+guint32 oru_map_get_uint32(OruMap* map, const gchar* key, guint32 def) {
+    return widened<std::uint32_t>(map, key, def);
+}
+
+gint64 oru_map_get_int64(OruMap* map, const gchar* key, gint64 def) {
+    return widened<std::int64_t>(map, key, def);
+}
+
+gdouble oru_map_get_double(OruMap* map, const gchar* key, gdouble def) {
+    return widened<double>(map, key, def);
+}
+
+gboolean oru_map_get_boolean(OruMap* map, const gchar* key, gboolean def) {
+    const auto flag = stored<bool>(map, key);
+    return flag ? *flag : def;
+}
+
+const gchar* oru_map_get_string(OruMap* map, const gchar* key, gsize* length, const gchar* def) {
+    const auto text = stored<std::string_view>(map, key);
+    if (length != nullptr) {
+        *length = text ? text->size() : std::string_view(def != nullptr ? def : "").size();
+    }
+    return text ? text->data() : def;
+}
+
+guint64 oru_map_get_pair32u(OruMap* map, const gchar* key, guint64 def) {
+    const auto pair = stored<qw::pair32u>(map, key);
+    return pair ? guint64{pair->second} << 32 | pair->first : def;
+}
+
+gboolean oru_map_contains(OruMap* map, const gchar* key) {
+    return map->held.find(key) != nullptr;
+}
+
+void oru_map_remove(OruMap* map, const gchar* key) {
+    map->held.erase(key);
+}
+
+void oru_map_remove_prefix(OruMap* map, const gchar* prefix) {
+    map->held.erase_prefix(prefix);
+}
+
+OruMap* oru_map_filter_prefix(OruMap* map, const gchar* prefix) {
+    return oru::new_map(map->held.filter_prefix(prefix));
+}
+
+gboolean oru_map_empty(OruMap* map) {
+    return map->held.empty();
+}
+
+const qw::map* oru_map_native_ref(OruMap* map) {
+    return &map->held;
+}

@@ -1,9 +1,0 @@
-// The figures of a device in the text format of Prometheus.
-#pragma once
-
-#include <string>
-
-#include "snapshot/device.h"
-
-// Returns the lines. Of a service that answered nothing, only that is told.
-std::string exposition(const device& of);

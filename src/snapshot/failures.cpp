@@ -1,0 +1,28 @@
+#include "snapshot/failures.h"
+
+namespace oru {
+
+failure read_failure_text(json_reader& in) {
+    return {in.string("the text of a failure").text.data()};
+}
+
+failure read_failure(json_reader& in, std::string_view what) {
+    in.peek();
+    const char* begin = in.place();
+    std::optional<failure> fails;
+    in.object(what, [&](const word& name) {
+        if (name.text != error_member) {
+            refuse_unknown(name);
+        }
+        if (fails) {
+            refuse_duplicate(name);
+        }
+        fails = read_failure_text(in);
+    });
+    if (!fails) {
+        throw complaint{begin, expected(what) + ", found an empty object"};
+    }
+    return *fails;
+}
+
+}  // namespace oru

@@ -1,0 +1,527 @@
+#include "snapshot/json_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+#include <glaze/json/read.hpp>
+
+namespace oru {
+namespace {
+
+constexpr glz::opts json{.null_terminated = true, .comments = false};
+
+// The bytes at which reading a string must stop to look.
+constexpr auto ends_plain_text = [] {
+    std::array<bool, 256> table{};
+    for (unsigned c = 0; c < 0x20; ++c) {
+        table[c] = true;
+    }
+    table['"'] = table['\\'] = true;
+    return table;
+}();
+
+// The same of eight bytes at once, the first one lowest: the lowest bit that is set is the high bit
+// of the first byte at which to stop.
+std::uint64_t ends_of_plain_text(std::uint64_t bytes) {
+    constexpr auto each = [](unsigned char c) { return c * std::uint64_t{0x0101010101010101}; };
+    // What is less than a byte that it is taken from borrows from the next.
+    const std::uint64_t quote = (bytes ^ each('"')) - each(1);
+    const std::uint64_t backslash = (bytes ^ each('\\')) - each(1);
+    const std::uint64_t control = bytes - each(0x20);
+    return (quote | backslash | control) & ~bytes & each(0x80);
+}
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// Whether a number cannot end before this byte.
+bool goes_on_in_number(char c) {
+    return is_digit(c) || c == '.' || c == '+' || c == '-' || (c >= 'A' && c <= 'Z') ||
+           (c >= 'a' && c <= 'z');
+}
+
+void check_utf8(const char* begin, const char* end) {
+    if (glz::validate_utf8(begin, static_cast<std::size_t>(end - begin))) {
+        return;
+    }
+    // Find the place: go on from sequence to sequence, as long as its first byte says.
+    const char* at = begin;
+    while (at != end) {
+        const int ones = std::countl_one(static_cast<unsigned char>(*at));
+        const auto length = std::min<std::ptrdiff_t>(std::max(ones, 1), end - at);
+        if (!glz::validate_utf8(at, static_cast<std::size_t>(length))) {
+            break;
+        }
+        at += length;
+    }
+    throw complaint{at, "this is not valid UTF-8"};
+}
+
+// Returns the end of the comment that begins at `at`, which the text's line breaks outlive.
+char* blank_comment(char* at, char* end) {
+    char* begin = at;
+    if (at[1] == '/') {
+        at = std::find_if(at, end, [](char c) { return c == '\n' || c == '\r'; });
+    } else {
+        const std::string_view rest(at + 2, end);
+        const auto length = rest.find("*/");
+        if (length == std::string_view::npos) {
+            throw complaint{begin, "this comment is not closed"};
+        }
+        at += 2 + length + 2;
+    }
+    std::replace_if(begin, at, [](char c) { return c != '\n' && c != '\r'; }, ' ');
+    return at;
+}
+
+void blank_comments(char* begin, char* end) {
+    if (std::memchr(begin, '/', static_cast<std::size_t>(end - begin)) == nullptr) {
+        return;
+    }
+    bool in_string = false;
+    for (char* at = begin; at < end; ++at) {
+        if (*at == '"') {
+            in_string = !in_string;
+        } else if (in_string && *at == '\\') {
+            ++at;  // what is escaped closes nothing
+        } else if (in_string && *at == '\n') {
+            return;  // the string is not closed: reading stops there, and knows why
+        } else if (!in_string && *at == '/' && (at[1] == '/' || at[1] == '*')) {
+            at = blank_comment(at, end) - 1;
+        }
+    }
+}
+
+}  // namespace
+
+std::string expected(std::string_view what) {
+    return std::string("expected ").append(what);
+}
+
+void refuse_unknown(const word& name) {
+    throw complaint{name.at, "unknown member " + quoted(name.text)};
+}
+
+void refuse_duplicate(const word& name) {
+    throw complaint{name.at, "duplicate member " + quoted(name.text)};
+}
+
+json_reader::json_reader(std::string& text, std::pmr::memory_resource& arena)
+    : at_(text.data()), end_(text.data() + text.size()), arena_(arena) {
+    if (text.empty()) {
+        throw complaint{nullptr, "the file is empty"};
+    }
+    if (text.starts_with("\xEF\xBB\xBF")) {
+        throw complaint{at_, "the text begins with a byte order mark"};
+    }
+    if (const void* nul = std::memchr(at_, '\0', text.size()); nul != nullptr) {
+        throw complaint{static_cast<const char*>(nul), "this is a NUL byte"};
+    }
+    check_utf8(at_, end_);
+    blank_comments(at_, end_);
+}
+
+char json_reader::peek() noexcept {
+    glz::context context{};
+    glz::skip_ws<json>(context, at_, end_);
+    return *at_;
+}
+
+void json_reader::unexpected(std::string_view what) {
+    const char found = peek();
+    if (at_ == end_) {
+        throw complaint{at_, expected(what) + ", found the end of the file"};
+    }
+    if (found > ' ' && found < 0x7f) {
+        throw complaint{at_, expected(what) + ", found '" + found + '\''};
+    }
+    throw complaint{at_, expected(what)};
+}
+
+void json_reader::take(char punctuation, std::string_view what) {
+    if (peek() != punctuation) {
+        unexpected(what);
+    }
+    ++at_;
+}
+
+word json_reader::string(std::string_view what) {
+    if (peek() != '"') {
+        unexpected(what);
+    }
+    const char* opening = at_++;
+    char* begin = at_;
+    skip_plain_text();
+    if (*at_ != '"') {
+        return {decode(begin), opening};
+    }
+    *at_++ = '\0';
+    return {{begin, at_ - 1}, opening};
+}
+
+// Goes on to the byte that ends a string, or is not plain text in it.
+void json_reader::skip_plain_text() {
+    while (end_ - at_ >= 8) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, at_, sizeof bytes);
+        if constexpr (std::endian::native == std::endian::big) {
+            bytes = std::byteswap(bytes);
+        }
+        if (const std::uint64_t ends = ends_of_plain_text(bytes); ends != 0) {
+            at_ += std::countr_zero(ends) / 8;
+            return;
+        }
+        at_ += 8;
+    }
+    while (!ends_plain_text[static_cast<unsigned char>(*at_)]) {
+        ++at_;
+    }
+}
+
+// Reads on from the first byte of a string that is not plain text. The text of the file stays as it
+// is: a line break put into it would shift every later line.
+std::string_view json_reader::decode(const char* begin) {
+    decoded_.assign(begin, static_cast<const char*>(at_));
+    while (*at_ != '"') {
+        check_string_byte(begin - 1);
+        if (*at_ == '\\') {
+            decode_escape();
+        } else {
+            decoded_ += *at_++;
+        }
+    }
+    ++at_;
+    return keep(decoded_);
+}
+
+// Complains unless the string that begins at `opening` may go on with the byte at the place.
+void json_reader::check_string_byte(const char* opening) const {
+    if (at_ == end_ || (*at_ == '\\' && at_ + 1 == end_)) {
+        throw complaint{opening, "this string is not closed"};
+    }
+    if (static_cast<unsigned char>(*at_) < 0x20) {
+        throw complaint{at_, "a string holds this control character only as an escape"};
+    }
+}
+
+std::string_view json_reader::keep(std::string_view text) {
+    auto* kept = static_cast<char*>(arena_.allocate(text.size() + 1, 1));
+    *std::ranges::copy(text, kept).out = '\0';
+    return {kept, text.size()};
+}
+
+void json_reader::decode_escape() {
+    const char* escape = at_;
+    if (const char meant = read_short_escape(); meant != '\0') {
+        decoded_ += meant;
+        return;
+    }
+    const auto is_low_surrogate = [](std::uint32_t unit) { return (unit & 0xFC00) == 0xDC00; };
+    std::uint32_t code = read_code_unit(escape);
+    if ((code & 0xF800) == 0xD800) {
+        std::uint32_t low = 0;
+        if (!is_low_surrogate(code) && at_[0] == '\\' && at_[1] == 'u') {
+            at_ += 2;
+            low = read_code_unit(escape);
+        }
+        if (!is_low_surrogate(low)) {
+            throw complaint{escape, "this surrogate has no partner"};
+        }
+        code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+    }
+    if (code == 0) {
+        throw complaint{escape, "a text cannot hold a NUL"};
+    }
+    std::array<char, 4> utf8;
+    decoded_.append(utf8.data(), glz::code_point_to_utf8(code, utf8.data()));
+}
+
+// Reads a backslash and the letter behind it. Returns what they mean, or NUL for one that four
+// digits follow.
+char json_reader::read_short_escape() {
+    const char letter = at_[1];
+    const char meant = glz::char_unescape_table[static_cast<unsigned char>(letter)];
+    if (meant == '\0' && letter != 'u') {
+        throw complaint{at_, "JSON has no such escape"};
+    }
+    at_ += 2;
+    return meant;
+}
+
+// Reads the four digits of the escape.
+std::uint32_t json_reader::read_code_unit(const char* escape) {
+    const auto value = end_ - at_ < 4 ? UINT32_MAX : glz::hex_to_u32(at_);
+    if (value == UINT32_MAX) {
+        throw complaint{escape, "\\u needs four hexadecimal digits"};
+    }
+    at_ += 4;
+    return value;
+}
+
+std::string_view json_reader::any_value() {
+    constexpr std::size_t deepest = 256;
+    std::string open;  // what closes each array and object that is open, the innermost last
+    decoded_.clear();
+    do {
+        const char first = peek();
+        if (first == '{' || first == '[') {
+            if (open.size() == deepest) {
+                throw complaint{at_, "more than " + std::to_string(deepest) + " levels of nesting"};
+            }
+            open += first == '{' ? '}' : ']';
+            decoded_ += *at_++;
+            if (peek() != open.back()) {
+                copy_name_in(open.back());
+                continue;
+            }
+        } else {
+            copy_scalar();
+        }
+        while (!open.empty() && peek() == open.back()) {
+            decoded_ += *at_++;
+            open.pop_back();
+        }
+        if (!open.empty()) {
+            take(',', open.back() == '}' ? "',' or '}'" : "',' or ']'");
+            decoded_ += ',';
+            copy_name_in(open.back());
+        }
+    } while (!open.empty());
+    return keep(decoded_);
+}
+
+// Copies the name of a member, and the colon, unless `closing` is an array's.
+void json_reader::copy_name_in(char closing) {
+    if (closing == ']') {
+        return;
+    }
+    if (peek() != '"') {
+        unexpected("a member name");
+    }
+    copy_string();
+    take(':', "':'");
+    decoded_ += ':';
+}
+
+void json_reader::copy_scalar() {
+    if (*at_ == '"') {
+        copy_string();
+        return;
+    }
+    const std::string_view rest(at_, end_);
+    for (const std::string_view literal : {"true", "false", "null"}) {
+        if (rest.starts_with(literal)) {
+            decoded_ += literal;
+            at_ += literal.size();
+            return;
+        }
+    }
+    decoded_ += number("a JSON value").text;
+}
+
+void json_reader::copy_string() {
+    const char* opening = at_++;
+    while (*at_ != '"') {
+        check_string_byte(opening);
+        const char* begin = at_;
+        if (*at_ != '\\') {
+            ++at_;
+        } else if (read_short_escape() == '\0') {
+            read_code_unit(begin);
+        }
+    }
+    ++at_;
+    decoded_.append(opening, static_cast<const char*>(at_));
+}
+
+bool json_reader::boolean(std::string_view what) {
+    bool value = false;
+    glz::context context{};
+    peek();
+    const char* it = at_;
+    glz::parse<glz::JSON>::op<json>(value, context, it, static_cast<const char*>(end_));
+    if (context.error != glz::error_code::none) {
+        unexpected(what);
+    }
+    at_ += it - at_;
+    return value;
+}
+
+number json_reader::number(std::string_view what) {
+    const char first = peek();
+    if (first != '-' && !is_digit(first)) {
+        unexpected(what);
+    }
+    // Nearly every number is a whole one that 64 bits hold whatever its digits are.
+    constexpr std::ptrdiff_t certain_digits = 18;
+    const char* begin = at_;
+    const char* digits = first == '-' ? begin + 1 : begin;
+    const char* it = digits;
+    std::int64_t value = 0;
+    while (is_digit(*it) && it - digits < certain_digits) {
+        value = 10 * value + (*it++ - '0');
+    }
+    if (it == digits || (*digits == '0' && it - digits > 1) || goes_on_in_number(*it)) {
+        return long_number();
+    }
+    at_ += it - begin;
+    return {{begin, it}, true, first == '-' ? -value : value};
+}
+
+number json_reader::long_number() {
+    const char* begin = at_;
+    const char* it = at_;
+    glz::context context{};
+    glz::skip_number_with_validation(context, it, static_cast<const char*>(end_));
+    if (context.error != glz::error_code::none || goes_on_in_number(*it)) {
+        throw complaint{begin, "this is not a JSON number"};
+    }
+    at_ += it - begin;
+    const std::string_view text(begin, it);
+    if (text.find_first_of(".eE") != std::string_view::npos) {
+        return {text, false, std::nullopt};
+    }
+    std::int64_t value = 0;
+    const bool fits = std::from_chars(begin, it, value).ec == std::errc();
+    return {text, true, fits ? std::optional(value) : std::nullopt};
+}
+
+std::uint32_t json_reader::natural(std::uint32_t max) {
+    const auto what = [max] { return "a whole number from 0 to " + std::to_string(max); };
+    const char first = peek();
+    if (first != '-' && !is_digit(first)) {
+        unexpected(what());
+    }
+    const char* begin = at_;
+    const auto value = number("").value;
+    if (!value || *value < 0 || *value > max) {
+        throw complaint{begin, expected(what())};
+    }
+    return static_cast<std::uint32_t>(*value);
+}
+
+std::int64_t json_reader::whole_value(const oru::number& written) const {
+    if (!written.whole) {
+        throw complaint{written.text.data(), "expected a whole number"};
+    }
+    if (!written.value) {
+        throw complaint{written.text.data(),
+                        "this whole number is outside the signed 64-bit range"};
+    }
+    return *written.value;
+}
+
+double json_reader::double_value(const oru::number& written) const {
+    double value = 0;
+    glz::fast_float::from_chars(written.text.data(), written.text.data() + written.text.size(),
+                                value);
+    if (std::isinf(value)) {
+        throw complaint{written.text.data(), "this number is too large for a double"};
+    }
+    return value;
+}
+
+bool json_reader::first_member(std::string_view what, word& name) {
+    take('{', what);
+    if (peek() == '}') {
+        ++at_;
+        return false;
+    }
+    read_name(name);
+    return true;
+}
+
+bool json_reader::next_member(word& name) {
+    if (!another('}', "',' or '}'")) {
+        return false;
+    }
+    read_name(name);
+    return true;
+}
+
+void json_reader::read_name(word& name) {
+    peek();
+    if (const char* opening = at_; take_name(names_.next())) {
+        name = {names_.next(), opening};
+        names_.confirm();
+    } else {
+        name = string("a member name");
+        if (const bool is_plain = name.text.data() == opening + 1; is_plain) {
+            name.text = names_.learn(name.text);
+        }
+    }
+    take(':', "':'");
+    peek();
+}
+
+// Takes the name when it comes next. It holds nothing that would need an escape.
+bool json_reader::take_name(std::string_view usual) noexcept {
+    const std::size_t length = usual.size();
+    if (length == 0 || static_cast<std::size_t>(end_ - at_) < length + 2 || at_[0] != '"' ||
+        at_[length + 1] != '"' || std::memcmp(at_ + 1, usual.data(), length) != 0) {
+        return false;
+    }
+    at_ += length + 2;
+    return true;
+}
+
+bool json_reader::first_element(std::string_view what) {
+    take('[', what);
+    if (peek() == ']') {
+        ++at_;
+        return false;
+    }
+    return true;
+}
+
+bool json_reader::next_element() {
+    if (!another(']', "',' or ']'")) {
+        return false;
+    }
+    peek();
+    return true;
+}
+
+// Reads on to the next of a list. Returns false when the list is closed.
+bool json_reader::another(char closing, std::string_view what) {
+    const char next = peek();
+    if (next != ',' && next != closing) {
+        unexpected(what);
+    }
+    ++at_;
+    return next == ',';
+}
+
+void json_reader::finish() {
+    if (peek() != '\0' || at_ != end_) {
+        unexpected("nothing more");
+    }
+}
+
+std::string quoted(std::string_view text) {
+    constexpr std::size_t longest = 60;
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string out = "'";
+    std::size_t length = std::min(text.size(), longest);
+    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
+        --length;  // whole characters only
+    }
+    for (const char c : text.substr(0, length)) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
+            out += "\\u00";
+            out += digits[static_cast<unsigned char>(c) / 16];
+            out += digits[static_cast<unsigned char>(c) % 16];
+        } else {
+            out += c;
+        }
+    }
+    out += length < text.size() ? "...'" : "'";
+    return out;
+}
+
+}  // namespace oru

@@ -1,0 +1,39 @@
+// Reads maps, whose values say their kind by the form in which they are written.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <qwire.h>
+
+#include "snapshot/document.h"
+#include "snapshot/json_reader.h"
+#include "snapshot/keys.h"
+
+namespace oru {
+
+class map_reader {
+  public:
+    explicit map_reader(json_reader& in) : in_(in) {}
+
+    // Reads a map, or the failure in its place.
+    answer<map_entries> read();
+
+    // Reads a map that is no answer, so that no failure can stand in its place.
+    map_entries read_properties();
+
+  private:
+    void read_entry(const word& key);
+    qw::value read_value();
+    qw::value read_number();
+    qw::value read_typed_value();
+    double read_double();
+    std::string_view read_bytes();
+
+    json_reader& in_;
+    // Used again by every map, so that they grow only for the largest.
+    named_items<qw::map::entry, &qw::map::entry::key> entries_;
+    std::string bytes_;
+};
+
+}  // namespace oru

@@ -1,0 +1,233 @@
+#include "snapshot/source.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+
+namespace oru {
+namespace {
+
+using namespace std::chrono_literals;
+using clock = std::chrono::steady_clock;
+using content_or_reason = std::expected<std::string, std::string>;
+
+class file_descriptor {
+  public:
+    explicit file_descriptor(int number) : number_(number) {}
+    ~file_descriptor() {
+        if (number_ >= 0) {
+            close(number_);
+        }
+    }
+    file_descriptor(const file_descriptor&) = delete;
+    file_descriptor& operator=(const file_descriptor&) = delete;
+    int get() const { return number_; }
+
+  private:
+    int number_;
+};
+
+std::unexpected<std::string> system_reason(int code = errno) {
+    return std::unexpected(std::string(std::strerror(code)));
+}
+
+// --- Regular files ------------------------------------------------------------------------------
+
+// Reads up to `size` bytes. Returns how many came before the end of the file, or -1 with errno set.
+ssize_t read_fully(int file, char* to, std::size_t size) {
+    std::size_t got = 0;
+    while (got < size) {
+        const ssize_t now = read(file, to + got, size - got);
+        if (now < 0 && errno == EINTR) {
+            continue;
+        }
+        if (now < 0) {
+            return -1;
+        }
+        if (now == 0) {
+            break;
+        }
+        got += static_cast<std::size_t>(now);
+    }
+    return static_cast<ssize_t>(got);
+}
+
+content_or_reason read_file(int file, std::uint64_t length, const source_limits& limits) {
+    if (length > limits.bytes) {
+        return std::unexpected("is " + std::to_string(length) + " bytes long, more than the " +
+                               std::to_string(limits.bytes) + " of a snapshot");
+    }
+    const auto size = static_cast<std::size_t>(length);
+    std::string content;
+    ssize_t got = 0;
+    content.resize_and_overwrite(size, [&](char* to, std::size_t) {
+        got = read_fully(file, to, size);
+        return static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+    });
+    char beyond = 0;
+    const ssize_t more = got < 0 ? got : read_fully(file, &beyond, 1);
+    if (more < 0) {
+        return system_reason();
+    }
+    if (content.size() != size || more > 0) {
+        return std::unexpected("changed while it was read");
+    }
+    return content;
+}
+
+// --- What comes in its own time -----------------------------------------------------------------
+
+struct patience {
+    std::chrono::milliseconds silence;
+    std::optional<std::chrono::milliseconds> total;  // none for who sends may take their time
+};
+
+// Waits until there is something to read, be it the end or a failure. Returns false when the time
+// is over first.
+bool wait_for(int file, clock::time_point end) {
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - clock::now());
+        pollfd waiting{file, POLLIN, 0};
+        const int ready = poll(&waiting, 1, static_cast<int>(std::max(left, 0ms).count()));
+        if (ready >= 0) {
+            return ready > 0;
+        }
+        if (errno != EINTR) {
+            return true;
+        }
+    }
+}
+
+std::string in_seconds(std::chrono::milliseconds time) {
+    char text[32];
+    const auto written =
+        std::to_chars(text, text + sizeof text, static_cast<double>(time.count()) / 1000);
+    return std::string(text, written.ptr) + " seconds";
+}
+
+// Reads to the end of what `receive(to, size)` gives, as read() does.
+template <class Receive>
+content_or_reason read_stream(int file, const patience& patience, std::size_t most,
+                              const Receive& receive) {
+    constexpr std::size_t step = std::size_t{256} * 1024;
+    std::string content;
+    const auto begin = clock::now();
+    auto last = begin;
+    for (;;) {
+        const bool in_all = patience.total && begin + *patience.total < last + patience.silence;
+        if (!wait_for(file, in_all ? begin + *patience.total : last + patience.silence)) {
+            return std::unexpected(in_all ? "is not at its end after " + in_seconds(*patience.total)
+                                          : "no byte came for " + in_seconds(patience.silence));
+        }
+        ssize_t got = 0;
+        const std::size_t before = content.size();
+        content.resize_and_overwrite(before + step, [&](char* text, std::size_t) {
+            got = receive(text + before, step);
+            return before + static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+        });
+        if (got == 0) {
+            return content;
+        }
+        if (got > 0) {
+            last = clock::now();
+        } else if (errno != EINTR && errno != EAGAIN) {
+            return system_reason();
+        }
+        if (content.size() > most) {
+            return std::unexpected("is longer than the " + std::to_string(most) +
+                                   " bytes of a snapshot");
+        }
+    }
+}
+
+content_or_reason read_pipe(int file, const source_limits& limits) {
+    return read_stream(file, {limits.pipe_silence, std::nullopt}, limits.bytes,
+                       [file](char* to, std::size_t size) { return read(file, to, size); });
+}
+
+content_or_reason read_socket(int file, const patience& patience, const source_limits& limits) {
+    return read_stream(file, patience, limits.bytes, [file](char* to, std::size_t size) {
+        return recv(file, to, size, MSG_DONTWAIT);
+    });
+}
+
+// Connects, which may have to wait until whoever listens is through with others.
+content_or_reason ask_socket(const std::string& path, const source_limits& limits) {
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    if (path.size() >= sizeof address.sun_path) {
+        return std::unexpected("the path of a socket has at most " +
+                               std::to_string(sizeof address.sun_path - 1) + " bytes");
+    }
+    std::ranges::copy(path, address.sun_path);
+
+    const file_descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const auto silence = limits.socket_silence.count();
+    timeval wait{};
+    wait.tv_sec = static_cast<decltype(wait.tv_sec)>(silence / 1000);
+    wait.tv_usec = static_cast<decltype(wait.tv_usec)>(silence % 1000 * 1000);
+    if (socket.get() < 0 ||
+        setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &wait, sizeof wait) != 0) {
+        return system_reason();
+    }
+    while (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) !=
+           0) {
+        if (errno == EAGAIN) {
+            return std::unexpected("was not connected to within " +
+                                   in_seconds(limits.socket_silence));
+        }
+        if (errno != EINTR) {
+            return system_reason();
+        }
+    }
+    return read_socket(socket.get(), {limits.socket_silence, limits.socket_total}, limits);
+}
+
+// Whether the path leads to the very socket that is standard input.
+bool is_standard_input(const struct stat& status) {
+    struct stat input{};
+    return fstat(STDIN_FILENO, &input) == 0 && input.st_dev == status.st_dev &&
+           input.st_ino == status.st_ino;
+}
+
+}  // namespace
+
+content_or_reason read_source(const std::string& path, const source_limits& limits) {
+    // Opening must not wait for the other end of a FIFO.
+    const file_descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    struct stat status{};
+    if (file.get() < 0) {
+        const int code = errno;
+        if (code != ENXIO || stat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode)) {
+            return system_reason(code);
+        }
+        return is_standard_input(status)
+                   ? read_socket(STDIN_FILENO, {limits.pipe_silence, std::nullopt}, limits)
+                   : ask_socket(path, limits);
+    }
+    if (fstat(file.get(), &status) != 0) {
+        return system_reason();
+    }
+    switch (status.st_mode & S_IFMT) {
+        case S_IFREG:
+            return read_file(file.get(), static_cast<std::uint64_t>(status.st_size), limits);
+        case S_IFIFO:
+        case S_IFCHR:
+            return read_pipe(file.get(), limits);
+        case S_IFDIR:
+            return std::unexpected("is a directory");
+        default:
+            return std::unexpected("is neither a file nor a FIFO, a character device or a socket");
+    }
+}
+
+}  // namespace oru

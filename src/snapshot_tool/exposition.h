@@ -1,0 +1,9 @@
+// The figures of a device in the text format of Prometheus.
+#pragma once
+
+#include <string>
+
+#include "snapshot_tool/device.h"
+
+// Returns the lines. Of a service that answered nothing, only that is told.
+std::string exposition(const device& of);

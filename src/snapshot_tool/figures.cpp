@@ -1,0 +1,41 @@
+#include "snapshot_tool/figures.h"
+
+#include <cmath>
+#include <format>
+
+#include "snapshot/printable.h"
+#include "snapshot_tool/columns.h"
+
+std::string resolution_text(const native_resolution& resolution) {
+    return std::format("{}x{}", resolution.width, resolution.height);
+}
+
+std::string rectangle_text(const rectangle& area) {
+    return std::format("{}x{} at {},{}", area.width, area.height, area.x, area.y);
+}
+
+std::string bit_rate_text(std::uint32_t bits) {
+    return bits < 1'000'000 ? std::format("{:.1f} kbit/s", bits / 1e3)
+                            : std::format("{:.2f} Mbit/s", bits / 1e6);
+}
+
+std::string frame_rate_text(double frames) {
+    // No camera is that fast: whatever it is shall not take a line of its own.
+    if (!(std::abs(frames) < 1e6)) {
+        return std::format("{:g}", frames);
+    }
+    std::string text = std::format("{:.2f}", frames);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.ends_with('.')) {
+        text.pop_back();
+    }
+    return text;
+}
+
+std::string short_text(std::size_t columns, std::string_view text) {
+    return text.empty() ? "\"\"" : cut_to(columns, printable(text));
+}
+
+std::string failure_text(std::string_view of, std::string_view reason) {
+    return std::format("{} failed{}{}", of, reason.empty() ? "" : ": ", printable(reason));
+}

@@ -1,0 +1,56 @@
+#include "snapshot_tool/other_json.h"
+
+#include <algorithm>
+#include <format>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+
+#include <glaze/json.hpp>
+#include <glib.h>
+
+#include "snapshot/printable.h"
+#include "snapshot/json_text.h"
+#include "snapshot_tool/snapshot_writer.h"
+
+namespace {
+
+// Returns what stands between the name and the last brace, or nothing when the text does not begin
+// as an object whose first member has that name.
+std::optional<std::string_view> value_in(std::string_view object, std::string_view quoted_name) {
+    for (const std::string_view token :
+         {std::string_view("{"), quoted_name, std::string_view(":")}) {
+        object.remove_prefix(std::min(object.find_first_not_of(" \t\r\n"), object.size()));
+        if (!object.starts_with(token)) {
+            return std::nullopt;
+        }
+        object.remove_prefix(token.size());
+    }
+    const std::size_t end = object.rfind('}');
+    return end != std::string_view::npos ? std::optional(object.substr(0, end)) : std::nullopt;
+}
+
+bool is_utf8(std::string_view text) {
+    return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
+}
+
+}  // namespace
+
+std::string other_json(const native_map& map, const std::string& key) {
+    native_table table;
+    table.insert("value", map, key);
+    std::string object;
+    try {
+        object = table.to_json();
+    } catch (const std::runtime_error& error) {
+        throw not_recordable(
+            std::format("the value of '{}' has no JSON form: {}", printable(key), error.what()));
+    }
+    const auto value = value_in(object, R"("value")");
+    if (!value || !is_utf8(*value) || !is_json(*value)) {
+        throw not_recordable(std::format(
+            "the JSON form of the value of '{}' is no JSON in UTF-8, or too deep", printable(key)));
+    }
+    std::string text(*value);
+    return glz::minify_json(text);
+}

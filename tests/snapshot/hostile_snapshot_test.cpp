@@ -1,0 +1,566 @@
+// Snapshots that nobody means well: whatever stands wherever in the file, it is refused with the
+// place and a reason, or reported right, and neither time nor memory grows faster than the file.
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <format>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "replay/snapshot.h"
+#include "support/snapshot_file.h"
+#include "support/temp_directory.h"
+#include "support/tools.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+// One line, with every member that there is and a value of every kind.
+const std::string full =
+    R"({"about":"a","system":{"caps":{"output":true}},"mode":{"info":{"a":1,"b":-2,"c":1.5,)"
+    R"("d":"x","e":[1,2],"f":{"uint16":3},"g":{"double":"nan"},"h":{"bytes":"6fff"}}},"stream":{"debug":{"$error":"none"},"quota":{"k":0},)"
+    R"("limit":{},"all":[{"id":1,"info":{"x":1},"settings":{"y":2},"debug":{"$error":"gone"}}]},)"
+    R"("channel":{"info":{"n":1},"filtered":[{"id":7,"crop_max":[1,1]}],"all":[{"id":0,"properties":{"key":"in"},)"
+    R"("info":{"i":1},"crop":[1,2,3,4],"crop_max":[5,6],"resolutions":{"available":[[7,8],[9,10]],)"
+    R"("other":{"$error":"none"}}}]},"input":{"all":[{"id":1,"info":{},"crop":{"$error":"none"},)"
+    R"("resolution_unrotated":{"capture":[1,2]}},{"id":2,"$error":"broken"}]},)"
+    R"("output":{"all":[{"id":0,"info":{},"settings":{}}]},"formats":{"h264":0,"raw":3}})";
+
+std::size_t end_of_string(std::string_view text, std::size_t at) {
+    do {
+        at += text[at] == '\\' ? 2 : 1;
+    } while (text[at] != '"');
+    return at + 1;
+}
+
+std::size_t end_of_value(std::string_view text, std::size_t at) {
+    if (text[at] == '"') {
+        return end_of_string(text, at);
+    }
+    int depth = 0;
+    do {
+        if (text[at] == '"') {
+            at = end_of_string(text, at) - 1;
+        } else if (text[at] == '{' || text[at] == '[') {
+            ++depth;
+        } else if (text[at] == '}' || text[at] == ']') {
+            --depth;
+        }
+        ++at;
+    } while (depth > 0 || !std::string_view(",}]").contains(text[at]));
+    return at;
+}
+
+struct range {
+    std::size_t begin;
+    std::size_t end;
+};
+
+// Where each value of the text stands, but for the text as a whole.
+std::vector<range> values_of(std::string_view text) {
+    std::vector<range> values;
+    std::string open;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (c == '"') {
+            at = end_of_string(text, at) - 1;
+            continue;
+        }
+        if (c == '{' || c == '[') {
+            open += c;
+        } else if (c == '}' || c == ']') {
+            open.pop_back();
+        }
+        const bool starts = c == ':' || c == '[' || (c == ',' && open.back() == '[');
+        if (starts && text[at + 1] != ']') {
+            values.push_back({at + 1, end_of_value(text, at + 1)});
+        }
+    }
+    return values;
+}
+
+std::string repeated(std::string_view text, std::size_t count) {
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+// Refused wherever a value may stand.
+const std::vector<std::string> never_values = {
+    "null",
+    "tru",
+    "True",
+    "NaN",
+    "Infinity",
+    "-",
+    "+1",
+    "01",
+    "1.",
+    ".5",
+    "1e",
+    "0x1",
+    "1+1",
+    "1-1",
+    "1.5.5",
+    "1A",
+    "1a",
+    "00",
+    "1e999",
+    "-1e999",
+    std::string(400, '9'),
+    "1." + std::string(100000, '0') + "e999999999999",
+    "'x'",
+    "x",
+    "\xc3\xa9",
+    "\"",
+    "\"a\nb\"",
+    "\"\\u0000\"",
+    "\"\\ud800\"",
+    "\"\\udc00\\ud800\"",
+    "\"\\x\"",
+    "\"\xff\"",
+    "\"\xc0\x80\"",
+    "\"\xed\xa0\x80\"",
+    "\"\xf4\x90\x80\x80\"",
+    "\"\xe2\x82\"",
+    "\"a\0b\""s,
+    "\0"s,
+    "\xef\xbb\xbf"
+    "1",
+    "{",
+    "}",
+    "[",
+    "]",
+    ",",
+    ":",
+    "1 2",
+    "/",
+    "/*",
+    "//",
+    "[1,2,3,4,5]",
+    "[1,2,]",
+    "[,1]",
+    "[4294967296,0]",
+    "[-1,0]",
+    "[1.5,2]",
+    "[[[1,2]]]",
+    "{\"a\"}",
+    "{\"a\":}",
+    "{\"a\":1,}",
+    "{a:1}",
+    "{1:1}",
+    "{\"a\":1,\"a\":1}",
+    "{\"a\":1,\"\\u0061\":1}",
+    "{\"$error\":\"x\",\"$error\":\"x\"}",
+    repeated("[", 100000),
+    repeated("[", 100000) + repeated("]", 100000),
+    repeated("{\"a\":", 100000),
+    repeated("{\"a\":", 100000) + "1" + repeated("}", 100000),
+    repeated("[{\"a\":", 50000),
+    "[" + repeated("[1,2],", 100000),
+    "[" + repeated("1,", 100000) + "1]",
+    "\"" + std::string(1000000, 'x'),
+};
+
+// Loads the text, which must be refused in its first line, not before the byte `from`.
+void expect_refused(const snapshot_file& file, const std::string& text, std::size_t from) {
+    file.write(text);
+    const auto loaded = oru::load(file.path());
+    ASSERT_FALSE(loaded) << "taken: " << text.substr(0, 2000);
+    std::string_view complaint = loaded.error();
+    ASSERT_TRUE(complaint.starts_with(file.path() + ":1:")) << complaint;
+    complaint.remove_prefix(file.path().size() + 3);
+    const std::size_t column = std::stoul(std::string(complaint.substr(0, 20)));
+    EXPECT_GT(column, from) << complaint;
+    EXPECT_LE(column, text.size() + 1) << complaint;
+    const std::string_view reason = complaint.substr(complaint.find(": ") + 2);
+    EXPECT_GE(reason.size(), 10) << complaint;
+    EXPECT_LE(reason.size(), 200) << complaint;
+    EXPECT_TRUE(std::ranges::all_of(reason, [](char c) {
+        return static_cast<unsigned char>(c) >= ' ' && c != 0x7f;
+    })) << complaint;
+}
+
+TEST(hostile_snapshot, the_text_is_taken_when_nothing_is_put_into_it) {
+    const snapshot_file file(full);
+    const auto loaded = oru::load(file.path());
+    EXPECT_TRUE(loaded) << loaded.error();
+    EXPECT_GT(values_of(full).size(), 60);
+}
+
+TEST(hostile_snapshot, what_is_no_value_is_refused_wherever_it_stands) {
+    const snapshot_file file;
+    for (const range& value : values_of(full)) {
+        for (const std::string& hostile : never_values) {
+            SCOPED_TRACE(full.substr(0, value.begin) + " <- " + hostile.substr(0, 60));
+            std::string text = full;
+            text.replace(value.begin, value.end - value.begin, hostile);
+            // What is wrong with bytes is told before what is wrong with values.
+            expect_refused(file, text, value.begin);
+            if (testing::Test::HasFatalFailure()) {
+                return;
+            }
+        }
+    }
+}
+
+// The only place where a value of any form is taken: there it need only be JSON.
+TEST(hostile_snapshot, what_is_no_json_is_refused_in_a_value_of_another_kind) {
+    const snapshot_file file;
+    const std::string before = R"({"mode":{"info":{"k":{"other":)";
+    std::size_t taken = 0;
+    for (const std::string& hostile : never_values) {
+        file.write(before + hostile + "}}}}");
+        if (oru::load(file.path())) {
+            ++taken;
+            continue;
+        }
+        for (const char* around : {"%", "[%]", R"({"a":%})", R"([1,{"b":[%]}])"}) {
+            std::string text = before + around + "}}}}";
+            const std::size_t place = text.find('%');
+            text.replace(place, 1, hostile);
+            SCOPED_TRACE(text.substr(0, 100));
+            expect_refused(file, text, place);
+        }
+    }
+    // A null, 4 numbers too large or too long, 3 strings that are no text, 6 arrays of another
+    // form, and 3 objects with a name given twice.
+    EXPECT_EQ(taken, 17) << "of " << never_values.size();
+}
+
+TEST(hostile_snapshot, repeated_and_misplaced_members_are_refused_in_every_object) {
+    const snapshot_file file;
+    for (std::size_t at = 0; at < full.size(); ++at) {
+        if (full[at] != '{' || full[at + 1] == '}') {
+            continue;
+        }
+        for (const char* members :
+             {R"("k":1,"k":1,)", R"("":1,"":2,)", "\"\x7f\":1,\"\x7f\":1,", R"("k":{},"k":{},)",
+              R"("k" 1,)", R"(1:1,)", R"(,)", R"("k":1;)"}) {
+            std::string text = full;
+            text.insert(at + 1, members);
+            expect_refused(file, text, at);
+            if (testing::Test::HasFatalFailure()) {
+                return;
+            }
+        }
+    }
+}
+
+TEST(hostile_snapshot, every_beginning_of_it_is_refused) {
+    const snapshot_file file;
+    for (std::size_t size = 1; size < full.size(); ++size) {
+        expect_refused(file, full.substr(0, size), 0);
+    }
+}
+
+TEST(hostile_snapshot, bytes_that_no_text_holds_are_refused_at_their_place) {
+    const snapshot_file file;
+    for (std::size_t at = 0; at < full.size(); ++at) {
+        for (const char byte : {'\0', '\xff', '\x80', '\xc3', '\x01', '\x1f'}) {
+            std::string text = full;
+            text[at] = byte;
+            // A control byte is told with the token that it breaks, every other by itself.
+            expect_refused(file, text, byte > 0 ? 0 : at);
+        }
+    }
+}
+
+// What the system shows as files here has another size than it says, or cannot be read.
+TEST(hostile_snapshot, files_that_are_not_what_they_say_are_refused) {
+    EXPECT_EQ(oru::load("/proc/self/status").error(),
+              "/proc/self/status: changed while it was read");
+    EXPECT_EQ(oru::load("/proc/self/mem").error(), "/proc/self/mem: Input/output error");
+}
+
+// --- Many of everything -------------------------------------------------------------------------
+
+std::string list_of(std::size_t count, const std::function<std::string(std::size_t)>& element) {
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i) {
+        all += (i == 0 ? "" : ",") + element(i);
+    }
+    return all;
+}
+
+std::string many_streams(std::size_t count) {
+    return R"({"stream":{"quota":{},"limit":{},"all":[)" +
+           list_of(count,
+                   [](std::size_t i) {
+                       return std::format(
+                           R"({{"id":{},"info":{{}},"settings":{{"format":2}},"debug":{{}}}})",
+                           i + 1);
+                   }) +
+           "]}}";
+}
+
+// A leak checker looks up all callers of every map that is kept, which takes it minutes.
+#ifdef ORU_TEST_SANITIZED
+constexpr std::size_t many = 5000;
+#else
+constexpr std::size_t many = 100000;
+#endif
+
+TEST(hostile_snapshot, very_many_streams_are_all_reported) {
+    constexpr std::size_t count = many;
+    std::string summaries;
+    std::string settings;
+    std::string statistics;
+    for (std::size_t id = 1; id <= count; ++id) {
+        const char* end = id == count ? "\n" : ",\n";
+        summaries += std::format(
+            R"(        {{ "id/0x{:04x}" : {{"bitrate":0,"channel":0,"duration":"00:00:00",)"
+            R"("failcount":0,"format":"jpeg","framecount":0,"framerate":0,"identity":"N/A",)"
+            R"("peers":0,"resolution":"0x0"}} }}{})",
+            id, end);
+        settings += std::format(
+            "        {{\n            \"id/0x{:04x}\" : {{\n                \"basic\": "
+            R"({{"channel":0,"compression":0,"format":"jpeg","framerate":0,"mirror":0,)"
+            R"("monochrome":0,"resolution":"0x0","rotation":0}})"
+            "\n            }}\n        }}{}",
+            id, end);
+        statistics += std::format(
+            R"(        {{ "id/0x{:04x}" : {{"actual-framerate":0,"bitrate":0,"failcount":0,)"
+            R"("framecount":0,"reclaimcount":0}} }}{})",
+            id, end);
+    }
+    const result got = report(many_streams(count), {"-l"});
+    EXPECT_EQ(got.status, 0);
+    EXPECT_EQ(got.err, "");
+    EXPECT_TRUE(got.out ==
+                "----- Snapshot of all running streams -----\n\n{\n    \"streams\" : [\n" +
+                    summaries + "    ],\n\n    \"streaminfo\" : [\n" + settings +
+                    "    ],\n\n    \"streamstatistics\" : [\n" + statistics + "    ]\n}\n\n")
+        << got.out.substr(0, 1000);
+}
+
+#ifndef ORU_TEST_SANITIZED  // whose time and memory are not the tools'
+
+struct shape {
+    const char* name;
+    std::string (*text)(std::size_t count);
+};
+
+std::ostream& operator<<(std::ostream& stream, const shape& shown) {
+    return stream << shown.name;
+}
+
+const std::vector<shape> shapes = {
+    {"streams", many_streams},
+    {"streams_of_many_formats",
+     [](std::size_t count) {
+         return R"({"formats":{)" +
+                list_of(1000, [](std::size_t i) { return std::format("\"f{}\":{}", i, i); }) +
+                R"(},"stream":{"all":[)" +
+                list_of(
+                    count,
+                    [](std::size_t i) {
+                        return std::format(
+                            R"({{"id":{},"info":{{}},"settings":{{"format":{}}},"debug":{{}}}})",
+                            i + 1, i + 7);
+                    }) +
+                "]}}";
+     }},
+    {"streams_that_fail",
+     [](std::size_t count) {
+         return R"({"stream":{"quota":{},"limit":{},"all":[)" +
+                list_of(count,
+                        [](std::size_t) { return R"({"id":0,"settings":{"$error":"x"}})"s; }) +
+                "]}}";
+     }},
+    {"channels_and_inputs",
+     [](std::size_t count) {
+         return std::format(R"({{"channel":{{"info":{{"input.count":{}}},"all":[)", count) +
+                list_of(
+                    count,
+                    [&](std::size_t i) {
+                        return std::format(
+                            R"({{"id":{},"properties":{{"key":"input"}},"info":{{"crop.possible":true,)"
+                            R"("type.id":{}}},"resolutions":{{"available":[[1,2]]}}}})",
+                            i, count - i);
+                    }) +
+                R"(]},"input":{"all":[)" +
+                list_of(
+                    count,
+                    [&](std::size_t i) {
+                        return std::format(
+                            R"({{"id":{},"info":{{}},"resolution_unrotated":{{"capture":[1,2]}}}})",
+                            count - i);
+                    }) +
+                "]}}";
+     }},
+    {"resolutions",
+     [](std::size_t count) {
+         return R"({"channel":{"all":[{"id":1,"resolutions":{"available":[)" +
+                list_of(count, [](std::size_t i) { return std::format("[{},2]", i); }) + "]}}]}}";
+     }},
+    {"resolution_lists",
+     [](std::size_t count) {
+         return R"({"channel":{"all":[{"id":1,"resolutions":{)" +
+                list_of(count,
+                        [&](std::size_t i) { return std::format(R"("{}":[[1,2]])", count - i); }) +
+                "}}]}}";
+     }},
+    {"keys_in_descending_order",
+     [](std::size_t count) {
+         const auto keys = [&](const char* prefix) {
+             return list_of(count, [&](std::size_t i) {
+                 return std::format(R"("{}{:08}":{})", prefix, count - i, i);
+             });
+         };
+         return R"({"mode":{"info":{)" + keys("k") + R"(}},"stream":{"debug":{)" +
+                keys("identity.") + "}}}";
+     }},
+    // Their order is another once the full stops are gone.
+    {"keys_that_change_places",
+     [](std::size_t count) {
+         return R"({"mode":{"info":{)" +
+                list_of(count,
+                        [](std::size_t i) {
+                            return std::format(R"("k{}{:08}":1)", i % 2 == 0 ? '.' : 'A', i);
+                        }) +
+                "}}}";
+     }},
+    {"repeated_keys",
+     [](std::size_t count) {
+         return R"({"mode":{"info":{)" +
+                list_of(count, [](std::size_t i) { return std::format(R"("k{}":1)", i % 1000); }) +
+                "}}}";
+     }},
+    {"long_texts",
+     [](std::size_t count) {
+         return R"({"stream":{"all":[{"id":1,"debug":{},"settings":{"identity":")" +
+                repeated(R"(\"\\\u0001\n\u00e9)", count) + R"("},"info":{"identity[0]":")" +
+                repeated("x\xc3\xa9", count) + "\"}}]}}";
+     }},
+    {"values_of_another_kind",
+     [](std::size_t count) {
+         return R"({"mode":{"info":{"long":{"other":[)" +
+                list_of(count, [](std::size_t) { return R"({"a":[1.50,"\u0000"]})"s; }) + "]}," +
+                list_of(count / 100,
+                        [](std::size_t i) {
+                            return std::format(R"("{:06}":{{"other":{}{}}})", i, repeated("[", 99),
+                                               repeated("]", 99));
+                        }) +
+                "}}}";
+     }},
+    {"comments", [](std::size_t count) { return repeated("/* x */ // y\n", count) + "{}"; }},
+    {"lines_before_what_is_wrong",
+     [](std::size_t count) { return repeated("\n", 10 * count) + "[]"; }},
+    {"opening_brackets",
+     [](std::size_t count) { return R"({"mode":{"info":{"k":)" + repeated("[", 10 * count); }},
+};
+
+// A program on the snapshot of a directory, and what running it costs.
+class measured_run {
+  public:
+    measured_run(const std::string& name, std::vector<std::string> arguments,
+                 const temp_directory& directory)
+        : out_(directory.path() + "/out") {
+        what_ = {.executable = "/bin/sh",
+                 .argv = {"sh", "-c", R"(ulimit -d "$0"; exec "$@")", "unlimited", program(name)},
+                 .environment = etc_oru_in(directory.path()),
+                 .stdout_to = out_};
+        what_.argv.insert(what_.argv.end(), arguments.begin(), arguments.end());
+        what_.environment.push_back("ORU_SNAPSHOT=" + directory.path() + "/snapshot.json");
+    }
+
+    // Seconds of the processor, the least of three.
+    double time() const {
+        double least = 1e9;
+        for (int i = 0; i < 3; ++i) {
+            const double before = spent();
+            EXPECT_EQ(run(what_).signal, 0);
+            least = std::min(least, spent() - before);
+        }
+        return least;
+    }
+
+    // Status, error lines, and how much was printed, with no more than that much memory to be had.
+    std::tuple<int, std::string, std::uintmax_t> within(const std::string& kilobytes) {
+        std::filesystem::remove(out_);
+        what_.argv[3] = kilobytes;
+        const result got = run(what_);
+        return {got.status, got.err, std::filesystem::file_size(out_)};
+    }
+
+  private:
+    static double spent() {
+        rusage usage{};
+        getrusage(RUSAGE_CHILDREN, &usage);
+        const auto seconds = [](const timeval& time) {
+            return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+        };
+        return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+    }
+
+    std::string out_;
+    command what_;
+};
+
+class each_shape : public testing::TestWithParam<shape> {
+  protected:
+    // Runs every program on the shape.
+    void with_each_program(
+        const std::function<void(measured_run, const temp_directory& directory)>& check) const {
+        const std::vector<std::pair<std::string, std::vector<std::string>>> runs = {
+            {"oru-snapshot", {"check"}},
+            {"oru-tlm-tool", {"-qsi"}},
+            {"oru-serverreport-tool", {"-l"}},
+            {"oru-serverreport-tool", {"-cai"}},
+        };
+        for (auto [name, arguments] : runs) {
+            SCOPED_TRACE(name + " " + arguments[0]);
+            const temp_directory directory;
+            if (name == "oru-snapshot") {
+                arguments.push_back(directory.path() + "/snapshot.json");
+            }
+            check(measured_run(name, arguments, directory), directory);
+        }
+    }
+};
+
+// Sixteen times the file may take sixteen times as long, and three times that for bad luck; what
+// grew with its square would take 256 times as long.
+TEST_P(each_shape, takes_time_as_the_file_grows) {
+    constexpr std::size_t count = 10000;
+    constexpr std::size_t times = 16;
+    with_each_program([](measured_run program, const temp_directory& directory) {
+        directory.write("snapshot.json", GetParam().text(count));
+        const double some = program.time();
+        directory.write("snapshot.json", GetParam().text(times * count));
+        EXPECT_LE(program.time(), 3 * times * some + 0.3) << "after " << some;
+    });
+}
+
+TEST_P(each_shape, takes_memory_as_the_file_grows) {
+    with_each_program([](measured_run program, const temp_directory& directory) {
+        for (const std::size_t count : {std::size_t{10000}, std::size_t{160000}}) {
+            const std::string text = GetParam().text(count);
+            directory.write("snapshot.json", text);
+            const std::size_t kilobytes = 8192 + 20 * text.size() / 1024;
+            EXPECT_EQ(program.within(std::to_string(kilobytes)), program.within("unlimited"))
+                << count;
+        }
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(hostile_snapshot, each_shape, testing::ValuesIn(shapes),
+                         [](const auto& parameter) { return std::string(parameter.param.name); });
+
+#endif
+
+}  // namespace

@@ -1,0 +1,86 @@
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "snapshot_tool/oru_snapshot.h"
+#include "support/temp_directory.h"
+
+namespace {
+
+TEST(check, reads_every_file) {
+    const temp_directory scratch;
+    const std::string good = scratch.write("good.json", "{}");
+    const std::string bad = scratch.write("bad.json", "{\n \"info\": 1}");
+    const std::string ok = good + ": ok\n";
+    const std::string wrong = bad + ":2:2: unknown member 'info'\n";
+    EXPECT_EQ(oru_snapshot({"check", good}), ended(0, ok));
+    EXPECT_EQ(oru_snapshot({"check", bad}), ended(1, "", wrong));
+    EXPECT_EQ(oru_snapshot({"check", bad, good, "/nowhere", good}),
+              ended(1, ok + ok, wrong + "/nowhere: No such file or directory\n"));
+    EXPECT_EQ(oru_snapshot({"check", ""}), ended(1, "", ": No such file or directory\n"));
+    EXPECT_EQ(oru_snapshot({"check", "--help"}),
+              ended(1, "", "--help: No such file or directory\n"));
+}
+
+TEST(check, needs_a_file) {
+    const result got = oru_snapshot({"check"});
+    EXPECT_EQ(got.status, 2);
+    EXPECT_TRUE(got.err.starts_with("Usage: oru-snapshot check FILE...\n")) << got;
+    EXPECT_EQ(got.out, "");
+}
+
+TEST(check, reads_standard_input) {
+    const temp_directory scratch;
+    const std::string good = scratch.write("good.json", "{}");
+    const std::string bad = scratch.write("bad.json", "{\n \"info\": 1}");
+    EXPECT_EQ(oru_snapshot({"check", "-"}, {.stdin_from = good}), ended(0, "/dev/stdin: ok\n"));
+    EXPECT_EQ(oru_snapshot({"check", good, "-"}, {.stdin_from = bad}),
+              ended(1, good + ": ok\n", "/dev/stdin:2:2: unknown member 'info'\n"));
+}
+
+// What a shell hands over: the other end of a pipe.
+TEST(check, reads_what_another_program_writes) {
+    const temp_directory scratch;
+    const auto shell = [&](const std::string& script) {
+        return run({.executable = "/bin/bash",
+                    .argv = {"bash", "-c", script, program("oru-snapshot")},
+                    .environment = {"PATH=/usr/bin:/bin"}});
+    };
+    EXPECT_EQ(shell("echo '{}' | \"$0\" check -"), ended(0, "/dev/stdin: ok\n"));
+    EXPECT_EQ(shell("(echo '{'; sleep 0.1; echo '}') | \"$0\" check -"),
+              ended(0, "/dev/stdin: ok\n"));
+    EXPECT_EQ(shell("echo '{' | \"$0\" check /dev/stdin"),
+              ended(1, "", "/dev/stdin:2:1: expected a member name, found the end of the file\n"));
+    EXPECT_EQ(shell("\"$0\" check <(echo '{}') <(echo '[') 2>&1 | sed 's:/dev/fd/[0-9]*:FD:'"),
+              ended(0, "FD:1:1: expected a snapshot (an object), found '['\nFD: ok\n"));
+    EXPECT_EQ(shell("true | \"$0\" check -"), ended(1, "", "/dev/stdin: the file is empty\n"));
+}
+
+TEST(check, says_when_its_output_is_lost) {
+    const temp_directory scratch;
+    const std::string good = scratch.write("good.json", "{}");
+    const std::string bad = scratch.write("bad.json", "");
+    EXPECT_EQ(
+        oru_snapshot({"check", good}, {.stdout_to = "/dev/full"}),
+        ended(1, "", "oru-snapshot: cannot write to standard output: No space left on device\n"));
+    EXPECT_EQ(oru_snapshot({"check", good}, {.stdout_to = closed_stream}),
+              ended(1, "", "oru-snapshot: cannot write to standard output: Bad file descriptor\n"));
+    // Nothing was to be written there.
+    EXPECT_EQ(oru_snapshot({"check", bad}, {.stdout_to = "/dev/full"}),
+              ended(1, "", bad + ": the file is empty\n"));
+}
+
+TEST(check, finds_nothing_wrong_with_the_examples) {
+    std::vector<std::string> arguments{"check"};
+    std::string expected;
+    for (const auto& file : std::filesystem::directory_iterator(ORU_EXAMPLES_DIR)) {
+        if (file.path().extension() == ".json") {
+            arguments.push_back(file.path());
+            expected += file.path().string() + ": ok\n";
+        }
+    }
+    EXPECT_GE(arguments.size(), 3U);
+    EXPECT_EQ(oru_snapshot(arguments), ended(0, expected));
+}
+
+}  // namespace

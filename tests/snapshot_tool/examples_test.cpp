@@ -1,0 +1,62 @@
+// What is shown, drawn and counted of the examples, compared with golden files that were read line
+// by line when they were made, and of FILE arguments.
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "snapshot_tool/oru_snapshot.h"
+
+namespace {
+
+std::string content(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string example(const std::string& name) {
+    return std::string(ORU_EXAMPLES_DIR) + "/" + name + ".json";
+}
+
+class each_command : public testing::TestWithParam<const char*> {
+  public:
+    static std::string golden(const std::string& name) {
+        return content(std::string(ORU_SNAPSHOT_GOLDEN_DIR) + "/" + name + "." + GetParam() +
+                       ".txt");
+    }
+};
+
+TEST_P(each_command, tells_of_the_examples) {
+    for (const char* name : {"two-input-encoder", "failing-device"}) {
+        EXPECT_EQ(oru_snapshot({GetParam(), example(name)}), ended(0, golden(name)));
+    }
+}
+
+TEST_P(each_command, tells_of_a_file_in_place_of_the_service) {
+    command streams{.environment = {"ORU_SNAPSHOT=" + example("failing-device")}};
+    EXPECT_EQ(oru_snapshot({GetParam()}, streams), ended(0, golden("failing-device")));
+    EXPECT_EQ(oru_snapshot({GetParam(), example("two-input-encoder")}, streams),
+              ended(0, golden("two-input-encoder")));
+    streams.stdin_from = example("two-input-encoder");
+    EXPECT_EQ(oru_snapshot({GetParam(), "-"}, streams), ended(0, golden("two-input-encoder")));
+}
+
+TEST_P(each_command, needs_the_name_of_a_file) {
+    EXPECT_EQ(oru_snapshot({GetParam(), ""}),
+              ended(2, "", "oru-snapshot: the name of FILE is empty\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(of_the_three, each_command, testing::Values("show", "graph", "metrics"),
+                         [](const auto& info) { return std::string(info.param); });
+
+// The picture in the manual and in the README.
+TEST(examples, are_drawn_as_they_are) {
+    EXPECT_EQ(content(ORU_DOCS_DIR "/two-input-encoder.dot"),
+              oru_snapshot({"graph", example("two-input-encoder")}).out);
+}
+
+}  // namespace

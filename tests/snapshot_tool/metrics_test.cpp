@@ -1,0 +1,184 @@
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "snapshot_tool/oru_snapshot.h"
+
+namespace {
+
+constexpr auto down =
+    "# HELP oru_up Whether the video service answers.\n"
+    "# TYPE oru_up gauge\n"
+    "oru_up 0\n";
+constexpr auto up =
+    "# HELP oru_up Whether the video service answers.\n"
+    "# TYPE oru_up gauge\n"
+    "oru_up 1\n";
+
+std::string content(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(metrics, tell_of_every_figure) {
+    EXPECT_EQ(
+        oru_snapshot_beside(R"({
+        "stream": {
+            "debug": {"global.capacity": 1, "global.capacity.peak": 2, "global.encoded.peers": 3,
+                      "global.encoded.peers.peak": 4, "global.encoded.jpeg.peers": 5,
+                      "global.raw.peers": 6, "global.raw.peers.peak": 7, "identity.a": 8},
+            "quota": {"global.hard.limit": 9, "global.soft.limit": 10, "global.buffering.limit": 11},
+            "limit": {"global.max.streams.limit.encoded": 12},
+            "all": [{"id": 13, "debug": {},
+                     "settings": {"identity": "a", "format": 0, "width": 640, "height": 360,
+                                  "framerate": 14.5},
+                     "info": {"statistics.framerate": 15, "statistics.bitrate": 16,
+                              "statistics.duration": 17000000, "statistics.frame_count": 18,
+                              "statistics.failed_frames": 19, "statistics.reclaim_count": 20,
+                              "peers": 21}}]},
+        "channel": {"info": {"input.count": 0}, "all": []},
+        "system": {"caps": {}}})",
+                            {"metrics"}),
+        ended(0, std::string(up) +
+                     R"(# HELP oru_unanswered_questions Questions that the service did not answer.
+# TYPE oru_unanswered_questions gauge
+oru_unanswered_questions 0
+# HELP oru_streams Running streams.
+# TYPE oru_streams gauge
+oru_streams 1
+# HELP oru_streams_without_series Running streams that nothing else is told of: their id is 0 or another's.
+# TYPE oru_streams_without_series gauge
+oru_streams_without_series 0
+# HELP oru_stream_info A stream: who asked for it, and what it is.
+# TYPE oru_stream_info gauge
+oru_stream_info{stream="13",identity="a",format="h264",resolution="640x360"} 1
+# HELP oru_stream_requested_frames_per_second Frame rate that was asked for.
+# TYPE oru_stream_requested_frames_per_second gauge
+oru_stream_requested_frames_per_second{stream="13"} 14.5
+# HELP oru_stream_frames_per_second Frame rate that is reached.
+# TYPE oru_stream_frames_per_second gauge
+oru_stream_frames_per_second{stream="13"} 15
+# HELP oru_stream_bytes_per_second Bit rate, in bytes.
+# TYPE oru_stream_bytes_per_second gauge
+oru_stream_bytes_per_second{stream="13"} 2
+# HELP oru_stream_run_seconds How long the stream has been running.
+# TYPE oru_stream_run_seconds gauge
+oru_stream_run_seconds{stream="13"} 17
+# HELP oru_stream_frames_total Frames of the stream.
+# TYPE oru_stream_frames_total counter
+oru_stream_frames_total{stream="13"} 18
+# HELP oru_stream_failed_frames_total Frames that failed.
+# TYPE oru_stream_failed_frames_total counter
+oru_stream_failed_frames_total{stream="13"} 19
+# HELP oru_stream_reclaims_total Reclaims, as the service counts them.
+# TYPE oru_stream_reclaims_total counter
+oru_stream_reclaims_total{stream="13"} 20
+# HELP oru_stream_clients Clients of the stream.
+# TYPE oru_stream_clients gauge
+oru_stream_clients{stream="13"} 21
+# HELP oru_capacity_bytes Buffers in use.
+# TYPE oru_capacity_bytes gauge
+oru_capacity_bytes 1
+# HELP oru_capacity_peak_bytes Most buffers that were in use.
+# TYPE oru_capacity_peak_bytes gauge
+oru_capacity_peak_bytes 2
+# HELP oru_capacity_hard_quota_bytes Hard limit of the buffers in use.
+# TYPE oru_capacity_hard_quota_bytes gauge
+oru_capacity_hard_quota_bytes 9
+# HELP oru_capacity_soft_quota_bytes Soft limit of the buffers in use.
+# TYPE oru_capacity_soft_quota_bytes gauge
+oru_capacity_soft_quota_bytes 10
+# HELP oru_buffering_quota Limit of buffering, as the service gives it.
+# TYPE oru_buffering_quota gauge
+oru_buffering_quota 11
+# HELP oru_encoded_streams Encoded streams in use.
+# TYPE oru_encoded_streams gauge
+oru_encoded_streams 3
+# HELP oru_encoded_streams_peak Most encoded streams that were in use.
+# TYPE oru_encoded_streams_peak gauge
+oru_encoded_streams_peak 4
+# HELP oru_encoded_streams_limit Limit of encoded streams.
+# TYPE oru_encoded_streams_limit gauge
+oru_encoded_streams_limit 12
+# HELP oru_jpeg_streams JPEG streams in use.
+# TYPE oru_jpeg_streams gauge
+oru_jpeg_streams 5
+# HELP oru_raw_streams Raw streams in use.
+# TYPE oru_raw_streams gauge
+oru_raw_streams 6
+# HELP oru_raw_streams_peak Most raw streams that were in use.
+# TYPE oru_raw_streams_peak gauge
+oru_raw_streams_peak 7
+# HELP oru_identity_streams_started_total Streams that a client started.
+# TYPE oru_identity_streams_started_total counter
+oru_identity_streams_started_total{identity="a"} 8
+)"));
+}
+
+TEST(metrics, tell_that_nothing_answers) {
+    EXPECT_EQ(oru_snapshot({"metrics"}, {.environment = {"ORU_SNAPSHOT=/no\nwhere"}}),
+              ended(0, down, "oru-snapshot: /no\\nwhere: No such file or directory\n"));
+    // A service that only fails is as good as none.
+    EXPECT_EQ(oru_snapshot_beside(R"({"stream": {"all": {"$error": "first"}}})", {"metrics"}),
+              ended(0, down, "oru-snapshot: first\n"));
+    // Neither is shown, but a service that tells it is there.
+    for (const char* reached :
+         {R"({"mode": {}})", R"({"mode": {"info": {}}})", R"({"output": {"all": [{"id": 0}]}})"}) {
+        EXPECT_TRUE(oru_snapshot_beside(reached, {"metrics"}).out.starts_with(up)) << reached;
+    }
+}
+
+TEST(metrics, say_when_their_output_is_lost) {
+    for (const char* snapshot : {"{}", R"({"stream": {"all": []}})"}) {
+        const result got = oru_snapshot_beside(snapshot, {"metrics"}, {.stdout_to = "/dev/full"});
+        EXPECT_EQ(got.status, 1);
+        EXPECT_TRUE(
+            got.err.ends_with("oru-snapshot: cannot write to standard output: "
+                              "No space left on device\n"))
+            << got;
+    }
+    const temp_directory scratch;
+    EXPECT_EQ(oru_snapshot({"metrics", "-o", scratch.path() + "/no/oru.prom"},
+                           {.environment = {"ORU_SNAPSHOT=/nowhere"}}),
+              ended(1, "",
+                    "oru-snapshot: /nowhere: No such file or directory\n"
+                    "oru-snapshot: " +
+                        scratch.path() + "/no/oru.prom: No such file or directory\n"));
+}
+
+TEST(metrics, replace_a_file) {
+    const temp_directory scratch;
+    const std::string path = scratch.write("oru.prom", "old");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    EXPECT_EQ(oru_snapshot({"metrics", "-o", path}, {.environment = {"ORU_SNAPSHOT=/nowhere"}}),
+              ended(0, "", "oru-snapshot: /nowhere: No such file or directory\n"));
+    EXPECT_EQ(content(path), down);
+    struct stat status;
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0644U);
+    // Nothing but the file is left in the folder.
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(scratch.path()), {}), 1);
+}
+
+TEST(metrics, replace_no_more_than_files) {
+    const temp_directory scratch;
+    for (const std::string& path : {std::string("/dev/null"), scratch.path()}) {
+        EXPECT_EQ(oru_snapshot({"metrics", "-o", path}, {.environment = {"ORU_SNAPSHOT=/nowhere"}}),
+                  ended(1, "",
+                        "oru-snapshot: /nowhere: No such file or directory\n"
+                        "oru-snapshot: " +
+                            path + ": is not a regular file\n"));
+    }
+}
+
+TEST(metrics, write_to_standard_output_by_its_usual_name) {
+    EXPECT_EQ(oru_snapshot({"metrics", "-o", "-"}, {.environment = {"ORU_SNAPSHOT=/nowhere"}}).out,
+              down);
+}
+
+}  // namespace

@@ -1,0 +1,384 @@
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+
+#include "snapshot_tool/oru_snapshot.h"
+#include "support/file_size_limit.h"
+#include "support/temp_directory.h"
+
+namespace {
+
+// The least that answers anything, and its recording.
+constexpr auto smallest = R"({ "stream": { "all": [ ] }, "formats": { } })";
+constexpr auto smallest_recorded = R"({
+    "system": { "$error": "system not recorded" },
+    "mode": { "$error": "mode not recorded" },
+    "stream": {
+        "debug": { "$error": "stream debug not recorded" },
+        "quota": { "$error": "stream quota not recorded" },
+        "limit": { "$error": "stream limit not recorded" },
+        "all": []
+    },
+    "channel": {
+        "info": { "$error": "channel info not recorded" },
+        "all": { "$error": "channels not recorded" },
+        "filtered": { "$error": "channels not recorded" }
+    },
+    "input": {
+        "all": []
+    },
+    "output": {
+        "all": [
+            {
+                "id": 0,
+                "$error": "output 0 not recorded"
+            }
+        ]
+    },
+    "formats": {}
+}
+)";
+
+std::string content(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class record : public testing::Test {
+  protected:
+    // Runs `oru-snapshot record` on a service that answers from this snapshot.
+    result recording_of(std::string_view snapshot, const std::vector<std::string>& arguments = {},
+                        command streams = {}) {
+        streams.environment = {"ORU_SNAPSHOT=" + service_.write("service.json", snapshot)};
+        std::vector<std::string> all{"record"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        return oru_snapshot(all, streams);
+    }
+
+    std::string unreachable() const {
+        return "oru-snapshot: " + service_.path() + "/service.json: the file is empty\n";
+    }
+
+    std::string scratch(const std::string& name) const { return scratch_.path() + '/' + name; }
+
+    std::size_t files() const {
+        const std::filesystem::directory_iterator all(scratch_.path());
+        return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+    }
+
+    temp_directory service_;
+    temp_directory scratch_;
+};
+
+TEST_F(record, writes_every_answer_in_its_form) {
+    EXPECT_EQ(recording_of(R"({
+  "formats": {"raw": 3, "odd \"name\"": 4294967295, "h264": 0},
+  "output": {"all": [{"id": 1}, {"id": 0, "settings": {"$error": "no settings"}, "info": {"running": true}}]},
+  "input": {"all": [{"id": 2, "info": {"crop.max": [1, 2]}, "crop": [0, 0, 640, 480],
+      "resolution_unrotated": {"capture": [1920, 1080], "other": [1, 1]}}, {"id": 1, "$error": "closed"}]},
+  "channel": {"info": {"input.count": 2, "z": 1.0, "a": -0.0}, "all": [
+      {"id": 7, "properties": {"key": "input", "more": 1}, "info": {"type.id": 2}, "crop": [1, 2, 3, 4],
+       "crop_max": [5, 6], "resolutions": {"available": [[1920, 1080], [640, 480]], "other": []}},
+      {"id": 3, "properties": {"key": "view"}, "info": {}, "crop": {"$error": "no crop"},
+       "crop_max": [0, 0], "resolutions": {"available": []}}]},
+  "stream": {"limit": {}, "quota": {"b": {"double": "-inf"}, "a": {"uint32": 5}},
+      "debug": {"identity.a": {"uint16": 1}, "d": 1E2, "w": {"int64": 3}, "n": -3, "t": "caf\u00e9 \n"},
+      "all": [{"info": {}, "settings": {}, "debug": {}},
+              {"id": 6699, "info": {"p": [4294967295, 0]}, "settings": {"$error": "busy"},
+               "debug": {"e": {"double": 7}, "f": false}}]},
+  "mode": {"info": {}}, "system": {"caps": {"output": true}}
+})"),
+              ended(0, R"({
+    "system": {
+        "caps": {
+            "output": true
+        }
+    },
+    "mode": {
+        "info": {}
+    },
+    "stream": {
+        "debug": {
+            "d": 100.0,
+            "identity.a": { "uint16": 1 },
+            "n": -3,
+            "t": "café \n",
+            "w": { "int64": 3 }
+        },
+        "quota": {
+            "a": 5,
+            "b": { "double": "-inf" }
+        },
+        "limit": {},
+        "all": [
+            {
+                "id": 0,
+                "info": {},
+                "settings": {},
+                "debug": {}
+            },
+            {
+                "id": 6699,
+                "info": {
+                    "p": [4294967295, 0]
+                },
+                "settings": { "$error": "busy" },
+                "debug": {
+                    "e": 7.0,
+                    "f": false
+                }
+            }
+        ]
+    },
+    "channel": {
+        "info": {
+            "a": -0.0,
+            "input.count": 2,
+            "z": 1.0
+        },
+        "all": [
+            {
+                "id": 7,
+                "properties": {
+                    "key": "input"
+                },
+                "info": {
+                    "type.id": 2
+                },
+                "crop": [1, 2, 3, 4],
+                "crop_max": [5, 6],
+                "resolutions": {
+                    "available": [[1920, 1080], [640, 480]]
+                }
+            },
+            {
+                "id": 3,
+                "info": {},
+                "crop": { "$error": "no crop" },
+                "crop_max": [0, 0],
+                "resolutions": {
+                    "available": []
+                }
+            }
+        ]
+    },
+    "input": {
+        "all": [
+            {
+                "id": 2,
+                "info": {
+                    "crop.max": [1, 2]
+                },
+                "crop": [0, 0, 640, 480],
+                "resolution_unrotated": {
+                    "capture": [1920, 1080]
+                }
+            }
+        ]
+    },
+    "output": {
+        "all": [
+            {
+                "id": 0,
+                "info": {
+                    "running": true
+                },
+                "settings": { "$error": "no settings" }
+            }
+        ]
+    },
+    "formats": {
+        "h264": 0,
+        "raw": 3,
+        "odd \"name\"": 4294967295
+    }
+}
+)"));
+}
+
+TEST_F(record, keeps_kinds_that_have_no_plain_form) {
+    const result got = recording_of(R"({"mode": {"info": {
+        "json": {"other": [1, /* one */ {"a" : "b c", "a": 1.50E+03}]}, "text": {"bytes": "6fff"},
+        "plain": {"bytes": "6f6b"}, "nan": {"double": "-nan"}, "null": {"other": null}}},
+        "stream": {"all": [{"id": 9, "settings": {"key": {"other": {}}}}]}})");
+    const std::string mode = R"({
+    "system": { "$error": "system not recorded" },
+    "mode": {
+        "info": {
+            "json": { "other": [1,{"a":"b c","a":1.50E+03}] },
+            "nan": { "double": "-nan" },
+            "null": { "other": null },
+            "plain": "ok",
+            "text": { "bytes": "6fff" }
+        }
+    },
+)";
+    EXPECT_EQ(got.out.substr(0, mode.size()), mode);
+    EXPECT_EQ(
+        got.err,
+        "oru-snapshot: mode info: 'json' is of a kind without a form, recorded as JSON\n"
+        "oru-snapshot: mode info: 'null' is of a kind without a form, recorded as JSON\n"
+        "oru-snapshot: stream 9: settings: 'key' is of a kind without a form, recorded as JSON\n");
+    EXPECT_EQ(got.status, 0);
+    EXPECT_EQ(recording_of(got.out), got);
+}
+
+TEST_F(record, lists_the_channels_of_inputs_where_no_property_says_which) {
+    const result got = recording_of(R"({"channel": {
+        "all": [{"id": 1, "info": {}}, {"id": 2, "info": {"type.id": 2}}],
+        "filtered": [{"id": 2, "info": {"type.id": 2}, "crop": [1, 2, 3, 4]}]}})");
+    EXPECT_EQ(got.status, 0) << got;
+    const std::string filtered = R"(        ],
+        "filtered": [
+            {
+                "id": 2,
+                "info": {
+                    "type.id": 2
+                },
+                "crop": [1, 2, 3, 4],
+                "crop_max": { "$error": "channel 2: crop_max not recorded" },
+                "resolutions": {
+                    "available": { "$error": "channel 2: resolutions not recorded" }
+                }
+            }
+        ]
+    },
+    "input": {
+        "all": [
+            {
+                "id": 2,
+                "$error": "input 2 not recorded"
+            }
+        ]
+    },
+)";
+    EXPECT_TRUE(got.out.contains(filtered)) << got;
+    EXPECT_FALSE(got.out.contains("properties")) << got;
+    EXPECT_EQ(recording_of(got.out), got);
+}
+
+TEST_F(record, fails_when_nothing_is_answered) {
+    EXPECT_EQ(recording_of(""), ended(1, "", unreachable()));
+    EXPECT_EQ(recording_of("", {"-o", scratch("file")}), ended(1, "", unreachable()));
+    EXPECT_EQ(recording_of("", {"--redact", "--about", "x"}), ended(1, "", unreachable()));
+    EXPECT_EQ(recording_of("{}"), ended(1, "", "oru-snapshot: system not recorded\n"));
+    EXPECT_EQ(recording_of(R"({"system": {"$error": "two\nlines"}})"),
+              ended(1, "", "oru-snapshot: two\nlines\n"));
+    EXPECT_EQ(recording_of(R"({"formats": {"a": 1}})"),
+              ended(1, "", "oru-snapshot: system not recorded\n"));
+    EXPECT_EQ(files(), 0U);
+}
+
+TEST_F(record, prints_to_standard_output_or_into_a_file) {
+    const std::string file = scratch("recorded.json");
+    EXPECT_EQ(recording_of(smallest), ended(0, smallest_recorded));
+    EXPECT_EQ(recording_of(smallest, {"-o", "-"}), ended(0, smallest_recorded));
+    EXPECT_EQ(recording_of(smallest, {"-o", file}), ended(0, ""));
+    EXPECT_EQ(content(file), smallest_recorded);
+    struct stat status;
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0640U);
+    EXPECT_EQ(files(), 1U);
+
+    EXPECT_EQ(recording_of(smallest, {"-o", scratch_.path()}),
+              ended(1, "", "oru-snapshot: " + scratch_.path() + ": is not a regular file\n"));
+    EXPECT_EQ(recording_of(smallest, {"-o", "/nowhere/x"}),
+              ended(1, "", "oru-snapshot: /nowhere/x: No such file or directory\n"));
+}
+
+TEST_F(record, takes_a_text_for_people) {
+    const std::string about = "{\n    \"about\": \"gate \\\"north\\\", caf\u00e9\",\n";
+    const result got = recording_of(smallest, {"--about", "gate \"north\", caf\u00e9"});
+    EXPECT_EQ(got, ended(0, about + std::string(smallest_recorded).substr(2)));
+    EXPECT_EQ(recording_of(smallest, {"--about=gate \"north\", caf\u00e9"}), got);
+    // It is no answer of the service: a recording's recording has none, but the one it is given.
+    EXPECT_EQ(recording_of(got.out), ended(0, smallest_recorded));
+    EXPECT_EQ(recording_of(smallest, {"--about", "\xff"}),
+              ended(1, "", "oru-snapshot: --about: the text is no UTF-8\n"));
+}
+
+TEST_F(record, keeps_the_old_file_when_the_new_one_cannot_be_written) {
+    const std::string file = scratch_.write("recorded.json", "old");
+    {
+        const file_size_limit full(100);
+        EXPECT_EQ(recording_of(smallest, {"-o", file}),
+                  ended(1, "", "oru-snapshot: " + file + ": File too large\n"));
+    }
+    EXPECT_EQ(content(file), "old");
+    EXPECT_EQ(files(), 1U);
+}
+
+TEST_F(record, says_when_its_output_is_lost) {
+    const std::string lost = "oru-snapshot: cannot write to standard output: ";
+    EXPECT_EQ(recording_of(smallest, {}, {.stdout_to = "/dev/full"}),
+              ended(1, "", lost + "No space left on device\n"));
+    EXPECT_EQ(recording_of(smallest, {}, {.stdout_to = closed_stream}),
+              ended(1, "", lost + "Bad file descriptor\n"));
+    // Nothing was to be written there.
+    EXPECT_EQ(recording_of(smallest, {"-o", scratch("file")}, {.stdout_to = "/dev/full"}),
+              ended(0, ""));
+}
+
+TEST_F(record, understands_no_other_arguments) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"-o"},
+                                                      {"--about"},
+                                                      {"file"},
+                                                      {"--redact=no"},
+                                                      {"--help"},
+                                                      {"-x"}}) {
+        const result got = recording_of(smallest, arguments);
+        EXPECT_EQ(got.status, 2) << arguments[0];
+        EXPECT_EQ(got.out, "");
+        EXPECT_TRUE(got.err.starts_with("Usage: oru-snapshot ")) << got;
+    }
+}
+
+// An answer of every kind for every question that a redaction changes: the texts occur nowhere
+// else.
+TEST_F(record, redacts_every_identity_and_message) {
+    const std::vector<std::string> texts = {"anton", "berta",  "caesar",   "dora", "emil",
+                                            "fritz", "gustav", "heinrich", "ida"};
+    const std::string snapshot = R"({
+        "system": {"$error": "fritz"},
+        "mode": {"info": {"identity": "berta", "identity.anton": 4}},
+        "stream": {"debug": {"identity.anton": 1, "identity.caesar": 2},
+            "quota": {"$error": "emil"}, "limit": {},
+            "all": [{"id": 1, "info": {"identity[0]": "anton", "identity[1]": "dora", "note": "kept"},
+                     "settings": {"identity": "caesar"}, "debug": {"$error": "gustav"}}]},
+        "channel": {"info": {}, "all": [{"id": 1, "properties": {"key": "input"}, "info": {"identity": "dora"},
+            "crop": {"$error": "heinrich"}}]},
+        "input": {"all": [{"id": 1, "$error": "ida"}]}})";
+    const result got = recording_of(snapshot, {"--redact", "--about", "kept too"});
+    EXPECT_EQ(got.status, 0) << got;
+    for (const std::string& text : texts) {
+        EXPECT_FALSE(got.out.contains(text)) << text << '\n' << got;
+        EXPECT_TRUE(recording_of(snapshot).out.contains(text)) << text;
+    }
+    EXPECT_TRUE(got.out.contains("\"about\": \"kept too\""));
+    EXPECT_TRUE(got.out.contains("\"note\": \"kept\""));
+
+    // The reports differ in those texts alone.
+    EXPECT_EQ(
+        tlm(snapshot, {"-i"}),
+        ended(
+            0,
+            "{\n    \"identities\": {\n        \"anton\": 1,\n        \"caesar\": 2\n    }\n}\n"));
+    EXPECT_EQ(tlm(got.out, {"-i"}), ended(0,
+                                          "{\n    \"identities\": {\n        \"client-2\": 1,\n    "
+                                          "    \"client-3\": 2\n    }\n}\n"));
+    EXPECT_EQ(report(snapshot, {"-q"}),
+              ended(1, "", "oru-serverreport-tool: Failed to get quota: emil\n"));
+    EXPECT_EQ(report(got.out, {"-q"}),
+              ended(1, "", "oru-serverreport-tool: Failed to get quota: redacted\n"));
+}
+
+TEST_F(record, is_how_an_example_was_made) {
+    EXPECT_EQ(recording_of(content(ORU_EXAMPLES_DIR "/two-input-encoder.json")),
+              ended(0, content(ORU_EXAMPLES_DIR "/recorded-encoder.json")));
+}
+
+}  // namespace

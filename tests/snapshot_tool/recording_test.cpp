@@ -1,0 +1,519 @@
+#include "snapshot_tool/recording.h"
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "snapshot_tool/fake_service.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+class recording : public testing::Test {
+  protected:
+    recording() { service = {}; }
+};
+
+std::string recorded(const recording_options& options = {}) {
+    service.inputs_asked_for.clear();
+    return record_service(options);
+}
+
+// What a recording fails with, or nothing when it does not.
+std::optional<std::string> refusal(const recording_options& options = {}) {
+    try {
+        record_service(options);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return std::nullopt;
+}
+
+// The lines of the recording from the first that is `from`, blanks before it aside, for as many
+// lines as `count` says.
+std::string lines_from(const std::string& text, const std::string& from, int count) {
+    std::size_t begin = text.find(from);
+    if (begin == std::string::npos) {
+        return text;
+    }
+    begin = text.rfind('\n', begin) + 1;
+    std::size_t end = begin;
+    for (int i = 0; i < count; ++i) {
+        end = text.find('\n', end) + 1;
+    }
+    return text.substr(begin, end - begin);
+}
+
+fake_map one(const std::string& key, fake_value value) {
+    return {{key, std::move(value)}};
+}
+
+fake_value text(std::string held) {
+    return native_value(std::move(held));
+}
+
+fake_value number(std::uint32_t held) {
+    return native_value(held);
+}
+
+TEST_F(recording, says_of_each_question_without_an_answer_that_it_failed) {
+    service.stream_quota = fake_failure{"no quota"};
+    service.stream_limit = fake_map{};
+    service.streams = std::vector{fake_stream{.id = 3}};
+    service.channels = std::vector{fake_channel{.id = 0}};
+    service.channels_of_inputs = fake_failure{"no filter"};
+    EXPECT_EQ(recorded(), R"({
+    "system": { "$error": "" },
+    "mode": { "$error": "" },
+    "stream": {
+        "debug": { "$error": "" },
+        "quota": { "$error": "no quota" },
+        "limit": {},
+        "all": [
+            {
+                "id": 3,
+                "info": { "$error": "" },
+                "settings": { "$error": "" },
+                "debug": { "$error": "" }
+            }
+        ]
+    },
+    "channel": {
+        "info": { "$error": "" },
+        "all": [
+            {
+                "id": 0,
+                "info": { "$error": "" },
+                "crop": { "$error": "" },
+                "crop_max": { "$error": "" },
+                "resolutions": {
+                    "available": { "$error": "" }
+                }
+            }
+        ],
+        "filtered": { "$error": "no filter" }
+    },
+    "input": {
+        "all": []
+    },
+    "output": {
+        "all": [
+            {
+                "id": 0,
+                "$error": ""
+            }
+        ]
+    },
+    "formats": {}
+}
+)");
+}
+
+TEST_F(recording, takes_a_list_that_is_null_without_an_error_for_an_empty_one) {
+    const std::string all = recorded();
+    EXPECT_EQ(lines_from(all, "\"all\": []", 1), "        \"all\": []\n");
+    EXPECT_EQ(lines_from(all, "\"channel\"", 4),
+              "    \"channel\": {\n"
+              "        \"info\": { \"$error\": \"\" },\n"
+              "        \"all\": []\n"
+              "    },\n");
+}
+
+TEST_F(recording, fails_with_the_first_failure_when_nothing_was_answered) {
+    service.streams = fake_failure{"third"};
+    service.channels = fake_failure{"fourth"};
+    service.channels_of_inputs = fake_failure{"fifth"};
+    EXPECT_EQ(refusal(), "");
+    service.stream_limit = fake_failure{"second"};
+    service.system = fake_failure{"f\xffirst"};
+    EXPECT_EQ(refusal(), "f\xffirst");
+    // The enumeration is no question, and what a snapshot cannot hold matters only then.
+    service.formats = {{1, "one"}};
+    EXPECT_EQ(refusal({.about = "\xff"}), "f\xffirst");
+}
+
+TEST_F(recording, is_answered_by_anything_that_is_no_failure) {
+    const auto answers = [](const auto& answer) {
+        service = {};
+        service.streams = fake_failure{"a"};
+        service.channels = fake_failure{"b"};
+        service.channels_of_inputs = fake_failure{"c"};
+        service.system = fake_failure{"d"};
+        answer();
+        return !refusal();
+    };
+    EXPECT_FALSE(answers([] {}));
+    EXPECT_TRUE(answers([] { service.streams = std::vector<fake_stream>(); }));
+    EXPECT_TRUE(answers([] { service.channels = std::vector<fake_channel>(); }));
+    EXPECT_TRUE(answers([] { service.channels_of_inputs = std::vector<fake_channel>(); }));
+    EXPECT_TRUE(answers([] { service.system = fake_answer<fake_map>(); }));
+    EXPECT_TRUE(answers([] { service.mode = fake_answer<fake_map>(); }));
+    EXPECT_TRUE(answers([] { service.stream_debug = fake_map(); }));
+    EXPECT_TRUE(answers([] { service.channel_info = fake_map(); }));
+    EXPECT_TRUE(answers([] { service.output = fake_output(); }));
+}
+
+// --- Inputs -------------------------------------------------------------------------------------
+
+fake_channel of_type(std::uint32_t id, fake_value type) {
+    fake_channel channel{.id = id};
+    channel.info = one("type.id", std::move(type));
+    return channel;
+}
+
+TEST_F(recording, asks_for_the_inputs_that_are_counted_and_those_that_channels_name) {
+    using numbers = std::vector<std::uint32_t>;
+    recorded();
+    EXPECT_EQ(service.inputs_asked_for, numbers());  // no channel information
+    service.channel_info = fake_map();
+    recorded();
+    EXPECT_EQ(service.inputs_asked_for, numbers({1}));
+    service.channel_info = one("input.count", number(0));
+    recorded();
+    EXPECT_EQ(service.inputs_asked_for, numbers());
+    service.channel_info = one("input.count", number(3));
+    recorded();
+    EXPECT_EQ(service.inputs_asked_for, numbers({1, 2, 3}));
+
+    fake_channel without_type{.id = 4};
+    without_type.info = fake_map();
+    service.channels_of_inputs =
+        std::vector{of_type(0, number(7)), of_type(1, number(2)), of_type(2, number(0)),
+                    fake_channel{.id = 3}, of_type(5, number(4294967295))};
+    recorded();
+    EXPECT_EQ(service.inputs_asked_for, numbers({0, 1, 2, 3, 7, 4294967295}));
+    service.channel_info = fake_failure{"none"};
+    recorded();
+    EXPECT_EQ(service.inputs_asked_for, numbers({0, 2, 7, 4294967295}));
+    service.channels_of_inputs = std::vector{without_type};
+    recorded();
+    EXPECT_EQ(service.inputs_asked_for, numbers({1}));
+    // What the filter does not find is no channel of an input.
+    service.channels = service.channels_of_inputs;
+    service.channels_of_inputs = fake_failure{"none"};
+    recorded();
+    EXPECT_EQ(service.inputs_asked_for, numbers());
+}
+
+TEST_F(recording, leaves_out_an_input_that_is_only_counted_and_cannot_be_opened) {
+    service.channel_info = one("input.count", number(3));
+    service.channels_of_inputs = std::vector{of_type(0, number(2)), of_type(1, number(9))};
+    service.inputs[1] = fake_failure{"never shown"};
+    service.inputs[2] = fake_failure{"no input 2"};
+    fake_input third;
+    third.crop = fake_rectangle{1, 2, 3, 4};
+    third.resolution = fake_size{1920, 1080};
+    service.inputs[3] = third;
+    EXPECT_EQ(lines_from(recorded(), "\"input\": {", 20), R"(    "input": {
+        "all": [
+            {
+                "id": 2,
+                "$error": "no input 2"
+            },
+            {
+                "id": 3,
+                "info": { "$error": "" },
+                "crop": [1, 2, 3, 4],
+                "resolution_unrotated": {
+                    "capture": [1920, 1080]
+                }
+            },
+            {
+                "id": 9,
+                "$error": ""
+            }
+        ]
+    },
+)");
+}
+
+// --- Channels of inputs -------------------------------------------------------------------------
+
+TEST_F(recording, marks_the_channels_that_the_filter_finds_or_lists_them) {
+    // "marked 1 2", or "listed" with the ids in the list, or "failed".
+    const auto shown = [] {
+        const std::string all = recorded();
+        const auto begin = all.find("\"channel\": {");
+        const std::string channels = all.substr(begin, all.find("\"input\": {") - begin);
+        const auto filtered = channels.find("\"filtered\": ");
+        std::string marked = "marked";
+        std::string listed = "listed";
+        for (std::size_t at = 0; (at = channels.find("\"id\": ", at)) != std::string::npos; ++at) {
+            const std::string id = ' ' + channels.substr(at + 6, 1);
+            if (at > filtered) {
+                listed += id;
+            } else if (channels.substr(at, 60).contains("\"properties\"")) {
+                marked += id;
+            }
+        }
+        if (filtered != std::string::npos) {
+            EXPECT_EQ(marked, "marked");
+            return channels.contains("\"filtered\": {") ? "failed" : listed;
+        }
+        return marked;
+    };
+    const fake_channel first = of_type(1, number(1));
+    const fake_channel second = of_type(2, number(2));
+    const fake_channel third = of_type(3, number(3));
+    fake_channel changed = third;
+    changed.crop_max = fake_size{1, 1};
+
+    service.channels = std::vector{first, second, third};
+    service.channels_of_inputs = std::vector<fake_channel>();
+    EXPECT_EQ(shown(), "marked");
+    service.channels_of_inputs = std::vector{first, third};
+    EXPECT_EQ(shown(), "marked 1 3");
+    service.channels_of_inputs = std::vector{first, second, third};
+    EXPECT_EQ(shown(), "marked 1 2 3");
+    // Another order, another channel, another answer.
+    service.channels_of_inputs = std::vector{third, first};
+    EXPECT_EQ(shown(), "listed 3 1");
+    service.channels_of_inputs = std::vector{first, of_type(4, number(1))};
+    EXPECT_EQ(shown(), "listed 1 4");
+    service.channels_of_inputs = std::vector{first, changed};
+    EXPECT_EQ(shown(), "listed 1 3");
+    service.channels_of_inputs = fake_failure{"none"};
+    EXPECT_EQ(shown(), "failed");
+
+    service.channels = fake_failure{"none"};
+    EXPECT_EQ(shown(), "failed");
+    service.channels_of_inputs = std::vector{second};
+    EXPECT_EQ(shown(), "listed 2");
+    service.channels_of_inputs = std::vector<fake_channel>();
+    EXPECT_EQ(shown(), "listed");
+}
+
+// --- Formats ------------------------------------------------------------------------------------
+
+TEST_F(recording, names_each_code_of_a_format_once) {
+    service.streams = std::vector<fake_stream>();
+    service.formats = {
+        {4294967295, "last"}, {3, "raw"}, {0, "h264"}, {3, "yuv"}, {2147483648, "$error"}};
+    EXPECT_EQ(lines_from(recorded(), "\"formats\"", 7), R"(    "formats": {
+        "h264": 0,
+        "raw": 3,
+        "$error": 2147483648,
+        "last": 4294967295
+    }
+}
+)");
+}
+
+// --- What a snapshot cannot hold ----------------------------------------------------------------
+
+TEST_F(recording, refuses_two_streams_of_one_id) {
+    service.streams = std::vector{fake_stream{.id = 0}, fake_stream{.id = 7}, fake_stream{.id = 0}};
+    EXPECT_EQ(refusal(), std::nullopt);
+    service.streams.is->push_back(fake_stream{.id = 7});
+    EXPECT_EQ(refusal(), "stream 7 is listed twice");
+}
+
+TEST_F(recording, refuses_two_channels_of_one_id_in_a_list) {
+    service.channels = std::vector{fake_channel{.id = 0}, fake_channel{.id = 1}};
+    service.channels_of_inputs = service.channels;
+    EXPECT_EQ(refusal(), std::nullopt);
+    service.channels_of_inputs.is->push_back(fake_channel{.id = 1});
+    EXPECT_EQ(refusal(), "channel 1 is listed twice");
+    service.channels.is->push_back(fake_channel{.id = 0});
+    EXPECT_EQ(refusal(), "channel 0 is listed twice");
+}
+
+TEST_F(recording, refuses_texts_that_no_json_holds) {
+    fake_stream stream{.id = 7};
+    const auto with_info = [&](const std::string& key, const fake_value& value) {
+        stream.info = one(key, value);
+        service.streams = std::vector{stream};
+        return refusal();
+    };
+    EXPECT_EQ(with_info("k\xff", number(1)), "stream 7: info: the key 'k\\xff' is no UTF-8");
+    EXPECT_EQ(with_info("a\0\n"s, number(1)), "stream 7: info: the key 'a\\x00\\n' holds a NUL");
+    EXPECT_EQ(with_info("key", text("a\0"s)), "stream 7: info: the text of 'key' holds a NUL");
+    EXPECT_EQ(with_info("key", text("\xff\0"s)), "stream 7: info: the text of 'key' holds a NUL");
+    EXPECT_EQ(with_info("key", text("\xff")), std::nullopt);
+    EXPECT_EQ(with_info("$error", text("busy")),
+              "stream 7: info: the value of '$error' is a text, as if this were a failure");
+    EXPECT_EQ(with_info("$error", text("\xff")), std::nullopt);
+    EXPECT_EQ(with_info("$error", number(5)), std::nullopt);
+
+    stream.info = fake_failure{"\xe9"};
+    service.streams = std::vector{stream};
+    EXPECT_EQ(refusal(), "stream 7: info: the message of the failure is no UTF-8");
+    service.streams = fake_failure{"\xe9"};
+    EXPECT_EQ(refusal(), "streams: the message of the failure is no UTF-8");
+    service.streams = std::vector<fake_stream>();
+    EXPECT_EQ(refusal({.about = "\xe9"}), "--about: the text is no UTF-8");
+}
+
+TEST_F(recording, refuses_values_of_other_kinds_without_json) {
+    const auto with = [](const fake_other& value) {
+        service.mode = fake_answer<fake_map>(one("k\t", value));
+        return refusal();
+    };
+    EXPECT_EQ(with({}),
+              "mode info: the value of 'k\\t' has no JSON form: the bus has no form for it");
+    for (const char* json :
+         {"", "nul", "[1", "1 2", "1, \"b\": 2", "'a'", "\"\xff\"", "\"\t\"", "/**/1"}) {
+        EXPECT_EQ(
+            with({json}),
+            "mode info: the JSON form of the value of 'k\\t' is no JSON in UTF-8, or too deep")
+            << json;
+    }
+    const auto nested = [&](std::size_t levels) {
+        return with({std::string(levels, '[') + std::string(levels, ']')});
+    };
+    EXPECT_EQ(nested(256), std::nullopt);
+    EXPECT_EQ(nested(257),
+              "mode info: the JSON form of the value of 'k\\t' is no JSON in UTF-8, or too deep");
+}
+
+TEST_F(recording, refuses_formats_that_have_one_name_or_an_odd_one) {
+    service.streams = std::vector<fake_stream>();
+    service.formats = {{3, "raw"}, {5, "raw"}};
+    EXPECT_EQ(refusal(), "formats 3 and 5 have one name, 'raw'");
+    service.formats = {{3, "r\xe4w"}};
+    EXPECT_EQ(refusal(), "formats: the key 'r\\xe4w' is no UTF-8");
+}
+
+// --- Other kinds --------------------------------------------------------------------------------
+
+TEST_F(recording, names_each_value_of_another_kind_on_standard_error) {
+    fake_stream stream{.id = 7};
+    stream.debug = fake_map{{"two\nlines", fake_other{" [ 1 ,\n2 ] "}}, {"plain", number(1)}};
+    service.streams = std::vector{stream};
+    service.mode = fake_answer<fake_map>(
+        fake_map{{"a", fake_other{R"("\ud800 \u0000 x")"}}, {"b", fake_other{"-0"}}});
+    testing::internal::CaptureStderr();
+    const std::string all = recorded();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "oru-snapshot: mode info: 'a' is of a kind without a form, recorded as JSON\n"
+              "oru-snapshot: mode info: 'b' is of a kind without a form, recorded as JSON\n"
+              "oru-snapshot: stream 7: debug: 'two\\nlines' is of a kind without a form, recorded "
+              "as JSON\n");
+    EXPECT_EQ(lines_from(all, "\"a\"", 2),
+              "            \"a\": { \"other\": \"\\ud800 \\u0000 x\" },\n"
+              "            \"b\": { \"other\": -0 }\n");
+    EXPECT_EQ(lines_from(all, "\"two", 1),
+              "                    \"two\\nlines\": { \"other\": [1,2] }\n");
+}
+
+// --- Redaction ----------------------------------------------------------------------------------
+
+TEST_F(recording, redacts_identities_and_messages) {
+    service.system = fake_failure{"Berta is logged in"};
+    service.mode = fake_answer<fake_map>(fake_map{{"identity", fake_other{R"(["Emil"])"}},
+                                                  {"identity[0]", fake_other{"[1]"}},
+                                                  {"operator", text("kept")}});
+    service.stream_debug = fake_map{{"identity", number(3)},          {"identity.", number(4)},
+                                    {"identity.Anton", number(1)},    {"identity.B\xff", number(2)},
+                                    {"identity.client-1", number(5)}, {"peak", number(6)}};
+    fake_stream stream{.id = 1};
+    stream.info = fake_map{{"identity", text("Caesar")},    {"identity[0]", text("Anton")},
+                           {"identity[12]", text("B\xff")}, {"identity[1]x", text("kept")},
+                           {"identity[]", text("kept")},    {"identity[a]", text("kept")},
+                           {"identitys", text("kept")},     {"the identity", text("kept")}};
+    stream.settings = fake_map{{"identity", text("Anton")}};
+    stream.debug = fake_failure{"D\xffra"};
+    service.streams = std::vector{stream};
+    service.channel_info = one("input.count", number(0));
+    service.channels = std::vector<fake_channel>();
+    service.channels_of_inputs = fake_failure{"Friedrich"};
+    service.output = fake_failure{"Gustav"};
+
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(recorded({.about = "by Heinrich", .redact = true}), R"({
+    "about": "by Heinrich",
+    "system": { "$error": "redacted" },
+    "mode": {
+        "info": {
+            "identity": { "other": "redacted" },
+            "identity[0]": { "other": [1] },
+            "operator": "kept"
+        }
+    },
+    "stream": {
+        "debug": {
+            "identity": 3,
+            "identity.client-1": 4,
+            "identity.client-2": 1,
+            "identity.client-3": 2,
+            "identity.client-4": 5,
+            "peak": 6
+        },
+        "quota": { "$error": "redacted" },
+        "limit": { "$error": "redacted" },
+        "all": [
+            {
+                "id": 1,
+                "info": {
+                    "identity": "client-5",
+                    "identity[0]": "client-2",
+                    "identity[12]": "client-3",
+                    "identity[1]x": "kept",
+                    "identity[]": "kept",
+                    "identity[a]": "kept",
+                    "identitys": "kept",
+                    "the identity": "kept"
+                },
+                "settings": {
+                    "identity": "client-2"
+                },
+                "debug": { "$error": "redacted" }
+            }
+        ]
+    },
+    "channel": {
+        "info": {
+            "input.count": 0
+        },
+        "all": [],
+        "filtered": { "$error": "redacted" }
+    },
+    "input": {
+        "all": []
+    },
+    "output": {
+        "all": [
+            {
+                "id": 0,
+                "$error": "redacted"
+            }
+        ]
+    },
+    "formats": {}
+}
+)");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "oru-snapshot: mode info: 'identity' is of a kind without a form, recorded as JSON\n"
+              "oru-snapshot: mode info: 'identity[0]' is of a kind without a form, recorded as "
+              "JSON\n");
+}
+
+TEST_F(recording, sorts_the_keys_that_redaction_changed) {
+    fake_map debug;
+    for (char name = 'a'; name <= 'k'; ++name) {
+        debug[std::string("identity.") + name] = number(static_cast<std::uint32_t>(name - 'a'));
+    }
+    service.stream_debug = debug;
+    EXPECT_EQ(lines_from(recorded({.redact = true}), "\"debug\"", 6),
+              "        \"debug\": {\n"
+              "            \"identity.client-1\": 0,\n"
+              "            \"identity.client-10\": 9,\n"
+              "            \"identity.client-11\": 10,\n"
+              "            \"identity.client-2\": 1,\n"
+              "            \"identity.client-3\": 2,\n");
+}
+
+TEST_F(recording, redacts_no_message_of_a_service_that_answers_nothing) {
+    service.system = fake_failure{"/run/oru: refused"};
+    service.streams = fake_failure{"x"};
+    service.channels = fake_failure{"x"};
+    service.channels_of_inputs = fake_failure{"x"};
+    EXPECT_EQ(refusal({.redact = true}), "/run/oru: refused");
+}
+
+}  // namespace

@@ -1,0 +1,126 @@
+#include "snapshot_tool/replace_file.h"
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "support/file_size_limit.h"
+#include "support/temp_directory.h"
+
+namespace {
+
+std::string content(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+mode_t mode_of(const std::string& path) {
+    struct stat status{};
+    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 07777;
+}
+
+std::string refusal(const std::string& path) {
+    try {
+        replace_file(path, "new", 0640);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "";
+}
+
+std::size_t entries_in(const temp_directory& directory) {
+    const std::filesystem::directory_iterator all(directory.path());
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+TEST(replace_file, makes_a_file_of_the_mode_whatever_the_umask) {
+    const temp_directory scratch;
+    const std::string path = scratch.path() + "/new.json";
+    for (const mode_t mask : {0000U, 0022U, 0077U}) {
+        const mode_t previous = umask(mask);
+        replace_file(path, "one\n", 0640);
+        EXPECT_EQ(mode_of(path), 0640U);
+        replace_file(path, "two\n", 0644);
+        EXPECT_EQ(mode_of(path), 0644U);
+        umask(previous);
+    }
+    EXPECT_EQ(content(path), "two\n");
+    EXPECT_EQ(entries_in(scratch), 1U);
+}
+
+TEST(replace_file, leaves_the_old_one_to_who_has_it_open) {
+    const temp_directory scratch;
+    const std::string path = scratch.write("file", "old text");
+    std::ifstream reader(path, std::ios::binary);
+    replace_file(path, "new", 0640);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), "old text");
+    EXPECT_EQ(content(path), "new");
+}
+
+TEST(replace_file, takes_a_path_in_the_current_directory) {
+    const temp_directory scratch;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(scratch.path());
+    replace_file("plain", "text", 0640);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(content(scratch.path() + "/plain"), "text");
+}
+
+TEST(replace_file, refuses_what_is_no_regular_file) {
+    const temp_directory scratch;
+    const std::string at = scratch.path();
+    ASSERT_EQ(mkdir((at + "/directory").c_str(), 0755), 0);
+    ASSERT_EQ(mkfifo((at + "/fifo").c_str(), 0644), 0);
+    ASSERT_EQ(symlink("/dev/null", (at + "/device").c_str()), 0);
+    ASSERT_EQ(symlink("nothing", (at + "/nothing").c_str()), 0);
+    scratch.write("file", "old");
+    ASSERT_EQ(symlink("file", (at + "/link").c_str()), 0);
+    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    (at + "/socket").copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    close(listener);
+
+    for (const char* name : {"directory", "fifo", "device", "nothing", "link", "socket"}) {
+        const std::string path = at + '/' + name;
+        EXPECT_EQ(refusal(path), path + ": is not a regular file");
+    }
+    EXPECT_EQ(content(at + "/file"), "old");
+    EXPECT_EQ(entries_in(scratch), 7U);
+}
+
+TEST(replace_file, says_why_it_cannot) {
+    EXPECT_EQ(refusal("/nowhere/file"), "/nowhere/file: No such file or directory");
+    EXPECT_EQ(refusal(""), ": No such file or directory");
+    const temp_directory scratch;
+    const std::string path = scratch.path() + '/' + std::string(300, 'x');
+    EXPECT_EQ(refusal(path), path + ": File name too long");
+    EXPECT_EQ(entries_in(scratch), 0U);
+}
+
+TEST(replace_file, leaves_everything_as_it_was_when_the_disk_is_full) {
+    const temp_directory scratch;
+    const std::string path = scratch.write("file", "old");
+    {
+        const file_size_limit full(2);
+        EXPECT_EQ(refusal(path), path + ": File too large");
+        // As a process has it that nobody told about the signal.
+        const auto ignored = std::signal(SIGXFSZ, SIG_DFL);
+        EXPECT_EQ(refusal(path), path + ": File too large");
+        std::signal(SIGXFSZ, ignored);
+    }
+    EXPECT_EQ(content(path), "old");
+    EXPECT_EQ(entries_in(scratch), 1U);
+}
+
+}  // namespace

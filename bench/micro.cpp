@@ -16,7 +16,7 @@
 #include "serverreport/stream_summary.h"
 #include "video/native.h"
 #include "video/owned.h"
-#include "replay/snapshot.h"
+#include "snapshot/load.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ void snapshot_reader(benchmark::State& state) {
     const std::string path = std::getenv("ORU_SNAPSHOT");
     std::size_t bytes = 0;
     for ([[maybe_unused]] auto _ : state) {
-        const oru::snapshot read = oru::load(path);
+        const snapshot::loaded read = snapshot::load(path);
         if (!read) {
             state.SkipWithError(read.error().c_str());
             break;

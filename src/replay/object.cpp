@@ -1,50 +1,38 @@
 #include "replay/object.h"
 
-#include <string>
-
-#include "replay/snapshot.h"
+#include "replay/current.h"
 
 G_DEFINE_QUARK(oru - error - quark, oru_error)
 
-namespace oru {
+namespace replay {
 
-std::nullptr_t not_recorded(const question& asked, GError** error) {
-    if (error == nullptr) {
-        return nullptr;  // whoever asks for many objects that are not there need not wait for texts
+std::nullptr_t not_recorded(const snapshot::query& asked, GError** error) {
+    if (error != nullptr) {  // for many objects that do not exist no text is made in vain
+        g_set_error_literal(error, ORU_ERROR, ORU_ERROR_NO_ANSWER,
+                            snapshot::not_recorded(asked).c_str());
     }
-    std::string what = asked.subject;
-    if (asked.number) {
-        what += ' ' + std::to_string(*asked.number);
-    }
-    if (asked.part != nullptr) {
-        what.append(asked.number ? ": " : " ").append(asked.part);
-    }
-    if (asked.name != nullptr) {
-        what.append(" '").append(asked.name).append("'");
-    }
-    g_set_error(error, ORU_ERROR, ORU_ERROR_NO_ANSWER, "%s not recorded", what.c_str());
     return nullptr;
 }
 
-std::nullptr_t failed(const failure& fails, GError** error) {
+std::nullptr_t failed(const snapshot::failure& fails, GError** error) {
     g_set_error_literal(error, ORU_ERROR, ORU_ERROR_FAILED, fails.message);
     return nullptr;
 }
 
-std::shared_ptr<const document> reach(GError** error) {
-    const snapshot& now = current();
-    if (!now.has_value()) {
-        g_set_error_literal(error, ORU_ERROR, ORU_ERROR_UNREACHABLE, now.error().c_str());
+std::shared_ptr<const snapshot::answers> reach(GError** error) {
+    const snapshot::loaded& loaded = current();
+    if (!loaded.has_value()) {
+        g_set_error_literal(error, ORU_ERROR, ORU_ERROR_UNREACHABLE, loaded.error().c_str());
         return nullptr;
     }
-    return *now;
+    return *loaded;
 }
 
-OruMap* new_map(const answer<map_entries>& is, std::shared_ptr<const void> owner,
-                const question& asked, GError** error) {
-    const auto* entries = recorded(is, asked, error);
+OruMap* new_map(const snapshot::answer<snapshot::map_entries>& from,
+                std::shared_ptr<const void> owner, const snapshot::query& asked, GError** error) {
+    const auto* entries = recorded(from, asked, error);
     return entries != nullptr ? new_map(qw::map(entries->data(), entries->size(), std::move(owner)))
                               : nullptr;
 }
 
-}  // namespace oru
+}  // namespace replay

@@ -2,14 +2,14 @@
 // snapshot, and answers a question from it or with a GError.
 #pragma once
 
-#include <algorithm>
 #include <memory>
 #include <new>
 #include <optional>
 
 #include <oru.h>
+#include <qwire.h>
 
-#include "snapshot/document.h"
+#include "snapshot/lookup.h"
 
 // Defines the GObject type `Name`, whose instances hold a `Held`.
 #define ORU_DEFINE_TYPE(Name, name, Held)                        \
@@ -29,28 +29,20 @@
         G_OBJECT_CLASS(type)->finalize = name##_finalize;        \
     }
 
-namespace oru {
+namespace replay {
 
 // A record together with the document that it stands in.
 template <class Record>
 using held = std::shared_ptr<const Record>;
 
-// What was asked, in the words of a complaint: "stream 3: settings".
-struct question {
-    const char* subject;
-    std::optional<std::uint32_t> number = std::nullopt;
-    const char* part = nullptr;
-    const char* name = nullptr;  // of one of several: "'available'"
-};
-
 // These set the error and return NULL.
-std::nullptr_t not_recorded(const question& asked, GError** error);
-std::nullptr_t failed(const failure& fails, GError** error);
+std::nullptr_t not_recorded(const snapshot::query& asked, GError** error);
+std::nullptr_t failed(const snapshot::failure& fails, GError** error);
 
 // Returns the recorded answer, or NULL with the error set.
 template <class T>
-const T* recorded(const answer<T>& is, const question& asked, GError** error) {
-    if (const auto* fails = std::get_if<failure>(&is); fails != nullptr) {
+const T* recorded(const snapshot::answer<T>& is, const snapshot::query& asked, GError** error) {
+    if (const auto* fails = std::get_if<snapshot::failure>(&is); fails != nullptr) {
         return failed(*fails, error);
     }
     const auto* value = std::get_if<T>(&is);
@@ -59,32 +51,29 @@ const T* recorded(const answer<T>& is, const question& asked, GError** error) {
 
 // Returns the answer under the name that `asked` holds, or NULL with the error set.
 template <class T>
-const T* recorded_name(const answer<std::span<const named<T>>>& is, const question& asked,
-                       GError** error) {
+const T* recorded_name(const snapshot::answer<std::span<const snapshot::named_answer<T>>>& is,
+                       const snapshot::query& asked, GError** error) {
     const auto* all = recorded(is, {asked.subject, asked.number, asked.part}, error);
     if (all == nullptr) {
         return nullptr;
     }
-    const auto found =
-        std::ranges::lower_bound(*all, std::string_view(asked.name), {}, &named<T>::name);
-    if (found == all->end() || found->name != asked.name) {
-        return not_recorded(asked, error);
-    }
-    return recorded(found->is, asked, error);
+    const auto* found = snapshot::find(*all, asked.name);
+    return found != nullptr ? recorded(*found, asked, error) : not_recorded(asked, error);
 }
 
 // Returns the current document, or NULL with the error set.
-std::shared_ptr<const document> reach(GError** error);
+std::shared_ptr<const snapshot::answers> reach(GError** error);
 
 // Returns a new OruMap of a recorded map, whose entries `owner` keeps alive, or NULL with the error
 // set.
-OruMap* new_map(const answer<map_entries>& is, std::shared_ptr<const void> owner,
-                const question& asked, GError** error);
+OruMap* new_map(const snapshot::answer<snapshot::map_entries>& is,
+                std::shared_ptr<const void> owner, const snapshot::query& asked, GError** error);
 OruMap* new_map(qw::map map);
 
 // Returns a new object that holds `record` of the document `owner`.
 template <class Object, class Record>
-Object* new_object(GType type, const std::shared_ptr<const document>& owner, const Record& record) {
+Object* new_object(GType type, const std::shared_ptr<const snapshot::answers>& owner,
+                   const Record& record) {
     auto* object = static_cast<Object*>(g_object_new(type, nullptr));
     object->held = std::shared_ptr<const Record>(owner, &record);
     return object;
@@ -93,16 +82,16 @@ Object* new_object(GType type, const std::shared_ptr<const document>& owner, con
 // Looks the record of that number up in a list that ascends by id. Returns a new object that holds
 // it, or NULL with the error set.
 template <class Object, class Record>
-Object* find_object(GType type, answer<std::vector<Record>> document::* list, const char* subject,
-                    guint32 number, GError** error) {
+Object* find_object(GType type, snapshot::answer<std::vector<Record>> snapshot::records::* list,
+                    const char* subject, guint32 number, GError** error) {
     const auto doc = reach(error);
     const auto* records =
         doc != nullptr ? recorded((*doc).*list, {subject, number}, error) : nullptr;
     if (records == nullptr) {
         return nullptr;
     }
-    const auto found = std::ranges::lower_bound(*records, number, {}, &Record::id);
-    if (found == records->end() || found->id != number) {
+    const auto* found = snapshot::find(*records, number);
+    if (found == nullptr) {
         return not_recorded({subject, number}, error);
     }
     if (found->fails) {
@@ -112,7 +101,7 @@ Object* find_object(GType type, answer<std::vector<Record>> document::* list, co
 }
 
 // Fill the out-values from an answer, unless it is NULL. Return whether there was one.
-inline gboolean fill(const rectangle* from, guint32* x, guint32* y, guint32* width,
+inline gboolean fill(const snapshot::rectangle* from, guint32* x, guint32* y, guint32* width,
                      guint32* height) {
     if (from != nullptr) {
         *x = from->x;
@@ -123,7 +112,7 @@ inline gboolean fill(const rectangle* from, guint32* x, guint32* y, guint32* wid
     return from != nullptr;
 }
 
-inline gboolean fill(const OruResolution* from, guint32* width, guint32* height) {
+inline gboolean fill(const snapshot::resolution* from, guint32* width, guint32* height) {
     if (from != nullptr) {
         *width = from->width;
         *height = from->height;
@@ -131,4 +120,4 @@ inline gboolean fill(const OruResolution* from, guint32* width, guint32* height)
     return from != nullptr;
 }
 
-}  // namespace oru
+}  // namespace replay

@@ -1,20 +1,19 @@
+#include <algorithm>
+
 #include "replay/object.h"
 
-ORU_DEFINE_TYPE(OruChannel, oru_channel, oru::held<oru::channel_record>)
+ORU_DEFINE_TYPE(OruChannel, oru_channel, replay::held<snapshot::channel_record>)
 
 namespace {
 
 // Whether the channel's properties hold every string entry of the filter with the same text.
-bool matches(const oru::channel_record& channel, const qw::map& filter) {
+bool matches(const snapshot::channel_record& channel, const qw::map& filter) {
     return std::ranges::all_of(filter, [&](const qw::map::entry& wanted) {
         const auto text = wanted.value.get_if<std::string_view>();
         if (!text) {
             return true;
         }
-        const auto found =
-            std::ranges::lower_bound(channel.properties, wanted.key, {}, &qw::map::entry::key);
-        return found != channel.properties.end() && found->key == wanted.key &&
-               found->value.get_if<std::string_view>() == text;
+        return snapshot::has_text(channel.properties, wanted.key, *text);
     });
 }
 
@@ -25,42 +24,43 @@ bool asks_for_inputs(const qw::map& filter) {
 }
 
 // Lists the recorded channels that match the filter, or all of them when it is NULL.
-GList* matching(const std::shared_ptr<const oru::document>& doc,
-                const oru::answer<std::vector<oru::channel_record>>& channels,
+GList* matching(const std::shared_ptr<const snapshot::answers>& doc,
+                const snapshot::answer<std::vector<snapshot::channel_record>>& channels,
                 const qw::map* filter, GError** error) {
-    const auto* all = oru::recorded(channels, {"channels"}, error);
+    const auto* all = replay::recorded(channels, {"channels"}, error);
     GList* list = nullptr;
     for (std::size_t i = all != nullptr ? all->size() : 0; i-- > 0;) {
         const auto& channel = (*all)[i];
         if (filter == nullptr || matches(channel, *filter)) {
-            list =
-                g_list_prepend(list, oru::new_object<OruChannel>(ORU_TYPE_CHANNEL, doc, channel));
+            list = g_list_prepend(list,
+                                  replay::new_object<OruChannel>(ORU_TYPE_CHANNEL, doc, channel));
         }
     }
     return list;
 }
 
-oru::question about(OruChannel* channel, const char* part) {
+snapshot::query about(OruChannel* channel, const char* part) {
     return {"channel", channel->held->id, part};
 }
 
 }  // namespace
 
 GList* oru_channel_get_all(GError** error) {
-    const auto doc = oru::reach(error);
+    const auto doc = replay::reach(error);
     return doc != nullptr ? matching(doc, doc->channels, nullptr, error) : nullptr;
 }
 
 GList* oru_channel_get_filtered(OruMap* filter, GError** error) {
-    const auto doc = oru::reach(error);
+    const auto doc = replay::reach(error);
     if (doc == nullptr) {
         return nullptr;
     }
-    if (const auto* fails = std::get_if<oru::failure>(&doc->channels_filtered); fails != nullptr) {
-        return oru::failed(*fails, error);
+    if (const auto* fails = std::get_if<snapshot::failure>(&doc->channels_filtered);
+        fails != nullptr) {
+        return replay::failed(*fails, error);
     }
     const qw::map* wanted = oru_map_native_ref(filter);
-    if (!std::holds_alternative<oru::left_out>(doc->channels_filtered) &&
+    if (!std::holds_alternative<snapshot::left_out>(doc->channels_filtered) &&
         asks_for_inputs(*wanted)) {
         return matching(doc, doc->channels_filtered, nullptr, error);
     }
@@ -73,36 +73,38 @@ guint32 oru_channel_get_id(OruChannel* channel) {
 
 OruMap* oru_channel_get_info(OruChannel* channel, GError** error) {
     if (channel != nullptr) {
-        return oru::new_map(channel->held->info, channel->held, about(channel, "info"), error);
+        return replay::new_map(channel->held->info, channel->held, about(channel, "info"), error);
     }
-    const auto doc = oru::reach(error);
-    return doc != nullptr ? oru::new_map(doc->channel_info, doc, {"channel", {}, "info"}, error)
+    const auto doc = replay::reach(error);
+    return doc != nullptr ? replay::new_map(doc->channel_info, doc, {"channel", {}, "info"}, error)
                           : nullptr;
 }
 
 OruResolutionSet* oru_channel_get_resolutions(OruChannel* channel, OruMap* filter, GError** error) {
-    oru::question asked = about(channel, "resolutions");
+    snapshot::query asked = about(channel, "resolutions");
     asked.name = oru_map_get_string(filter, "select", nullptr, "");
-    const auto* items = oru::recorded_name(channel->held->resolutions, asked, error);
+    const auto* items = replay::recorded_name(channel->held->resolutions, asked, error);
     if (items == nullptr) {
         return nullptr;
     }
-    auto* set =
-        static_cast<OruResolutionSet*>(g_malloc(sizeof(OruResolutionSet) + items->size_bytes()));
+    auto* set = static_cast<OruResolutionSet*>(
+        g_malloc(sizeof(OruResolutionSet) + items->size() * sizeof(OruResolution)));
     set->count = items->size();
-    std::uninitialized_copy(items->begin(), items->end(),
-                            const_cast<OruResolution*>(oru_resolution_set_items(set)));
+    std::ranges::transform(
+        *items, const_cast<OruResolution*>(oru_resolution_set_items(set)),
+        [](const snapshot::resolution& size) { return OruResolution{size.width, size.height}; });
     return set;
 }
 
 gboolean oru_channel_get_crop(OruChannel* channel, guint32* x, guint32* y, guint32* width,
                               guint32* height, GError** error) {
-    return oru::fill(oru::recorded(channel->held->crop, about(channel, "crop"), error), x, y, width,
-                     height);
+    return replay::fill(replay::recorded(channel->held->crop, about(channel, "crop"), error), x, y,
+                        width, height);
 }
 
 gboolean oru_channel_get_crop_max(OruChannel* channel, guint32* width, guint32* height,
                                   GError** error) {
-    return oru::fill(oru::recorded(channel->held->crop_max, about(channel, "crop_max"), error),
-                     width, height);
+    return replay::fill(
+        replay::recorded(channel->held->crop_max, about(channel, "crop_max"), error), width,
+        height);
 }

@@ -6,7 +6,7 @@
 
 ORU_DEFINE_TYPE(OruMap, oru_map, qw::map)
 
-namespace oru {
+namespace replay {
 
 OruMap* new_map(qw::map map) {
     OruMap* created = oru_map_new();
@@ -14,7 +14,7 @@ OruMap* new_map(qw::map map) {
     return created;
 }
 
-}  // namespace oru
+}  // namespace replay
 
 namespace {
 
@@ -25,23 +25,11 @@ std::optional<T> stored(OruMap* map, const gchar* key) {
     return value != nullptr ? value->get_if<T>() : std::nullopt;
 }
 
-// The same, but an unsigned kind that T holds without loss will do; `def` when there is none.
+// The same, but a value that widens into T will do; `def` if there is none.
 template <class T>
 T widened(OruMap* map, const gchar* key, T def) {
     const qw::value* value = map->held.find(key);
-    if (value == nullptr) {
-        return def;
-    }
-    if (const auto same = value->get_if<T>()) {
-        return *same;
-    }
-    if (const auto narrow = value->get_if<std::uint16_t>()) {
-        return *narrow;
-    }
-    if (const auto narrow = value->get_if<std::uint32_t>()) {
-        return *narrow;
-    }
-    return def;
+    return value != nullptr ? snapshot::widened<T>(*value).value_or(def) : def;
 }
 
 }  // namespace
@@ -97,7 +85,7 @@ void oru_map_remove_prefix(OruMap* map, const gchar* prefix) {
 }
 
 OruMap* oru_map_filter_prefix(OruMap* map, const gchar* prefix) {
-    return oru::new_map(map->held.filter_prefix(prefix));
+    return replay::new_map(map->held.filter_prefix(prefix));
 }
 
 gboolean oru_map_empty(OruMap* map) {

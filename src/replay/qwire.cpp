@@ -8,6 +8,8 @@
 
 #include <qwire.h>
 
+#include "snapshot/lookup.h"
+
 namespace qw {
 
 // What one or several maps hold. The entries are `own`, once the map was changed; until then they
@@ -111,6 +113,8 @@ bool append_value(std::string& out, const value& held) {
         case kind::uint32:
             append_number(out, *held.get_if<std::uint32_t>());
             break;
+        case kind::unwritable:
+            return false;
     }
     return true;
 }
@@ -134,16 +138,7 @@ std::size_t map::size() const noexcept {
 }
 
 const value* map::find(std::string_view key) const noexcept {
-    std::span<const entry> left{begin(), size()};
-    // Most keys of a few differ in length already: to look at all of these costs less than to order
-    // them.
-    constexpr std::size_t few = 16;
-    while (left.size() > few) {
-        const std::size_t half = left.size() / 2;
-        left = left[half].key <= key ? left.subspan(half) : left.first(half);
-    }
-    const auto found = std::ranges::find(left, key, &entry::key);
-    return found != left.end() ? &found->value : nullptr;
+    return snapshot::find({begin(), size()}, key);
 }
 
 map::content& map::own() {

@@ -1,6 +1,6 @@
 #include "snapshot/failures.h"
 
-namespace oru {
+namespace snapshot {
 
 failure read_failure_text(json_reader& in) {
     return {in.string("the text of a failure").text.data()};
@@ -25,4 +25,4 @@ failure read_failure(json_reader& in, std::string_view what) {
     return *fails;
 }
 
-}  // namespace oru
+}  // namespace snapshot

@@ -5,10 +5,10 @@
 #include <string_view>
 #include <type_traits>
 
-#include "snapshot/document.h"
+#include "snapshot/answers.h"
 #include "snapshot/json_reader.h"
 
-namespace oru {
+namespace snapshot {
 
 inline constexpr std::string_view error_member = "$error";
 
@@ -48,4 +48,4 @@ std::optional<failure> members_or_failure(json_reader& in, std::string_view what
     return fails;
 }
 
-}  // namespace oru
+}  // namespace snapshot

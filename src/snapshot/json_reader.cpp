@@ -9,7 +9,7 @@
 
 #include <glaze/json/read.hpp>
 
-namespace oru {
+namespace snapshot {
 namespace {
 
 constexpr glz::opts json{.null_terminated = true, .comments = false};
@@ -111,7 +111,7 @@ void refuse_duplicate(const word& name) {
     throw complaint{name.at, "duplicate member " + quoted(name.text)};
 }
 
-json_reader::json_reader(std::string& text, std::pmr::memory_resource& arena)
+json_reader::json_reader(std::string& text, snapshot::arena& arena)
     : at_(text.data()), end_(text.data() + text.size()), arena_(arena) {
     if (text.empty()) {
         throw complaint{nullptr, "the file is empty"};
@@ -207,12 +207,6 @@ void json_reader::check_string_byte(const char* opening) const {
     if (static_cast<unsigned char>(*at_) < 0x20) {
         throw complaint{at_, "a string holds this control character only as an escape"};
     }
-}
-
-std::string_view json_reader::keep(std::string_view text) {
-    auto* kept = static_cast<char*>(arena_.allocate(text.size() + 1, 1));
-    *std::ranges::copy(text, kept).out = '\0';
-    return {kept, text.size()};
 }
 
 void json_reader::decode_escape() {
@@ -352,7 +346,7 @@ bool json_reader::boolean(std::string_view what) {
     return value;
 }
 
-number json_reader::number(std::string_view what) {
+written_number json_reader::number(std::string_view what) {
     const char first = peek();
     if (first != '-' && !is_digit(first)) {
         unexpected(what);
@@ -373,7 +367,7 @@ number json_reader::number(std::string_view what) {
     return {{begin, it}, true, first == '-' ? -value : value};
 }
 
-number json_reader::long_number() {
+written_number json_reader::long_number() {
     const char* begin = at_;
     const char* it = at_;
     glz::context context{};
@@ -405,7 +399,7 @@ std::uint32_t json_reader::natural(std::uint32_t max) {
     return static_cast<std::uint32_t>(*value);
 }
 
-std::int64_t json_reader::whole_value(const oru::number& written) const {
+std::int64_t json_reader::whole_value(const written_number& written) const {
     if (!written.whole) {
         throw complaint{written.text.data(), "expected a whole number"};
     }
@@ -416,7 +410,7 @@ std::int64_t json_reader::whole_value(const oru::number& written) const {
     return *written.value;
 }
 
-double json_reader::double_value(const oru::number& written) const {
+double json_reader::double_value(const written_number& written) const {
     double value = 0;
     glz::fast_float::from_chars(written.text.data(), written.text.data() + written.text.size(),
                                 value);
@@ -446,28 +440,9 @@ bool json_reader::next_member(word& name) {
 
 void json_reader::read_name(word& name) {
     peek();
-    if (const char* opening = at_; take_name(names_.next())) {
-        name = {names_.next(), opening};
-        names_.confirm();
-    } else {
-        name = string("a member name");
-        if (const bool is_plain = name.text.data() == opening + 1; is_plain) {
-            name.text = names_.learn(name.text);
-        }
-    }
+    name = string("a member name");
     take(':', "':'");
     peek();
-}
-
-// Takes the name when it comes next. It holds nothing that would need an escape.
-bool json_reader::take_name(std::string_view usual) noexcept {
-    const std::size_t length = usual.size();
-    if (length == 0 || static_cast<std::size_t>(end_ - at_) < length + 2 || at_[0] != '"' ||
-        at_[length + 1] != '"' || std::memcmp(at_ + 1, usual.data(), length) != 0) {
-        return false;
-    }
-    at_ += length + 2;
-    return true;
 }
 
 bool json_reader::first_element(std::string_view what) {
@@ -524,4 +499,4 @@ std::string quoted(std::string_view text) {
     return out;
 }
 
-}  // namespace oru
+}  // namespace snapshot

@@ -6,20 +6,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <memory>
-#include <memory_resource>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
-#include "snapshot/usual_names.h"
+#include "snapshot/arena.h"
 
-namespace oru {
+namespace snapshot {
 
 // What is wrong, and the byte of the text that is to blame.
 struct complaint {
@@ -41,7 +34,7 @@ std::string expected(std::string_view what);
 [[noreturn]] void refuse_duplicate(const word& name);
 
 // A number of the text in its written form.
-struct number {
+struct written_number {
     std::string_view text;
     bool whole;                         // without fraction and exponent
     std::optional<std::int64_t> value;  // of a whole number that fits
@@ -52,7 +45,7 @@ class json_reader {
   public:
     // Checks that `text` is UTF-8 without NUL bytes and blanks out its comments. Strings that hold
     // escapes are decoded into `arena`.
-    json_reader(std::string& text, std::pmr::memory_resource& arena);
+    json_reader(std::string& text, snapshot::arena& arena);
 
     // Skips blanks. Returns the byte that begins the next token, or NUL at the end of the text.
     char peek() noexcept;
@@ -66,11 +59,11 @@ class json_reader {
     void take(char punctuation, std::string_view what);
     word string(std::string_view what);
     bool boolean(std::string_view what);
-    oru::number number(std::string_view what);
+    written_number number(std::string_view what);
 
     // The value of a number that number() returned, which must fit.
-    std::int64_t whole_value(const oru::number& written) const;
-    double double_value(const oru::number& written) const;
+    std::int64_t whole_value(const written_number& written) const;
+    double double_value(const written_number& written) const;
 
     // A value of any form, whatever it holds. Returns its text without the blanks between the
     // tokens; a NUL follows it.
@@ -126,9 +119,7 @@ class json_reader {
     // Reads an array: `element()` reads each element.
     template <class Element>
     void array(std::string_view what, Element&& element) {
-        const std::size_t begin = names_.place();
         for (bool more = first_element(what); more; more = next_element()) {
-            names_.go_back(begin);
             element();
         }
     }
@@ -136,20 +127,8 @@ class json_reader {
     // Complains unless the text ends here.
     void finish();
 
-    // These return a copy that lives as long as the arena: of a text, which a NUL follows, or of a
-    // part of each item.
-    std::string_view keep(std::string_view text);
-    template <class Item, class Part = std::identity>
-    auto keep(const std::vector<Item>& items, Part part = {}) {
-        using kept_type = std::remove_cvref_t<std::invoke_result_t<Part, const Item&>>;
-        static_assert(std::is_trivially_destructible_v<kept_type>);  // the arena destroys nothing
-        auto* kept = static_cast<kept_type*>(
-            arena_.allocate(items.size() * sizeof(kept_type), alignof(kept_type)));
-        for (kept_type* at = kept; const Item& item : items) {
-            std::construct_at(at++, std::invoke(part, item));
-        }
-        return std::span<const kept_type>(kept, items.size());
-    }
+    // Returns a copy that lives as long as the arena.
+    std::string_view keep(std::string_view text) { return arena_.keep(text); }
 
   private:
     // These read up to the value of a member, or up to an element. They return whether there is
@@ -160,8 +139,7 @@ class json_reader {
     bool next_element();
     bool another(char closing, std::string_view what);
     void read_name(word& name);
-    bool take_name(std::string_view usual) noexcept;
-    oru::number long_number();
+    written_number long_number();
     void check_string_byte(const char* opening) const;
     void skip_plain_text();
     std::string_view decode(const char* begin);
@@ -174,12 +152,11 @@ class json_reader {
 
     char* at_;
     char* end_;
-    std::pmr::memory_resource& arena_;
+    snapshot::arena& arena_;
     std::string decoded_;  // of the string or value being read
-    usual_names names_;
 };
 
 // The name as it is written in the text, for a complaint: never more than one short line.
 std::string quoted(std::string_view text);
 
-}  // namespace oru
+}  // namespace snapshot

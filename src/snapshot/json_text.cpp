@@ -6,6 +6,7 @@
 #include <glaze/json.hpp>
 #include <glib.h>
 
+namespace snapshot {
 namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
@@ -76,3 +77,5 @@ std::expected<std::vector<std::string>, std::string_view> member_names(std::stri
     }
     return names;
 }
+
+}  // namespace snapshot

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace oru {
+namespace snapshot {
 namespace {
 
 template <class Key>
@@ -30,4 +30,4 @@ void sort_names(std::vector<placed_key<std::string_view>>& names) {
     }
 }
 
-}  // namespace oru
+}  // namespace snapshot

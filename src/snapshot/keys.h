@@ -9,7 +9,7 @@
 
 #include "snapshot/json_reader.h"
 
-namespace oru {
+namespace snapshot {
 
 // A key, where it stands in the text, and which item of the list it is the key of.
 template <class Key>
@@ -40,17 +40,17 @@ class named_items {
 
     // Returns a copy, ascending by name, that lives as long as the document. Complains about a name
     // that repeats another.
-    std::span<const Item> keep(json_reader& in) {
+    std::span<const Item> keep(arena& into) {
         if (ascending_) {
-            return in.keep(items_, &placed_item::item);
+            return into.keep(items_, &placed_item::item);
         }
         names_.clear();
         for (std::size_t i = 0; i < items_.size(); ++i) {
             names_.push_back({items_[i].item.*Name, items_[i].at, i});
         }
         sort_names(names_);
-        return in.keep(names_,
-                       [&](const auto& name) -> const Item& { return items_[name.item].item; });
+        return into.keep(names_,
+                         [&](const auto& name) -> const Item& { return items_[name.item].item; });
     }
 
   private:
@@ -64,4 +64,4 @@ class named_items {
     std::vector<placed_key<std::string_view>> names_;
 };
 
-}  // namespace oru
+}  // namespace snapshot

@@ -8,7 +8,7 @@
 
 #include "snapshot/failures.h"
 
-namespace oru {
+namespace snapshot {
 namespace {
 
 using namespace std::string_view_literals;
@@ -30,21 +30,21 @@ answer<map_entries> map_reader::read() {
     if (fails) {
         return *fails;
     }
-    return entries_.keep(in_);
+    return entries_.keep(arena_);
 }
 
 map_entries map_reader::read_properties() {
     entries_.clear();
     in_.object(a_map, [&](const word& key) { read_entry(key); });
-    return entries_.keep(in_);
+    return entries_.keep(arena_);
 }
 
 void map_reader::read_entry(const word& key) {
-    const qw::value value = read_value();
-    entries_.add({key.text, value}, key.at);
+    const value read = read_value();
+    entries_.add({key.text, read}, key.at);
 }
 
-qw::value map_reader::read_value() {
+value map_reader::read_value() {
     switch (in_.peek()) {
         case 't':
         case 'f':
@@ -53,7 +53,7 @@ qw::value map_reader::read_value() {
             return in_.string("a text").text;
         case '[': {
             const auto [first, second] = in_.naturals<2>("a pair (an array of two)");
-            return qw::pair32u(first, second);
+            return pair32u(first, second);
         }
         case '{':
             return read_typed_value();
@@ -62,8 +62,8 @@ qw::value map_reader::read_value() {
     }
 }
 
-qw::value map_reader::read_number() {
-    const number written = in_.number("a map value");
+value map_reader::read_number() {
+    const written_number written = in_.number("a map value");
     if (!written.whole) {
         return in_.double_value(written);
     }
@@ -74,27 +74,27 @@ qw::value map_reader::read_number() {
     return value;
 }
 
-qw::value map_reader::read_typed_value() {
+value map_reader::read_typed_value() {
     struct form {
         std::string_view name;
-        qw::value (*read)(map_reader& maps);
+        snapshot::value (*read)(map_reader& maps);
     };
     static constexpr form forms[] = {
         {"uint16",
-         [](map_reader& maps) -> qw::value {
+         [](map_reader& maps) -> snapshot::value {
              return static_cast<std::uint16_t>(maps.in_.natural(UINT16_MAX));
          }},
-        {"uint32", [](map_reader& maps) -> qw::value { return maps.in_.natural(); }},
+        {"uint32", [](map_reader& maps) -> snapshot::value { return maps.in_.natural(); }},
         {"int64",
-         [](map_reader& maps) -> qw::value {
+         [](map_reader& maps) -> snapshot::value {
              return maps.in_.whole_value(maps.in_.number("a whole number"));
          }},
-        {"double", [](map_reader& maps) -> qw::value { return maps.read_double(); }},
-        {"bytes", [](map_reader& maps) -> qw::value { return maps.read_bytes(); }},
-        {"other", [](map_reader& maps) -> qw::value { return qw::other{maps.in_.any_value()}; }},
+        {"double", [](map_reader& maps) -> snapshot::value { return maps.read_double(); }},
+        {"bytes", [](map_reader& maps) -> snapshot::value { return maps.read_bytes(); }},
+        {"other", [](map_reader& maps) -> snapshot::value { return other{maps.in_.any_value()}; }},
     };
     const char* begin = in_.place();
-    std::optional<qw::value> value;
+    std::optional<snapshot::value> value;
     in_.object("'{'", [&](const word& kind) {
         if (value) {
             throw complaint{kind.at, "a typed value has one member"};
@@ -144,4 +144,4 @@ std::string_view map_reader::read_bytes() {
     return in_.keep(bytes_);
 }
 
-}  // namespace oru
+}  // namespace snapshot

@@ -4,17 +4,15 @@
 #include <string>
 #include <string_view>
 
-#include <qwire.h>
-
-#include "snapshot/document.h"
+#include "snapshot/answers.h"
 #include "snapshot/json_reader.h"
 #include "snapshot/keys.h"
 
-namespace oru {
+namespace snapshot {
 
 class map_reader {
   public:
-    explicit map_reader(json_reader& in) : in_(in) {}
+    map_reader(json_reader& in, snapshot::arena& arena) : in_(in), arena_(arena) {}
 
     // Reads a map, or the failure in its place.
     answer<map_entries> read();
@@ -24,16 +22,17 @@ class map_reader {
 
   private:
     void read_entry(const word& key);
-    qw::value read_value();
-    qw::value read_number();
-    qw::value read_typed_value();
+    value read_value();
+    value read_number();
+    value read_typed_value();
     double read_double();
     std::string_view read_bytes();
 
     json_reader& in_;
+    snapshot::arena& arena_;
     // Used again by every map, so that they grow only for the largest.
-    named_items<qw::map::entry, &qw::map::entry::key> entries_;
+    named_items<entry, &entry::key> entries_;
     std::string bytes_;
 };
 
-}  // namespace oru
+}  // namespace snapshot

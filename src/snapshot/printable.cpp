@@ -5,6 +5,7 @@
 
 #include <glib.h>
 
+namespace snapshot {
 namespace {
 
 // A character that a terminal shows as itself, in its place.
@@ -60,3 +61,5 @@ std::string printable(std::string_view text) {
     }
     return shown;
 }
+
+}  // namespace snapshot

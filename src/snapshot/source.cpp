@@ -14,7 +14,7 @@
 #include <cstring>
 #include <optional>
 
-namespace oru {
+namespace snapshot {
 namespace {
 
 using namespace std::chrono_literals;
@@ -230,4 +230,4 @@ content_or_reason read_source(const std::string& path, const source_limits& limi
     }
 }
 
-}  // namespace oru
+}  // namespace snapshot

@@ -7,7 +7,7 @@
 #include <expected>
 #include <string>
 
-namespace oru {
+namespace snapshot {
 
 // How much is read, and how long it is waited for.
 struct source_limits {
@@ -23,4 +23,4 @@ struct source_limits {
 std::expected<std::string, std::string> read_source(const std::string& path,
                                                     const source_limits& limits);
 
-}  // namespace oru
+}  // namespace snapshot

@@ -1,9 +1,8 @@
-#include "snapshot_tool/check.h"
-
 #include <cstdio>
 
-#include "replay/check_snapshot.h"
-#include "snapshot_tool/files.h"
+#include "snapshot_tool/command.h"
+
+namespace snapshot_tool {
 
 std::optional<int> check(int argc, char** argv) {
     if (argc < 2) {
@@ -12,13 +11,14 @@ std::optional<int> check(int argc, char** argv) {
     int status = 0;
     for (int i = 1; i < argc; ++i) {
         const char* path = path_of(argv[i]);
-        const std::string wrong = oru::check_snapshot(path);
-        if (wrong.empty()) {
+        if (const auto loaded = snapshot::load(path)) {
             std::printf("%s: ok\n", path);
         } else {
-            std::fprintf(stderr, "%s\n", wrong.c_str());
+            std::fprintf(stderr, "%s\n", loaded.error().c_str());
             status = 1;
         }
     }
     return finish(status);
 }
+
+}  // namespace snapshot_tool

@@ -2,6 +2,7 @@
 
 #include <glib.h>
 
+namespace snapshot_tool {
 namespace {
 
 std::size_t columns_of_character(gunichar character) {
@@ -36,3 +37,5 @@ std::string cut_to(std::size_t columns, std::string_view text) {
         at = g_utf8_next_char(at);
     }
 }
+
+}  // namespace snapshot_tool

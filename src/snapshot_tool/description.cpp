@@ -2,25 +2,27 @@
 
 #include <cstdio>
 #include <stdexcept>
-#include <string_view>
 
 #include "snapshot/printable.h"
 #include "snapshot_tool/command.h"
-#include "snapshot_tool/files.h"
+
+namespace snapshot_tool {
 
 std::optional<int> print_description(int argc, char** argv,
                                      std::string (*describe)(const device&)) {
-    const std::string_view file = argc > 1 ? argv[1] : "-";
-    if (argc > 2 || (file.starts_with('-') && file != "-")) {
+    const char* file = argc > 1 ? argv[1] : nullptr;
+    if (argc > 2 || (argc == 2 && file[0] == '-' && file[1] != '\0')) {
         return std::nullopt;
     }
-    if (argc > 1 && !answer_from(argv[1])) {
+    if (file != nullptr && !is_file_name(file)) {
         return 2;
     }
-    const device asked = ask_device();
-    if (!asked.reached) {
-        throw std::runtime_error(printable(asked.reached.error()));
+    const device shown = figures_of(take_snapshot(file));
+    if (!shown.reached) {
+        throw std::runtime_error(snapshot::printable(shown.reached.error()));
     }
-    std::fputs(describe(asked).c_str(), stdout);
+    std::fputs(describe(shown).c_str(), stdout);
     return finish(0);
 }
+
+}  // namespace snapshot_tool

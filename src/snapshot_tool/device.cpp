@@ -2,189 +2,205 @@
 
 #include <algorithm>
 #include <format>
-#include <limits>
-#include <memory>
+#include <functional>
+#include <map>
+#include <span>
 #include <string_view>
 #include <tuple>
-#include <type_traits>
+#include <unordered_set>
 #include <utility>
+#include <variant>
 
-#include <oru.h>
+#include "snapshot/lookup.h"
+#include "snapshot_tool/inputs.h"
 
-#include "video/error_message.h"
-#include "video/format_name.h"
-#include "video/owned.h"
-
+namespace snapshot_tool {
 namespace {
 
-using answered_map = answer<owned_object<OruMap>>;
+using snapshot::answer;
+using snapshot::map_entries;
+using snapshot::query;
 
-// Asks questions, and keeps what the failures say and whether there was anything else.
-class questions {
+// Takes answers from a snapshot, and counts the queries that were not answered.
+class taken_answers {
   public:
-    // For an object or a map; NULL is a failure.
-    template <class Question>
-    auto ask(Question question) {
-        using object = std::remove_pointer_t<std::invoke_result_t<Question, GError**>>;
-        return ask_for<owned_object<object>>(question);
-    }
-
-    // For a block; NULL is a failure.
-    template <class Question>
-    answer<owned_block> block(Question question) {
-        return ask_for<owned_block>(question);
-    }
-
-    // For a list; NULL without an error is an empty one.
-    template <class Question>
-    answer<owned_object_list> list(Question question) {
-        owned_error error;
-        owned_object_list got{question(std::out_ptr(error))};
-        return kept(std::move(got), error != nullptr, error);
-    }
-
-    // For a value that is filled in; FALSE is a failure.
-    template <class Value, class Question>
-    answer<Value> fill(Question question) {
-        owned_error error;
-        Value value{};
-        const bool is_failure = question(value, std::out_ptr(error)) == FALSE;
-        return kept(value, is_failure, error);
-    }
-
-    answer<void> reached() const {
-        if (!is_reached_) {
-            return std::unexpected{first_failure_};
+    // Returns the answer, which remains the snapshot's.
+    template <class T>
+    outcome<std::reference_wrapper<const T>> take(const answer<T>& from, const query& asked) {
+        if (const auto* value = std::get_if<T>(&from)) {
+            is_any_answered_ = true;
+            return *value;
         }
-        return {};
+        const auto* fails = std::get_if<snapshot::failure>(&from);
+        return failed(fails != nullptr ? fails->message : snapshot::not_recorded(asked));
     }
 
+    // The same for one of several answers by name.
+    template <class T>
+    outcome<std::reference_wrapper<const T>> take(
+        const answer<std::span<const snapshot::named_answer<T>>>& from, query asked,
+        const char* name) {
+        const auto all = take(from, asked);
+        if (!all) {
+            return std::unexpected(all.error());
+        }
+        asked.name = name;
+        const auto* found = snapshot::find(all->get(), name);
+        return found != nullptr ? take(*found, asked) : failed(snapshot::not_recorded(asked));
+    }
+
+    // The same for what a program opens by its id.
+    template <class Record>
+    outcome<std::reference_wrapper<const Record>> open(const answer<std::vector<Record>>& from,
+                                                       const query& asked) {
+        const auto records = take(from, asked);
+        if (!records) {
+            return std::unexpected(records.error());
+        }
+        const Record* found = snapshot::find(records->get(), *asked.number);
+        if (found == nullptr) {
+            return failed(snapshot::not_recorded(asked));
+        }
+        if (found->fails) {
+            return failed(found->fails->message);
+        }
+        return *found;
+    }
+
+    bool is_any_answered() const { return is_any_answered_; }
     std::size_t failures() const { return failures_; }
+    const std::string& first_failure() const { return first_failure_; }
 
   private:
-    template <class Owner, class Question>
-    answer<Owner> ask_for(Question question) {
-        owned_error error;
-        Owner got{question(std::out_ptr(error))};
-        const bool is_failure = got == nullptr;
-        return kept(std::move(got), is_failure, error);
-    }
-
-    template <class Value>
-    answer<Value> kept(Value value, bool is_failure, const owned_error& error) {
-        if (is_failure) {
-            const std::string reason = message_of(error.get());
-            if (failures_ == 0) {
-                first_failure_ = reason;
-            }
-            ++failures_;
-            return std::unexpected{reason};
+    std::unexpected<std::string> failed(std::string reason) {
+        if (failures_++ == 0) {
+            first_failure_ = reason;
         }
-        is_reached_ = true;
-        return value;
+        return std::unexpected(std::move(reason));
     }
 
-    bool is_reached_ = false;
+    bool is_any_answered_ = false;
     std::size_t failures_ = 0;
     std::string first_failure_;
 };
 
-// What is absent or of another kind gives a getter's default, whatever that is.
-template <auto getter>
-auto found(OruMap* map, const char* key) {
-    const auto value = getter(map, key, 0);
-    const bool is_default = value == 0 && getter(map, key, 1) != 0;
-    return is_default ? std::nullopt : std::optional{value};
+// --- Values -------------------------------------------------------------------------------------
+
+template <class T>
+std::optional<T> found(map_entries map, std::string_view key) {
+    const snapshot::value* value = snapshot::find(map, key);
+    return value != nullptr ? snapshot::widened<T>(*value) : std::nullopt;
 }
 
-number found_number(OruMap* map, const char* key) {
-    return found<oru_map_get_uint32>(map, key);
+figure found_number(map_entries map, std::string_view key) {
+    return found<std::uint32_t>(map, key);
 }
 
-std::optional<double> found_double(OruMap* map, const char* key) {
-    return found<oru_map_get_double>(map, key);
+// Up to a NUL, as a program gets it from the service.
+std::optional<std::string> found_text(map_entries map, std::string_view key) {
+    const snapshot::value* value = snapshot::find(map, key);
+    const auto text = value != nullptr ? value->get_if<std::string_view>() : std::nullopt;
+    return text ? std::optional<std::string>(text->substr(0, text->find('\0'))) : std::nullopt;
 }
 
-std::optional<std::string> found_text(OruMap* map, const char* key) {
-    const char* text = oru_map_get_string(map, key, nullptr, nullptr);
-    return text != nullptr ? std::optional<std::string>{text} : std::nullopt;
-}
-
-std::optional<native_resolution> found_size(OruMap* map) {
-    const number width = found_number(map, "width");
-    const number height = found_number(map, "height");
+std::optional<resolution> found_size(map_entries map) {
+    const figure width = found_number(map, "width");
+    const figure height = found_number(map, "height");
     if (!width || !height) {
         return std::nullopt;
     }
-    return native_resolution{.width = *width, .height = *height};
+    return resolution{.width = *width, .height = *height};
 }
 
-bool is_set(OruMap* map, const char* key) {
-    return oru_map_get_boolean(map, key, FALSE) != FALSE;
+bool is_set(map_entries map, std::string_view key) {
+    const snapshot::value* value = snapshot::find(map, key);
+    return value != nullptr && value->get_if<bool>().value_or(false);
 }
 
 // --- Streams ------------------------------------------------------------------------------------
 
-stream_info info_of(const owned_object<OruMap>& map) {
+stream_info info_of(map_entries map) {
     stream_info info{
-        .channel = found_number(map.get(), "channel"),
-        .clients = found_number(map.get(), "peers"),
-        .bit_rate = found_number(map.get(), "statistics.bitrate"),
-        .frame_rate = found_number(map.get(), "statistics.framerate"),
-        .frames = found_number(map.get(), "statistics.frame_count"),
-        .failed_frames = found_number(map.get(), "statistics.failed_frames"),
-        .reclaims = found_number(map.get(), "statistics.reclaim_count"),
-        .run_time = found<oru_map_get_int64>(map.get(), "statistics.duration"),
-        .raw_size = found_size(map.get()),
+        .channel = found_number(map, "channel"),
+        .clients = found_number(map, "peers"),
+        .bit_rate = found_number(map, "statistics.bitrate"),
+        .frame_rate = found_number(map, "statistics.framerate"),
+        .frames = found_number(map, "statistics.frame_count"),
+        .failed_frames = found_number(map, "statistics.failed_frames"),
+        .reclaims = found_number(map, "statistics.reclaim_count"),
+        .run_time = found<std::int64_t>(map, "statistics.duration"),
+        .raw_size = found_size(map),
         .client_identities = {},
     };
     for (int client = 0; client < 8; ++client) {
-        if (auto name = found_text(map.get(), std::format("identity[{}]", client).c_str())) {
+        if (auto name = found_text(map, std::format("identity[{}]", client))) {
             info.client_identities.push_back(std::move(*name));
         }
     }
     return info;
 }
 
-stream_settings settings_of(const owned_object<OruMap>& map) {
+using format_names = std::map<std::uint32_t, std::string_view>;
+
+format_names names_of_formats(const snapshot::answers& from) {
+    const std::span<const snapshot::format_record> formats =
+        from.formats ? std::span<const snapshot::format_record>(*from.formats)
+                     : std::span(snapshot::default_formats);
+    format_names names;
+    for (const auto& [nick, code] : formats) {
+        names.try_emplace(code, nick);
+    }
+    return names;
+}
+
+stream_settings settings_of(map_entries map, const format_names& formats) {
     constexpr std::uint32_t raw = 3;
     constexpr std::uint32_t none = 0xFFFFFFFF;
-    const std::uint32_t format = native_map_get_uint(map.get(), "format", none);
+    const std::uint32_t format = found_number(map, "format").value_or(none);
     stream_settings settings{
-        .identity = found_text(map.get(), "identity"),
+        .identity = found_text(map, "identity"),
         .format = {},
         .is_raw = format == raw,
-        .encoded_size = found_size(map.get()),
-        .frame_rate = found_double(map.get(), "framerate"),
+        .encoded_size = found_size(map),
+        .frame_rate = found<double>(map, "framerate"),
     };
     if (settings.is_raw) {
-        settings.format = found_text(map.get(), "subformat").value_or("NV12");
+        settings.format = found_text(map, "subformat").value_or("NV12");
     } else if (format != none) {
-        const std::string name = format_to_name(format);
-        settings.format = name != "n/a" ? name : std::format("code {}", format);
+        const auto name = formats.find(format);
+        // A report prints n/a for a format without a name.
+        settings.format = name != formats.end() && name->second != "n/a"
+                              ? std::string(name->second)
+                              : std::format("code {}", format);
     }
     return settings;
 }
 
-usage usage_of(const owned_object<OruMap>& map) {
-    return {.capacity = found_number(map.get(), "global.capacity"),
-            .encoded_streams = found_number(map.get(), "global.encoded.peers"),
-            .jpeg_streams = found_number(map.get(), "global.encoded.jpeg.peers"),
-            .raw_streams = found_number(map.get(), "global.raw.peers")};
+usage usage_of(map_entries map) {
+    return {.capacity = found_number(map, "global.capacity"),
+            .encoded_streams = found_number(map, "global.encoded.peers"),
+            .jpeg_streams = found_number(map, "global.encoded.jpeg.peers"),
+            .raw_streams = found_number(map, "global.raw.peers")};
 }
 
-answer<std::vector<stream>> ask_streams(questions& service) {
-    return service.list(oru_stream_get_all).transform([&](const owned_object_list& list) {
+outcome<std::vector<stream>> streams_of(const snapshot::answers& from, taken_answers& taken) {
+    const format_names formats = names_of_formats(from);
+    return taken.take(from.streams, {"streams"}).transform([&](const auto& records) {
         std::vector<stream> streams;
-        for (const GList* link = list.get(); link != nullptr; link = link->next) {
-            auto* const asked = object_in<OruStream>(link);
-            const auto map = [&](auto question) {
-                return service.ask([&](GError** error) { return question(asked, error); });
+        for (const snapshot::stream_record& record : records.get()) {
+            const auto map = [&](const char* part, const answer<map_entries>& answered) {
+                return taken.take(answered, {"stream", record.id, part});
             };
-            streams.push_back({.id = oru_stream_get_id(asked),
-                               .info = map(oru_stream_get_info).transform(info_of),
-                               .settings = map(oru_stream_get_settings).transform(settings_of),
-                               .in_use = map(oru_stream_get_debug).transform(usage_of)});
+            // In the order in which a failure is the first one.
+            auto info = map("info", record.info).transform(info_of);
+            auto settings = map("settings", record.settings).transform([&](map_entries entries) {
+                return settings_of(entries, formats);
+            });
+            auto in_use = map("debug", record.debug).transform(usage_of);
+            streams.push_back({.id = record.id,
+                               .info = std::move(info),
+                               .settings = std::move(settings),
+                               .in_use = std::move(in_use)});
         }
         return streams;
     });
@@ -192,220 +208,207 @@ answer<std::vector<stream>> ask_streams(questions& service) {
 
 // --- The service as a whole ---------------------------------------------------------------------
 
-service_counters counters_of(const owned_object<OruMap>& map) {
+service_counters counters_of(map_entries map) {
     constexpr std::string_view prefix = "identity.";
     service_counters counters{
         .in_use = usage_of(map),
-        .capacity_peak = found_number(map.get(), "global.capacity.peak"),
-        .encoded_streams_peak = found_number(map.get(), "global.encoded.peers.peak"),
-        .raw_streams_peak = found_number(map.get(), "global.raw.peers.peak"),
+        .capacity_peak = found_number(map, "global.capacity.peak"),
+        .encoded_streams_peak = found_number(map, "global.encoded.peers.peak"),
+        .raw_streams_peak = found_number(map, "global.raw.peers.peak"),
         .identities = {},
     };
-    for (const std::string& key : native_map{map.get()}.keys()) {
+    for (const auto& [key, value] : map) {
         if (key.starts_with(prefix)) {
-            counters.identities.push_back({.name = key.substr(prefix.size()),
-                                           .starts = found_number(map.get(), key.c_str())});
+            counters.identities.push_back({.name = std::string(key.substr(prefix.size())),
+                                           .starts = snapshot::widened<std::uint32_t>(value)});
         }
     }
     return counters;
 }
 
-stream_quota quota_of(const owned_object<OruMap>& map) {
-    return {.hard = found_number(map.get(), "global.hard.limit"),
-            .soft = found_number(map.get(), "global.soft.limit"),
-            .buffering = found_number(map.get(), "global.buffering.limit")};
+stream_quota quota_of(map_entries map) {
+    return {.hard = found_number(map, "global.hard.limit"),
+            .soft = found_number(map, "global.soft.limit"),
+            .buffering = found_number(map, "global.buffering.limit")};
 }
 
 // --- Channels and inputs ------------------------------------------------------------------------
 
-answer<bool> can_crop(const answered_map& info) {
-    return info.transform([](const auto& map) { return is_set(map.get(), "crop.possible"); });
+bool can_crop(map_entries info) {
+    return is_set(info, "crop.possible");
 }
 
-channel ask_channel(questions& service, OruChannel* asked) {
-    const answered_map info =
-        service.ask([&](GError** error) { return oru_channel_get_info(asked, error); });
-    channel told{.id = oru_channel_get_id(asked),
-                 .can_crop = can_crop(info),
-                 .crop = {},
-                 .largest_crop = {},
-                 .available = {}};
-    if (told.can_crop.value_or(false)) {
-        told.crop = service.fill<rectangle>([&](rectangle& area, GError** error) {
-            return oru_channel_get_crop(asked, &area.x, &area.y, &area.width, &area.height, error);
-        });
-        told.largest_crop =
-            service.fill<native_resolution>([&](native_resolution& size, GError** error) {
-                return oru_channel_get_crop_max(asked, &size.width, &size.height, error);
-            });
+channel channel_of(const snapshot::channel_record& record, taken_answers& taken) {
+    const auto asked = [&](const char* part) { return query{"channel", record.id, part}; };
+    channel shown{.id = record.id,
+                  .can_crop = taken.take(record.info, asked("info")).transform(can_crop),
+                  .crop = {},
+                  .largest_crop = {},
+                  .available = {}};
+    if (shown.can_crop.value_or(false)) {
+        shown.crop = taken.take(record.crop, asked("crop"));
+        shown.largest_crop = taken.take(record.crop_max, asked("crop_max"));
     }
-    const owned_object<OruMap> filter{oru_map_new()};
-    oru_map_set_string(filter.get(), "select", "available");
-    const auto available = service.block(
-        [&](GError** error) { return oru_channel_get_resolutions(asked, filter.get(), error); });
-    told.available =
-        available.transform([](const auto& set) { return native_resolutions(set.get()); });
-    return told;
+    shown.available = taken.take(record.resolutions, asked("resolutions"), "available")
+                          .transform([](std::span<const resolution> sizes) {
+                              return std::vector<resolution>(sizes.begin(), sizes.end());
+                          });
+    return shown;
 }
 
-answer<std::vector<channel>> ask_channels(questions& service) {
-    return service.list(oru_channel_get_all).transform([&](const owned_object_list& list) {
+outcome<std::vector<channel>> channels_of(const snapshot::answers& from, taken_answers& taken) {
+    return taken.take(from.channels, {"channels"}).transform([&](const auto& records) {
         std::vector<channel> channels;
-        for (const GList* link = list.get(); link != nullptr; link = link->next) {
-            channels.push_back(ask_channel(service, object_in<OruChannel>(link)));
+        for (const snapshot::channel_record& record : records.get()) {
+            channels.push_back(channel_of(record, taken));
         }
         return channels;
     });
 }
 
-answer<std::vector<input_channel>> ask_input_channels(questions& service) {
-    const owned_object<OruMap> filter{oru_map_new()};
-    oru_map_set_string(filter.get(), "key", "input");
-    const auto filtered = [&](GError** error) {
-        return oru_channel_get_filtered(filter.get(), error);
-    };
-    return service.list(filtered).transform([&](const owned_object_list& list) {
+outcome<std::vector<input_channel>> input_channels_of(const snapshot::answers& from,
+                                                      taken_answers& taken) {
+    // Without a list of their own they are those whose properties say so.
+    const bool is_listed = !std::holds_alternative<snapshot::left_out>(from.channels_filtered);
+    const auto& list = is_listed ? from.channels_filtered : from.channels;
+    return taken.take(list, {"channels"}).transform([&](const auto& records) {
         std::vector<input_channel> channels;
-        for (const GList* link = list.get(); link != nullptr; link = link->next) {
-            auto* const asked = object_in<OruChannel>(link);
-            const answered_map info =
-                service.ask([&](GError** error) { return oru_channel_get_info(asked, error); });
-            channels.push_back(
-                {.id = oru_channel_get_id(asked), .input = info.transform([](const auto& map) {
-                     return oru_map_get_uint32(map.get(), "type.id", 1);
-                 })});
+        for (const snapshot::channel_record& record : records.get()) {
+            if (is_listed || snapshot::has_text(record.properties, "key", "input")) {
+                channels.push_back({.id = record.id,
+                                    .input = taken.take(record.info, {"channel", record.id, "info"})
+                                                 .transform(input_number)});
+            }
         }
         return channels;
     });
 }
 
-input_state ask_input_state(questions& service, OruInput* asked) {
-    const answered_map info =
-        service.ask([&](GError** error) { return oru_input_get_info(asked, error); });
-    input_state told{
-        .capture = service.fill<native_resolution>([&](native_resolution& size, GError** error) {
-            return oru_input_get_resolution_unrotated(asked, "capture", &size.width, &size.height,
-                                                      error);
-        }),
-        .can_crop = can_crop(info),
-        .crop = {},
-        .largest_crop = {}};
-    if (told.can_crop.value_or(false)) {
-        told.crop = service.fill<rectangle>([&](rectangle& area, GError** error) {
-            return oru_input_get_crop(asked, &area.x, &area.y, &area.width, &area.height, error);
-        });
-        constexpr std::uint64_t none = std::numeric_limits<std::uint64_t>::max();
-        const std::uint64_t largest = oru_map_get_pair32u(info->get(), "crop.max", none);
-        if (largest != none) {
-            const auto [width, height] = halves_of(largest);
-            told.largest_crop = {.width = width, .height = height};
+input_state state_of(const snapshot::input_record& record, taken_answers& taken) {
+    const auto asked = [&](const char* part) { return query{"input", record.id, part}; };
+    const auto info = taken.take(record.info, asked("info"));
+    input_state state{.capture = taken.take(record.resolution_unrotated,
+                                            asked("resolution_unrotated"), "capture"),
+                      .can_crop = info.transform(can_crop),
+                      .crop = {},
+                      .largest_crop = {}};
+    if (state.can_crop.value_or(false)) {
+        state.crop = taken.take(record.crop, asked("crop"));
+        if (const auto largest = found<snapshot::pair32u>(*info, "crop.max")) {
+            state.largest_crop = {.width = largest->first, .height = largest->second};
         }
     }
-    return told;
+    return state;
 }
 
-std::vector<input> ask_inputs(questions& service, const answer<std::uint32_t>& count,
-                              const answer<std::vector<input_channel>>& channels) {
+std::vector<input> inputs_of(const snapshot::answers& from, const outcome<std::uint32_t>& count,
+                             const outcome<std::vector<input_channel>>& channels,
+                             taken_answers& taken) {
     std::vector<std::uint32_t> ids;
     for (std::uint32_t id = 1; id <= std::min(count.value_or(0), most_inputs_counted); ++id) {
         ids.push_back(id);
     }
     if (channels) {
-        for (const input_channel& from : *channels) {
-            if (from.input && std::ranges::find(ids, *from.input) == ids.end()) {
-                ids.push_back(*from.input);
+        std::unordered_set<std::uint32_t> known(ids.begin(), ids.end());
+        for (const input_channel& channel : *channels) {
+            if (channel.input && known.insert(*channel.input).second) {
+                ids.push_back(*channel.input);
             }
         }
     }
     std::vector<input> inputs;
+    inputs.reserve(ids.size());
     for (const std::uint32_t id : ids) {
-        const auto opened = service.ask([&](GError** error) { return oru_input_new(id, error); });
-        inputs.push_back({.id = id, .state = opened.transform([&](const auto& asked) {
-                              return ask_input_state(service, asked.get());
-                          })});
+        inputs.push_back({.id = id,
+                          .state = taken.open(from.inputs, {"input", id})
+                                       .transform([&](const snapshot::input_record& record) {
+                                           return state_of(record, taken);
+                                       })});
     }
     return inputs;
 }
 
 // --- Output -------------------------------------------------------------------------------------
 
-hdmi_output ask_hdmi_output(questions& service, OruOutput* asked) {
-    const answered_map settings =
-        service.ask([&](GError** error) { return oru_output_get_settings(asked, error); });
-    const answered_map info =
-        service.ask([&](GError** error) { return oru_output_get_info(asked, error); });
-    return {.settings = settings.transform([](const auto& map) {
-                return output_settings{.is_enabled = is_set(map.get(), "enabled"),
-                                       .vic = found_number(map.get(), "VIC")};
+hdmi_output hdmi_output_of(const snapshot::output_record& record, taken_answers& taken) {
+    auto settings = taken.take(record.settings, {"output", record.id, "settings"});
+    auto info = taken.take(record.info, {"output", record.id, "info"});
+    return {.settings = settings.transform([](map_entries map) {
+                return output_settings{.is_enabled = is_set(map, "enabled"),
+                                       .vic = found_number(map, "VIC")};
             }),
-            .info = info.transform([](const auto& map) {
-                return output_info{.is_running = is_set(map.get(), "running"),
-                                   .is_hdmi = is_set(map.get(), "vsdb"),
-                                   .size = found_size(map.get()),
-                                   .frame_rate = found_double(map.get(), "framerate"),
-                                   .aspect_ratio = found_text(map.get(), "aspect.ratio")};
+            .info = info.transform([](map_entries map) {
+                return output_info{.is_running = is_set(map, "running"),
+                                   .is_hdmi = is_set(map, "vsdb"),
+                                   .size = found_size(map),
+                                   .frame_rate = found<double>(map, "framerate"),
+                                   .aspect_ratio = found_text(map, "aspect.ratio")};
             })};
 }
 
-answer<std::optional<hdmi_output>> ask_output(questions& service) {
-    const auto system = service.ask(oru_system_new);
+outcome<std::optional<hdmi_output>> output_of(const snapshot::answers& from, taken_answers& taken) {
+    const auto system = taken.take(from.system, {"system"});
     if (!system) {
         return std::unexpected{system.error()};
     }
-    const answered_map caps =
-        service.ask([&](GError** error) { return oru_system_get_caps(system->get(), error); });
+    const auto caps = taken.take(system->get().caps, {"system", {}, "caps"});
     if (!caps) {
         return std::unexpected{caps.error()};
     }
-    if (!is_set(caps->get(), "output")) {
+    if (!is_set(*caps, "output")) {
         return std::nullopt;
     }
-    return service.ask([](GError** error) { return oru_output_new(0, error); })
-        .transform([&](const auto& opened) {
-            return std::optional{ask_hdmi_output(service, opened.get())};
+    return taken.open(from.outputs, {"output", 0})
+        .transform([&](const snapshot::output_record& record) {
+            return std::optional{hdmi_output_of(record, taken)};
         });
 }
 
-// Asks for what is not told, but shows that the service is there.
-void ask_for_the_rest(questions& service) {
-    if (const auto mode = service.ask(oru_mode_new)) {
-        std::ignore =
-            service.ask([&](GError** error) { return oru_mode_get_info(mode->get(), error); });
+// Takes what nothing shows, but what says that the service is there.
+void take_the_rest(const snapshot::answers& from, taken_answers& taken) {
+    if (const auto mode = taken.take(from.mode, {"mode"})) {
+        std::ignore = taken.take(mode->get().info, {"mode", {}, "info"});
     }
-    std::ignore = service.ask([](GError** error) { return oru_output_new(0, error); });
+    std::ignore = taken.open(from.outputs, {"output", 0});
 }
 
 }  // namespace
 
-device ask_device() {
-    questions service;
-    device told;
-    told.streams = ask_streams(service);
-    told.service = service.ask([](GError** error) { return oru_stream_get_debug(nullptr, error); })
-                       .transform(counters_of);
-    told.quota = service.ask(oru_stream_get_quota).transform(quota_of);
-    told.stream_limit = service.ask(oru_stream_get_limit).transform([](const auto& map) {
-        return found_number(map.get(), "global.max.streams.limit.encoded");
-    });
-    told.channels = ask_channels(service);
-    told.input_channels = ask_input_channels(service);
-    told.input_count =
-        service.ask([](GError** error) { return oru_channel_get_info(nullptr, error); })
-            .transform(
-                [](const auto& map) { return oru_map_get_uint32(map.get(), "input.count", 1); });
-    told.inputs = ask_inputs(service, told.input_count, told.input_channels);
-    told.output = ask_output(service);
-    if (!service.reached()) {
-        ask_for_the_rest(service);
+device figures_of(const snapshot::loaded& from) {
+    if (!from) {
+        device unreached{};
+        unreached.reached = std::unexpected(from.error());
+        return unreached;
     }
-    told.reached = service.reached();
-    told.failures = service.failures();
-    return told;
+    const snapshot::answers& all = **from;
+    taken_answers taken;
+    device shown;
+    shown.streams = streams_of(all, taken);
+    shown.service = taken.take(all.stream_debug, {"stream", {}, "debug"}).transform(counters_of);
+    shown.quota = taken.take(all.stream_quota, {"stream", {}, "quota"}).transform(quota_of);
+    shown.stream_limit =
+        taken.take(all.stream_limit, {"stream", {}, "limit"}).transform([](map_entries map) {
+            return found_number(map, "global.max.streams.limit.encoded");
+        });
+    shown.channels = channels_of(all, taken);
+    shown.input_channels = input_channels_of(all, taken);
+    shown.input_count =
+        taken.take(all.channel_info, {"channel", {}, "info"}).transform(input_count);
+    shown.inputs = inputs_of(all, shown.input_count, shown.input_channels, taken);
+    shown.output = output_of(all, taken);
+    if (!taken.is_any_answered()) {
+        take_the_rest(all, taken);
+    }
+    if (!snapshot::is_answered(all)) {
+        shown.reached = std::unexpected(taken.first_failure());
+    }
+    shown.failures = taken.failures();
+    return shown;
 }
 
-answer<std::optional<native_resolution>> size_of(const stream& from) {
+outcome<std::optional<resolution>> size_of(const stream& from) {
     return from.settings.and_then(
-        [&](const stream_settings& settings) -> answer<std::optional<native_resolution>> {
+        [&](const stream_settings& settings) -> outcome<std::optional<resolution>> {
             if (settings.is_raw) {
                 return from.info.transform([](const stream_info& info) { return info.raw_size; });
             }
@@ -413,13 +416,15 @@ answer<std::optional<native_resolution>> size_of(const stream& from) {
         });
 }
 
-number in_use(const device& of, number usage::* figure) {
-    if (of.streams) {
-        for (const stream& teller : *of.streams) {
-            if (teller.in_use && (*teller.in_use).*figure) {
-                return (*teller.in_use).*figure;
+figure in_use(const device& from, figure usage::* reported) {
+    if (from.streams) {
+        for (const stream& each : *from.streams) {
+            if (each.in_use && (*each.in_use).*reported) {
+                return (*each.in_use).*reported;
             }
         }
     }
-    return of.service ? of.service->in_use.*figure : std::nullopt;
+    return from.service ? from.service->in_use.*reported : std::nullopt;
 }
+
+}  // namespace snapshot_tool

@@ -1,5 +1,5 @@
-// A device at one moment: every question about it is asked once, and what the service answered is
-// read into plain values. Texts are as the service gave them.
+// A device at one moment: the figures that show, graph and metrics take from a snapshot. Texts are
+// as the service gave them.
 #pragma once
 
 #include <cstddef>
@@ -9,146 +9,146 @@
 #include <string>
 #include <vector>
 
-#include "video/native.h"
+#include "snapshot/load.h"
 
-// What the service answered, or the reason that it gave for a failure.
+namespace snapshot_tool {
+
+using snapshot::rectangle;
+using snapshot::resolution;
+
+// A value, or the reason why the service did not answer.
 template <class Value>
-using answer = std::expected<Value, std::string>;
+using outcome = std::expected<Value, std::string>;
 
-// What the service does not give, or gives as another kind of value, is none.
-using number = std::optional<std::uint32_t>;
+// Nothing if the service does not give it, or gives another kind of value.
+using figure = std::optional<std::uint32_t>;
 
-// Pixels.
-struct rectangle {
-    std::uint32_t x = 0;
-    std::uint32_t y = 0;
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-};
-
-// What is in use of the whole service. It tells with the counters of a stream, or with its own.
+// What is in use of the whole service: in the counters of a stream, or in its own.
 struct usage {
-    number capacity;  // bytes
-    number encoded_streams;
-    number jpeg_streams;
-    number raw_streams;
+    figure capacity;  // bytes
+    figure encoded_streams;
+    figure jpeg_streams;
+    figure raw_streams;
 };
 
 struct stream_info {
-    number channel;
-    number clients;
-    number bit_rate;    // bits a second
-    number frame_rate;  // frames a second, reached
-    number frames;
-    number failed_frames;
-    number reclaims;
+    figure channel;
+    figure clients;
+    figure bit_rate;    // bits a second
+    figure frame_rate;  // frames a second, reached
+    figure frames;
+    figure failed_frames;
+    figure reclaims;
     std::optional<std::int64_t> run_time;        // microseconds
-    std::optional<native_resolution> raw_size;   // the size of a raw stream follows its source
+    std::optional<resolution> raw_size;          // the size of a raw stream follows its source
     std::vector<std::string> client_identities;  // of eight clients at most
 };
 
 struct stream_settings {
     std::optional<std::string> identity;
-    std::optional<std::string> format;  // the name; "code 99" when the service has none for it
+    std::optional<std::string> format;  // the name; "code 99" if the service has none for it
     bool is_raw = false;
-    std::optional<native_resolution> encoded_size;
+    std::optional<resolution> encoded_size;
     std::optional<double> frame_rate;  // frames a second, asked for
 };
 
 struct stream {
-    std::uint32_t id;  // 0 when it has none yet
-    answer<stream_info> info;
-    answer<stream_settings> settings;
-    answer<usage> in_use;
+    std::uint32_t id;  // 0 if it has none yet
+    outcome<stream_info> info;
+    outcome<stream_settings> settings;
+    outcome<usage> in_use;
 };
 
 // Returns the size of a stream's pictures.
-answer<std::optional<native_resolution>> size_of(const stream& from);
+outcome<std::optional<resolution>> size_of(const stream& from);
 
 struct identity {
     std::string name;
-    number starts;  // how often it started a stream
+    figure starts;  // how often it started a stream
 };
 
 struct service_counters {
     usage in_use;
-    number capacity_peak;  // bytes
-    number encoded_streams_peak;
-    number raw_streams_peak;
+    figure capacity_peak;  // bytes
+    figure encoded_streams_peak;
+    figure raw_streams_peak;
     std::vector<identity> identities;  // ascending by the bytes of their names
 };
 
 struct stream_quota {
-    number hard;  // bytes
-    number soft;  // bytes
-    number buffering;
+    figure hard;  // bytes
+    figure soft;  // bytes
+    figure buffering;
 };
 
 struct channel {
     std::uint32_t id;
-    answer<bool> can_crop;
-    std::optional<answer<rectangle>> crop;  // none when it cannot crop, as is the next
-    std::optional<answer<native_resolution>> largest_crop;
-    answer<std::vector<native_resolution>> available;
+    outcome<bool> can_crop;
+    std::optional<outcome<rectangle>> crop;  // none if it cannot crop, as is the next
+    std::optional<outcome<resolution>> largest_crop;
+    outcome<std::vector<resolution>> available;
 };
 
 // A channel whose pictures come from an input.
 struct input_channel {
     std::uint32_t id;
-    answer<std::uint32_t> input;  // its number
+    outcome<std::uint32_t> input;  // its number
 };
 
 struct input_state {
-    answer<native_resolution> capture;
-    answer<bool> can_crop;
-    std::optional<answer<rectangle>> crop;  // none when it cannot crop
-    std::optional<native_resolution> largest_crop;
+    outcome<resolution> capture;
+    outcome<bool> can_crop;
+    std::optional<outcome<rectangle>> crop;  // none if it cannot crop
+    std::optional<resolution> largest_crop;
 };
 
 struct input {
     std::uint32_t id;
-    answer<input_state> state;
+    outcome<input_state> state;
 };
 
 struct output_settings {
     bool is_enabled;
-    number vic;
+    figure vic;
 };
 
 struct output_info {
     bool is_running;
     bool is_hdmi;  // DVI otherwise
-    std::optional<native_resolution> size;
+    std::optional<resolution> size;
     std::optional<double> frame_rate;  // frames a second
     std::optional<std::string> aspect_ratio;
 };
 
 struct hdmi_output {
-    answer<output_settings> settings;
-    answer<output_info> info;
+    outcome<output_settings> settings;
+    outcome<output_info> info;
 };
 
 struct device {
-    answer<std::vector<stream>> streams;
-    answer<service_counters> service;
-    answer<stream_quota> quota;
-    answer<number> stream_limit;
-    answer<std::vector<channel>> channels;
-    answer<std::vector<input_channel>> input_channels;
-    answer<std::uint32_t> input_count;
-    std::vector<input> inputs;                  // those counted, then others that channels name
-    answer<std::optional<hdmi_output>> output;  // none when the device has none
+    outcome<std::vector<stream>> streams;
+    outcome<service_counters> service;
+    outcome<stream_quota> quota;
+    outcome<figure> stream_limit;
+    outcome<std::vector<channel>> channels;
+    outcome<std::vector<input_channel>> input_channels;
+    outcome<std::uint32_t> input_count;
+    std::vector<input> inputs;                   // those counted, then others that channels name
+    outcome<std::optional<hdmi_output>> output;  // none if the device has none
 
-    // Whether the service answered anything at all, and if not, what the first failure said.
-    answer<void> reached;
-    std::size_t failures = 0;  // how many questions it did not answer
+    // If the service answered no query at all: the message of the first failure.
+    outcome<void> reached;
+    std::size_t failures = 0;  // queries that were not answered
 };
 
-// Returns a figure in use as the first stream tells it that does, else as the service does.
-number in_use(const device& of, number usage::* figure);
+// Returns the figure from the first stream that reports it, otherwise from the service-wide
+// counters.
+figure in_use(const device& from, figure usage::* reported);
 
-// More inputs than these are not asked for, however many the service counts.
+// The most inputs that are counted: further ones appear only if a channel names them.
 inline constexpr std::uint32_t most_inputs_counted = 1024;
 
-// Asks the service.
-device ask_device();
+// Returns the figures of a snapshot; of one that could not be read, nothing but why.
+device figures_of(const snapshot::loaded& from);
+
+}  // namespace snapshot_tool

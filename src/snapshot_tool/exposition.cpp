@@ -17,6 +17,7 @@
 #include "snapshot/printable.h"
 #include "snapshot_tool/figures.h"
 
+namespace snapshot_tool {
 namespace {
 
 // --- The format ---------------------------------------------------------------------------------
@@ -38,7 +39,7 @@ std::string value_text(double value) {
 
 std::string label(std::string_view name, std::string_view text) {
     std::string value;
-    for (const char byte : printable(text)) {
+    for (const char byte : snapshot::printable(text)) {
         if (byte == '"' || byte == '\\') {
             value += '\\';
         }
@@ -118,7 +119,7 @@ std::string stream_info_text(const std::vector<const stream*>& streams) {
 // Returns a figure of each stream. `answered` is the answer that holds it, and `figure` gives it.
 template <class Source, class Figure>
 std::string stream_text(const std::vector<const stream*>& streams, std::string_view name, kind of,
-                        std::string_view help, answer<Source> stream::* answered, Figure figure) {
+                        std::string_view help, outcome<Source> stream::* answered, Figure figure) {
     metric told(name, of, help);
     for (const stream* from : streams) {
         if (from->*answered) {
@@ -219,3 +220,5 @@ std::string exposition(const device& of) {
     }
     return text;
 }
+
+}  // namespace snapshot_tool

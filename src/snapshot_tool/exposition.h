@@ -5,5 +5,9 @@
 
 #include "snapshot_tool/device.h"
 
+namespace snapshot_tool {
+
 // Returns the lines. Of a service that answered nothing, only that is told.
 std::string exposition(const device& of);
+
+}  // namespace snapshot_tool

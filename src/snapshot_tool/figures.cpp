@@ -6,7 +6,9 @@
 #include "snapshot/printable.h"
 #include "snapshot_tool/columns.h"
 
-std::string resolution_text(const native_resolution& resolution) {
+namespace snapshot_tool {
+
+std::string resolution_text(const resolution& resolution) {
     return std::format("{}x{}", resolution.width, resolution.height);
 }
 
@@ -33,9 +35,12 @@ std::string frame_rate_text(double frames) {
 }
 
 std::string short_text(std::size_t columns, std::string_view text) {
-    return text.empty() ? "\"\"" : cut_to(columns, printable(text));
+    return text.empty() ? "\"\"" : cut_to(columns, snapshot::printable(text));
 }
 
 std::string failure_text(std::string_view of, std::string_view reason) {
-    return std::format("{} failed{}{}", of, reason.empty() ? "" : ": ", printable(reason));
+    return std::format("{} failed{}{}", of, reason.empty() ? "" : ": ",
+                       snapshot::printable(reason));
 }
+
+}  // namespace snapshot_tool

@@ -7,11 +7,12 @@
 #include <string_view>
 
 #include "snapshot_tool/device.h"
-#include "video/native.h"
+
+namespace snapshot_tool {
 
 // Each returns the text of one figure: 1920x1080; 1920x1080 at 0,0; 5.99 Mbit/s, of bits a second;
 // 29.97, of frames a second.
-std::string resolution_text(const native_resolution& resolution);
+std::string resolution_text(const resolution& resolution);
 std::string rectangle_text(const rectangle& area);
 std::string bit_rate_text(std::uint32_t bits);
 std::string frame_rate_text(double frames);
@@ -22,3 +23,5 @@ std::string short_text(std::size_t columns, std::string_view text);
 
 // Returns what is told in the place of what was not answered, printable.
 std::string failure_text(std::string_view of, std::string_view reason);
+
+}  // namespace snapshot_tool

@@ -1,5 +1,3 @@
-#include "snapshot_tool/graph.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +15,7 @@
 #include "snapshot_tool/device.h"
 #include "snapshot_tool/figures.h"
 
+namespace snapshot_tool {
 namespace {
 
 // --- The language -------------------------------------------------------------------------------
@@ -51,7 +50,7 @@ struct box {
     std::string_view style = plain;
 
     template <class Value>
-    void add_failure(std::string_view of, const answer<Value>& asked) {
+    void add_failure(std::string_view of, const outcome<Value>& asked) {
         if (!asked) {
             lines.push_back(failure_text(of, asked.error()));
             style = failed;
@@ -61,7 +60,7 @@ struct box {
 
 // Returns the box that stands for a whole list.
 template <class Value>
-box failed_box(std::string name, std::string_view of, const answer<Value>& asked) {
+box failed_box(std::string name, std::string_view of, const outcome<Value>& asked) {
     box drawn{.name = std::move(name), .lines = {}};
     drawn.add_failure(of, asked);
     return drawn;
@@ -75,7 +74,7 @@ std::string quoted(const std::vector<std::string>& lines) {
     std::string text;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         text += i == 0 ? "" : "\\n";
-        for (const char byte : cut_to(line_columns, printable(lines[i]))) {
+        for (const char byte : cut_to(line_columns, snapshot::printable(lines[i]))) {
             if (byte == '"' || byte == '\\') {
                 text += '\\';
             }
@@ -225,7 +224,7 @@ std::vector<const stream*> ordered_streams(const device& of) {
         }
     }
     const auto place = [](const stream* from) {
-        const number channel = from->info ? from->info->channel : std::nullopt;
+        const figure channel = from->info ? from->info->channel : std::nullopt;
         return std::pair{!channel.has_value(), channel.value_or(0)};
     };
     std::ranges::stable_sort(streams, {}, place);
@@ -233,7 +232,7 @@ std::vector<const stream*> ordered_streams(const device& of) {
 }
 
 // Such as "25 fps", or "24 of 25 fps" when not all that are asked for are reached.
-std::string frame_rates_text(number reached, const std::optional<double>& asked) {
+std::string frame_rates_text(figure reached, const std::optional<double>& asked) {
     std::string text = reached ? std::to_string(*reached) : "";
     if (asked && frame_rate_text(*asked) != text) {
         text += (text.empty() ? "" : " of ") + frame_rate_text(*asked);
@@ -281,7 +280,7 @@ std::vector<box> stream_boxes(const device& of, const std::vector<const stream*>
 
 // --- Clients and the output ---------------------------------------------------------------------
 
-box client_box(std::size_t index, const std::string& identity, number starts) {
+box client_box(std::size_t index, const std::string& identity, figure starts) {
     box drawn{.name = std::format("client_{}", index),
               .lines = {short_text(line_columns, identity)}};
     if (starts) {
@@ -311,7 +310,7 @@ box output_box(const hdmi_output& of) {
 std::string describe(const device& of) {
     const std::vector<const stream*> streams = ordered_streams(of);
 
-    std::map<std::string, number> starts;
+    std::map<std::string, figure> starts;
     if (of.service) {
         for (const identity& known : of.service->identities) {
             starts.emplace(known.name, known.starts);
@@ -353,3 +352,5 @@ std::string describe(const device& of) {
 std::optional<int> graph(int argc, char** argv) {
     return print_description(argc, argv, describe);
 }
+
+}  // namespace snapshot_tool

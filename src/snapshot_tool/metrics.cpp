@@ -1,5 +1,3 @@
-#include "snapshot_tool/metrics.h"
-
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -7,16 +5,18 @@
 #include <getopt.h>
 
 #include "snapshot/printable.h"
+#include "snapshot_tool/command.h"
 #include "snapshot_tool/device.h"
 #include "snapshot_tool/exposition.h"
-#include "snapshot_tool/files.h"
 #include "snapshot_tool/replace_file.h"
+
+namespace snapshot_tool {
 
 std::optional<int> metrics(int argc, char** argv) {
     const char* out = "-";
     opterr = 0;
-    for (int given = 0; (given = getopt(argc, argv, "o:")) != -1;) {
-        if (given != 'o') {
+    for (int option = 0; (option = getopt(argc, argv, "o:")) != -1;) {
+        if (option != 'o') {
             return std::nullopt;
         }
         out = optarg;
@@ -24,19 +24,23 @@ std::optional<int> metrics(int argc, char** argv) {
     if (argc - optind > 1) {
         return std::nullopt;
     }
-    if (optind < argc && !answer_from(argv[optind])) {
+    const char* file = optind < argc ? argv[optind] : nullptr;
+    if (file != nullptr && !is_file_name(file)) {
         return 2;
     }
-    const device asked = ask_device();
-    if (!asked.reached) {
-        // Who runs this blindly looks at the figures; who looks for the reason finds it here.
-        std::fprintf(stderr, "oru-snapshot: %s\n", printable(asked.reached.error()).c_str());
+    const device shown = figures_of(take_snapshot(file));
+    if (!shown.reached) {
+        // The run succeeds: the figures say that the service is not reached, this line says why.
+        std::fprintf(stderr, "oru-snapshot: %s\n",
+                     snapshot::printable(shown.reached.error()).c_str());
     }
-    const std::string text = exposition(asked);
+    const std::string text = exposition(shown);
     if (std::string_view(out) != "-") {
-        replace_file(out, text, 0644);  // its reader is another user
+        replace_file(out, text, 0644);  // read by another user
         return 0;
     }
     std::fputs(text.c_str(), stdout);
     return finish(0);
 }
+
+}  // namespace snapshot_tool

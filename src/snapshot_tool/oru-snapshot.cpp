@@ -6,15 +6,11 @@
 #include <string>
 #include <string_view>
 
-#include "probe/probe.h"
-#include "snapshot_tool/check.h"
 #include "snapshot_tool/command.h"
-#include "snapshot_tool/graph.h"
-#include "snapshot_tool/metrics.h"
-#include "snapshot_tool/record.h"
-#include "snapshot_tool/show.h"
 
 namespace {
+
+using namespace snapshot_tool;
 
 struct command {
     std::string_view name;
@@ -28,7 +24,6 @@ constexpr command commands[] = {
     {"show", "[FILE]", show},
     {"graph", "[FILE]", graph},
     {"metrics", "[-o FILE] [FILE]", metrics},
-    {"probe", "", probe},
 };
 
 std::string usage() {

@@ -1,7 +1,6 @@
 #include "snapshot_tool/other_json.h"
 
 #include <algorithm>
-#include <format>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
@@ -9,10 +8,9 @@
 #include <glaze/json.hpp>
 #include <glib.h>
 
-#include "snapshot/printable.h"
 #include "snapshot/json_text.h"
-#include "snapshot_tool/snapshot_writer.h"
 
+namespace snapshot_tool {
 namespace {
 
 // Returns what stands between the name and the last brace, or nothing when the text does not begin
@@ -36,21 +34,21 @@ bool is_utf8(std::string_view text) {
 
 }  // namespace
 
-std::string other_json(const native_map& map, const std::string& key) {
+std::expected<std::string, std::string> other_json(const native_map& map, const std::string& key) {
     native_table table;
     table.insert("value", map, key);
     std::string object;
     try {
         object = table.to_json();
     } catch (const std::runtime_error& error) {
-        throw not_recordable(
-            std::format("the value of '{}' has no JSON form: {}", printable(key), error.what()));
+        return std::unexpected(std::string("has no JSON form: ") + error.what());
     }
     const auto value = value_in(object, R"("value")");
-    if (!value || !is_utf8(*value) || !is_json(*value)) {
-        throw not_recordable(std::format(
-            "the JSON form of the value of '{}' is no JSON in UTF-8, or too deep", printable(key)));
+    if (!value || !is_utf8(*value) || !snapshot::is_json(*value)) {
+        return std::unexpected("");
     }
     std::string text(*value);
     return glz::minify_json(text);
 }
+
+}  // namespace snapshot_tool

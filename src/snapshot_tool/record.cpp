@@ -1,13 +1,14 @@
-#include "snapshot_tool/record.h"
-
 #include <cstdio>
 #include <string>
 #include <string_view>
 
 #include <getopt.h>
 
+#include "snapshot_tool/command.h"
 #include "snapshot_tool/recording.h"
 #include "snapshot_tool/replace_file.h"
+
+namespace snapshot_tool {
 
 std::optional<int> record(int argc, char** argv) {
     static constexpr option long_options[] = {
@@ -18,8 +19,8 @@ std::optional<int> record(int argc, char** argv) {
     const char* file = nullptr;
     recording_options options;
     opterr = 0;
-    for (int given = 0; (given = getopt_long(argc, argv, "o:", long_options, nullptr)) != -1;) {
-        switch (given) {
+    for (int letter = 0; (letter = getopt_long(argc, argv, "o:", long_options, nullptr)) != -1;) {
+        switch (letter) {
             case 'o':
                 file = optarg;
                 break;
@@ -27,7 +28,7 @@ std::optional<int> record(int argc, char** argv) {
                 options.about = optarg;
                 break;
             case 'r':
-                options.redact = true;
+                options.is_redacted = true;
                 break;
             default:
                 return std::nullopt;
@@ -45,3 +46,5 @@ std::optional<int> record(int argc, char** argv) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     return finish(0);
 }
+
+}  // namespace snapshot_tool

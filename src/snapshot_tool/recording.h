@@ -1,15 +1,19 @@
-// What the video service answers now, as a snapshot: every question that the tools ask is asked
-// once.
+// Makes a recording of what the video service answers.
 #pragma once
 
 #include <string>
 
+namespace snapshot_tool {
+
 struct recording_options {
     const char* about = nullptr;  // a text for people; NULL for none
-    bool redact = false;          // whether what tells about people is replaced
+    bool is_redacted = false;     // personal data is replaced
 };
 
-// Returns the text of the snapshot. A value of a kind that snapshots have no form for is named on
-// standard error. Throws a std::runtime_error when the service answers nothing, with the message of
-// its first failure, and when it answers what no snapshot can hold.
+// Queries the service and returns the text of the recording. Prints a line on standard error for
+// each value that is recorded as JSON, and if not all counted inputs were queried. Throws a
+// std::runtime_error with the message of the first failure if the service answers no query, and a
+// snapshot::not_recordable if it answers what a file cannot contain.
 std::string record_service(const recording_options& options);
+
+}  // namespace snapshot_tool

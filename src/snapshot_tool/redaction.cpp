@@ -1,10 +1,25 @@
 #include "snapshot_tool/redaction.h"
 
 #include <algorithm>
+#include <functional>
+#include <map>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
 
+namespace snapshot_tool {
 namespace {
 
-// Whether a map holds a client's identity under the key: `identity` or `identity[N]`.
+using snapshot::answer;
+using snapshot::entry;
+using snapshot::map_entries;
+
+constexpr std::string_view identity_prefix = "identity.";  // the client's name follows
+
+// Whether a map has a client's identity under the key: `identity` or `identity[N]`.
 bool names_identity(std::string_view key) {
     constexpr std::string_view identity = "identity";
     if (!key.starts_with(identity)) {
@@ -16,25 +31,158 @@ bool names_identity(std::string_view key) {
                            std::ranges::all_of(key.substr(1, key.size() - 2), is_digit));
 }
 
-}  // namespace
-
-std::string redaction::key(const std::string& key) {
-    constexpr std::string_view prefix = "identity.";  // the client's name follows
-    return key.starts_with(prefix) ? std::string(prefix) + client(key.substr(prefix.size())) : key;
+bool is_personal(const entry& each) {
+    return each.key.starts_with(identity_prefix) || names_identity(each.key);
 }
 
-std::string redaction::text(std::string_view key, const std::string& text) {
-    return names_identity(key) ? client(text) : text;
+// Names are given in the order in which the answers are replaced: that of the document.
+class redaction {
+  public:
+    explicit redaction(snapshot::answers& all) : all_(all) {}
+
+    void run();
+
+  private:
+    void replace(snapshot::failure& failure) { failure.message = "redacted"; }
+    void replace(map_entries& map);
+    void replace(snapshot::system_record& system) { replace(system.caps); }
+    void replace(snapshot::mode_record& mode) { replace(mode.info); }
+    void replace(snapshot::stream_record& stream);
+    void replace(snapshot::channel_record& channel);
+    void replace(snapshot::input_record& input);
+    void replace(snapshot::output_record& output);
+    void replace(snapshot::rectangle&) {}
+    void replace(snapshot::resolution&) {}
+    void replace(std::span<const snapshot::resolution>&) {}
+    template <class T>
+    void replace(std::span<const snapshot::named_answer<T>>& all);
+    template <class Record>
+    void replace(std::vector<Record>& records);
+    template <class T>
+    void replace(answer<T>& answered);
+
+    std::string_view client(std::string_view identity);
+    entry redacted(const entry& original);
+
+    snapshot::answers& all_;
+    std::map<std::string_view, std::string_view> clients_;  // by identity
+};
+
+void redaction::run() {
+    replace(all_.system);
+    replace(all_.mode);
+    replace(all_.stream_debug);
+    replace(all_.stream_quota);
+    replace(all_.stream_limit);
+    replace(all_.streams);
+    replace(all_.channel_info);
+    replace(all_.channels);
+    replace(all_.channels_filtered);
+    replace(all_.inputs);
+    replace(all_.outputs);
 }
 
-std::string redaction::json(std::string_view key, const std::string& json) {
-    return names_identity(key) && json.contains('"') ? R"("redacted")" : json;
+void redaction::replace(snapshot::stream_record& stream) {
+    replace(stream.info);
+    replace(stream.settings);
+    replace(stream.debug);
 }
 
-const std::string& redaction::client(const std::string& identity) {
+void redaction::replace(snapshot::channel_record& channel) {
+    replace(channel.properties);
+    replace(channel.info);
+    replace(channel.crop);
+    replace(channel.crop_max);
+    replace(channel.resolutions);
+}
+
+void redaction::replace(snapshot::input_record& input) {
+    if (input.fails) {
+        replace(*input.fails);
+    }
+    replace(input.info);
+    replace(input.crop);
+    replace(input.resolution_unrotated);
+}
+
+void redaction::replace(snapshot::output_record& output) {
+    if (output.fails) {
+        replace(*output.fails);
+    }
+    replace(output.info);
+    replace(output.settings);
+}
+
+template <class T>
+void redaction::replace(std::span<const snapshot::named_answer<T>>& all) {
+    std::vector<snapshot::named_answer<T>> answers(all.begin(), all.end());
+    for (auto& each : answers) {
+        replace(each.value);
+    }
+    all = all_.arena.keep(answers);
+}
+
+template <class Record>
+void redaction::replace(std::vector<Record>& records) {
+    for (Record& record : records) {
+        replace(record);
+    }
+}
+
+template <class T>
+void redaction::replace(answer<T>& answered) {
+    if (auto* failure = std::get_if<snapshot::failure>(&answered)) {
+        replace(*failure);
+    } else if (auto* value = std::get_if<T>(&answered)) {
+        replace(*value);
+    }
+}
+
+void redaction::replace(map_entries& map) {
+    if (std::ranges::none_of(map, is_personal)) {
+        return;
+    }
+    std::vector<entry> entries;
+    entries.reserve(map.size());
+    for (const entry& original : map) {
+        entries.push_back(redacted(original));
+    }
+    std::ranges::stable_sort(entries, {}, &entry::key);
+    map = all_.arena.keep(entries);
+}
+
+entry redaction::redacted(const entry& original) {
+    const auto& [key, value] = original;
+    if (key.starts_with(identity_prefix)) {
+        const std::string_view name = client(key.substr(identity_prefix.size()));
+        return {all_.arena.keep(std::string(identity_prefix).append(name)), value};
+    }
+    if (names_identity(key)) {
+        if (const auto text = value.get_if<std::string_view>()) {
+            return {key, client(*text)};
+        }
+        if (const auto other = value.get_if<snapshot::other>();
+            other && other->json.contains('"')) {
+            return {key, snapshot::other{R"("redacted")"}};
+        }
+    }
+    return original;
+}
+
+std::string_view redaction::client(std::string_view identity) {
     const auto [found, is_new] = clients_.try_emplace(identity);
     if (is_new) {
-        found->second = "client-" + std::to_string(clients_.size());
+        found->second = all_.arena.keep("client-" + std::to_string(clients_.size()));
     }
     return found->second;
 }
+
+}  // namespace
+
+std::shared_ptr<snapshot::answers> redact(std::shared_ptr<const snapshot::answers> original) {
+    auto redacted = std::make_shared<snapshot::answers>(std::move(original));
+    redaction(*redacted).run();
+    return redacted;
+}
+
+}  // namespace snapshot_tool

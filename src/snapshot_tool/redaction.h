@@ -1,23 +1,15 @@
-// What tells about people is replaced in a recording that leaves the house: the identities of the
-// service's clients become client-1, client-2 and so on, each the same one everywhere, and the
-// messages of failures become "redacted".
+// Redaction: replaces personal data in a recording. The identities of the service's clients become
+// client-1, client-2 and so on, each the same everywhere, and the messages of failures "redacted".
 #pragma once
 
-#include <map>
-#include <string>
-#include <string_view>
+#include <memory>
 
-class redaction {
-  public:
-    // Each returns what stands in the place of a map's key, of the text or of the JSON text that
-    // the map holds under `key`, and of a failure's message.
-    std::string key(const std::string& key);
-    std::string text(std::string_view key, const std::string& text);
-    static std::string json(std::string_view key, const std::string& json);
-    static std::string message() { return "redacted"; }
+#include "snapshot/answers.h"
 
-  private:
-    const std::string& client(const std::string& identity);
+namespace snapshot_tool {
 
-    std::map<std::string, std::string> clients_;  // by identity
-};
+// Returns the snapshot with personal data replaced. Everything else remains the original's, which
+// the result keeps alive.
+std::shared_ptr<snapshot::answers> redact(std::shared_ptr<const snapshot::answers> original);
+
+}  // namespace snapshot_tool

@@ -11,6 +11,7 @@
 #include <initializer_list>
 #include <stdexcept>
 
+namespace snapshot_tool {
 namespace {
 
 // While it lives, no signal ends the process halfway, and a write beyond the largest size that the
@@ -95,3 +96,5 @@ void replace_file(const std::string& path, std::string_view text, mode_t mode) {
         throw std::runtime_error(path + ": " + std::strerror(errno));
     }
 }
+
+}  // namespace snapshot_tool

@@ -1,5 +1,3 @@
-#include "snapshot_tool/show.h"
-
 #include <unistd.h>
 
 #include <cstdint>
@@ -16,6 +14,7 @@
 #include "snapshot_tool/figures.h"
 #include "snapshot_tool/table.h"
 
+namespace snapshot_tool {
 namespace {
 
 // --- Cells --------------------------------------------------------------------------------------
@@ -29,18 +28,18 @@ table_cell cell(const std::optional<Value>& figure, Write write) {
 }
 
 template <class Value, class Write>
-table_cell cell(const answer<Value>& answered, Write write) {
+table_cell cell(const outcome<Value>& answered, Write write) {
     return answered ? cell(std::optional{*answered}, write) : not_answered;
 }
 
 template <class Value, class Write>
-table_cell cell(const answer<std::optional<Value>>& answered, Write write) {
+table_cell cell(const outcome<std::optional<Value>>& answered, Write write) {
     return answered ? cell(*answered, write) : not_answered;
 }
 
 // Returns one figure of what was answered.
 template <class Source, class Figure>
-answer<Figure> part(const answer<Source>& from, Figure Source::* figure) {
+outcome<Figure> part(const outcome<Source>& from, Figure Source::* figure) {
     return from.transform([&](const Source& source) { return source.*figure; });
 }
 
@@ -54,7 +53,7 @@ auto text_of(std::size_t columns) {
 }
 
 template <class Value>
-void add_failure(table& to, std::string_view of, const answer<Value>& asked) {
+void add_failure(table& to, std::string_view of, const outcome<Value>& asked) {
     if (!asked) {
         to.add_failure(failure_text(of, asked.error()));
     }
@@ -70,13 +69,13 @@ std::string run_time_text(std::int64_t microseconds) {
                        length / 60 % 60, length % 60);
 }
 
-table_cell failed_frames_cell(const answer<stream_info>& info) {
+table_cell failed_frames_cell(const outcome<stream_info>& info) {
     table_cell shown = cell(part(info, &stream_info::failed_frames), plain);
     shown.is_alarming |= info && info->failed_frames.value_or(0) != 0;
     return shown;
 }
 
-table streams_table(const answer<std::vector<stream>>& streams) {
+table streams_table(const outcome<std::vector<stream>>& streams) {
     table shown({{"STREAM", align::right},
                  {"IDENTITY", align::left},
                  {"FORMAT", align::left},
@@ -118,7 +117,7 @@ std::string bytes_text(std::uint32_t bytes) {
                             : std::format("{:.1f} MiB", bytes / 1048576.0);
 }
 
-table_cell used_cell(number used, const answer<number>& allowed) {
+table_cell used_cell(figure used, const outcome<figure>& allowed) {
     if (!used || !allowed || allowed->value_or(0) == 0) {
         return not_given;
     }
@@ -131,16 +130,16 @@ table quotas_table(const device& of) {
                  {"ALLOWED", align::right},
                  {"USED", align::right},
                  {"PEAK", align::right}});
-    const auto add = [&](const char* name, number usage::* used_figure,
-                         const answer<number>& allowed, const answer<number>& peak, auto write) {
-        const number used = in_use(of, used_figure);
+    const auto add = [&](const char* name, figure usage::* used_figure,
+                         const outcome<figure>& allowed, const outcome<figure>& peak, auto write) {
+        const figure used = in_use(of, used_figure);
         shown.add_row({{name},
                        used || of.service ? cell(used, write) : not_answered,
                        cell(allowed, write),
                        used_cell(used, allowed),
                        cell(peak, write)});
     };
-    const answer<number> unknown = std::nullopt;
+    const outcome<figure> unknown = std::nullopt;
     const auto capacity_peak = part(of.service, &service_counters::capacity_peak);
     add("buffers, hard quota", &usage::capacity, part(of.quota, &stream_quota::hard), capacity_peak,
         bytes_text);
@@ -165,7 +164,7 @@ table quotas_table(const device& of) {
 // --- Channels and inputs ------------------------------------------------------------------------
 
 template <class Area, class Write>
-table_cell crop_cell(const answer<bool>& can_crop, const std::optional<answer<Area>>& area,
+table_cell crop_cell(const outcome<bool>& can_crop, const std::optional<outcome<Area>>& area,
                      Write write) {
     if (!can_crop || !*can_crop) {
         return can_crop ? not_given : not_answered;
@@ -173,7 +172,7 @@ table_cell crop_cell(const answer<bool>& can_crop, const std::optional<answer<Ar
     return cell(*area, write);
 }
 
-table_cell crop_cell(const answer<bool>& can_crop, const std::optional<answer<rectangle>>& area) {
+table_cell crop_cell(const outcome<bool>& can_crop, const std::optional<outcome<rectangle>>& area) {
     if (can_crop && !*can_crop) {
         return {.text = "no"};
     }
@@ -181,7 +180,7 @@ table_cell crop_cell(const answer<bool>& can_crop, const std::optional<answer<re
 }
 
 // As many as fit.
-std::string resolutions_text(const std::vector<native_resolution>& resolutions) {
+std::string resolutions_text(const std::vector<resolution>& resolutions) {
     constexpr std::size_t columns = 60;
     std::string text;
     for (std::size_t i = 0; i < resolutions.size(); ++i) {
@@ -195,7 +194,7 @@ std::string resolutions_text(const std::vector<native_resolution>& resolutions) 
 }
 
 // The number of the input that a channel takes its pictures from.
-table_cell source_cell(const channel& of, const answer<std::vector<input_channel>>& sources) {
+table_cell source_cell(const channel& of, const outcome<std::vector<input_channel>>& sources) {
     if (!sources) {
         return not_answered;
     }
@@ -282,7 +281,7 @@ table_cell output_state_cell(const hdmi_output& of) {
                 [](bool is_running) { return is_running ? "running" : "not running"; });
 }
 
-table output_table(const answer<std::optional<hdmi_output>>& output) {
+table output_table(const outcome<std::optional<hdmi_output>>& output) {
     table shown({{"HDMI OUTPUT", align::left},
                  {"RESOLUTION", align::left},
                  {"FPS", align::right},
@@ -305,7 +304,7 @@ table output_table(const answer<std::optional<hdmi_output>>& output) {
     return shown;
 }
 
-table identities_table(const answer<service_counters>& counters) {
+table identities_table(const outcome<service_counters>& counters) {
     table shown({{"IDENTITY", align::left}, {"STREAMS STARTED", align::right}});
     add_failure(shown, "counters", counters);
     if (!counters) {
@@ -341,3 +340,5 @@ std::string describe(const device& of) {
 std::optional<int> show(int argc, char** argv) {
     return print_description(argc, argv, describe);
 }
+
+}  // namespace snapshot_tool

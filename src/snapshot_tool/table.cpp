@@ -6,6 +6,7 @@
 
 #include "snapshot_tool/columns.h"
 
+namespace snapshot_tool {
 namespace {
 
 // What stands out is red and bold.
@@ -75,3 +76,5 @@ std::string table::text(bool has_colours) const {
     }
     return text;
 }
+
+}  // namespace snapshot_tool

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace snapshot_tool {
+
 enum class align { left, right };
 
 struct table_column {
@@ -38,3 +40,5 @@ class table {
     std::vector<table_column> columns_;
     std::vector<line> lines_;
 };
+
+}  // namespace snapshot_tool

@@ -3,103 +3,26 @@
 #ifndef QWIRE_H
 #define QWIRE_H
 
-#include <bit>
 #include <cstddef>
-#include <cstdint>
 #include <expected>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
-#include <utility>
+
+#include "snapshot/value.h"
 
 namespace qw {
 
-// The codes are the bus's own.
-enum class kind : std::uint8_t {
-    boolean = 1,
-    string = 2,
-    int64 = 3,
-    float64 = 4,
-    pair32u = 5,
-    other = 6,
-    uint16 = 7,
-    uint32 = 8,
-};
-
-using pair32u = std::pair<std::uint32_t, std::uint32_t>;
-
-// A value of a kind that has no C++ type here: its JSON text, which is all that is known of it.
-struct other {
-    std::string_view json;
-
-    bool operator==(const other&) const = default;
-};
-
-// A tagged value in 16 bytes. A text is a view, shorter than 4 GiB and followed in memory by a
-// NUL, of text that whoever hands the value out keeps alive: for an entry of a map, the map. Texts
-// hold no NUL themselves.
-class value {
-  public:
-    // NOLINTBEGIN(google-explicit-constructor): a value is written as what it holds
-    value(bool held) : bits_(held), kind_(qw::kind::boolean) {}
-    value(std::string_view held)
-        : text_(held.data()),
-          length_(static_cast<std::uint32_t>(held.size())),
-          kind_(qw::kind::string) {}
-    value(std::int64_t held) : bits_(static_cast<std::uint64_t>(held)), kind_(qw::kind::int64) {}
-    value(double held) : bits_(std::bit_cast<std::uint64_t>(held)), kind_(qw::kind::float64) {}
-    value(other held)
-        : text_(held.json.data()),
-          length_(static_cast<std::uint32_t>(held.json.size())),
-          kind_(qw::kind::other) {}
-    value(pair32u held)
-        : bits_(std::uint64_t{held.second} << 32 | held.first), kind_(qw::kind::pair32u) {}
-    value(std::uint16_t held) : bits_(held), kind_(qw::kind::uint16) {}
-    value(std::uint32_t held) : bits_(held), kind_(qw::kind::uint32) {}
-    // NOLINTEND(google-explicit-constructor)
-    value(const char*) = delete;  // would become a boolean
-
-    qw::kind kind() const noexcept { return kind_; }
-
-    // Returns the held value, or nothing when it is of another kind than T.
-    template <class T>
-    std::optional<T> get_if() const noexcept {
-        if (kind_ != value(T{}).kind_) {
-            return std::nullopt;
-        }
-        if constexpr (std::is_same_v<T, std::string_view>) {
-            return std::string_view(text_, length_);
-        } else if constexpr (std::is_same_v<T, other>) {
-            return other{{text_, length_}};
-        } else if constexpr (std::is_same_v<T, double>) {
-            return std::bit_cast<double>(bits_);
-        } else if constexpr (std::is_same_v<T, qw::pair32u>) {
-            return qw::pair32u(static_cast<std::uint32_t>(bits_),
-                               static_cast<std::uint32_t>(bits_ >> 32));
-        } else {
-            return static_cast<T>(bits_);
-        }
-    }
-
-  private:
-    union {
-        std::uint64_t bits_;
-        const char* text_;
-    };
-    std::uint32_t length_ = 0;  // of the text, when it is one
-    qw::kind kind_;
-};
+using snapshot::kind;
+using snapshot::other;
+using snapshot::pair32u;
+using snapshot::value;
 
 // An ordered dictionary, ascending by the bytes of its keys. A copy shares its content with the
 // original until one of the two is changed.
 class map {
   public:
-    struct entry {
-        std::string_view key;  // followed in memory by a NUL
-        qw::value value;
-    };
+    using entry = snapshot::entry;
 
     map() = default;
 

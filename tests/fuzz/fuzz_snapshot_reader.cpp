@@ -1,6 +1,9 @@
 // The snapshot reader, whatever is in the file: it refuses with the file's path, a place in the
 // text and a reason, or every answer that it holds keeps the rules of the client interface.
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -12,57 +15,65 @@
 
 #include "fuzz/json_text.h"
 #include "fuzz/require.h"
-#include "fuzz/snapshot_input.h"
-#include "replay/snapshot.h"
+#include "snapshot/load.h"
+#include "snapshot/lookup.h"
+#include "snapshot/writer.h"
 
 namespace {
+
+int snapshot_file() {
+    static const int file = memfd_create("snapshot", 0);
+    require(file >= 0, "a file in memory");
+    return file;
+}
+
+std::string snapshot_path() {
+    return "/proc/self/fd/" + std::to_string(snapshot_file());
+}
+
+snapshot::loaded load(std::string_view text) {
+    const int file = snapshot_file();
+    require(ftruncate(file, 0) == 0, "an empty file");
+    require(pwrite(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()),
+            "the text in the file");
+    return snapshot::load(snapshot_path());
+}
 
 bool is_text(std::string_view text) {
     return text.find('\0') == text.npos && text.data()[text.size()] == '\0';
 }
 
-void check(const oru::failure& failure) {
+void check(const snapshot::failure& failure) {
     require(failure.message != nullptr, "a failure has a text");
 }
 
-void check(const oru::map_entries& entries) {
+void check(const snapshot::map_entries& entries) {
     for (std::size_t i = 0; i < entries.size(); ++i) {
         require(i == 0 || entries[i - 1].key < entries[i].key, "keys ascend");
         require(is_text(entries[i].key), "a key is a text");
         if (const auto text = entries[i].value.get_if<std::string_view>()) {
             require(is_text(*text), "a string is a text");
         }
-        if (const auto other = entries[i].value.get_if<qw::other>()) {
+        if (const auto other = entries[i].value.get_if<snapshot::other>()) {
             require(is_text(other->json) && parse_json(other->json, {.half_surrogates = true}),
                     "a value of another kind is JSON", other->json);
         }
     }
-    const qw::map map(entries.data(), entries.size(), nullptr);
     for (const auto& entry : entries) {
-        require(map.find(entry.key) == &entry.value, "a key is found", entry.key);
-    }
-    std::string text;
-    if (const auto written = map.to_json(text); written) {
-        const auto read = parse_json(text, {.half_surrogates = true});
-        require(read && read->is == json_text::kind::object, "a map is a JSON object", text);
-        require(std::ranges::equal(read->names, entries, {}, {}, &qw::map::entry::key),
-                "a map's members are its keys", text);
-    } else {
-        require(written.error().contains("not finite"), "only what is not finite cannot be written",
-                written.error());
+        require(snapshot::find(entries, entry.key) == &entry.value, "a key is found", entry.key);
     }
 }
 
 void check(const auto&) {}
 
 template <class T>
-void check(const oru::named<T>& named);
+void check(const snapshot::named_answer<T>& named);
 template <class T>
-void check(const std::span<const oru::named<T>>& list) {
+void check(const std::span<const snapshot::named_answer<T>>& list) {
     for (std::size_t i = 0; i < list.size(); ++i) {
         require(i == 0 || list[i - 1].name < list[i].name, "names ascend");
         require(is_text(list[i].name), "a name is a text");
-        std::visit([](const auto& is) { check(is); }, list[i].is);
+        std::visit([](const auto& is) { check(is); }, list[i].value);
     }
 }
 
@@ -70,35 +81,36 @@ void check_all(const auto&... answers) {
     (std::visit([](const auto& is) { check(is); }, answers), ...);
 }
 
-void check(const oru::document& doc) {
+void check(const snapshot::answers& doc) {
     check_all(doc.stream_debug, doc.stream_quota, doc.stream_limit, doc.channel_info);
-    if (const auto* system = std::get_if<oru::system_record>(&doc.system)) {
+    if (const auto* system = std::get_if<snapshot::system_record>(&doc.system)) {
         check_all(system->caps);
     }
-    if (const auto* mode = std::get_if<oru::mode_record>(&doc.mode)) {
+    if (const auto* mode = std::get_if<snapshot::mode_record>(&doc.mode)) {
         check_all(mode->info);
     }
-    if (const auto* streams = std::get_if<std::vector<oru::stream_record>>(&doc.streams)) {
+    if (const auto* streams = std::get_if<std::vector<snapshot::stream_record>>(&doc.streams)) {
         for (const auto& stream : *streams) {
             check_all(stream.info, stream.settings, stream.debug);
         }
     }
     for (const auto* list : {&doc.channels, &doc.channels_filtered}) {
-        if (const auto* channels = std::get_if<std::vector<oru::channel_record>>(list)) {
+        if (const auto* channels = std::get_if<std::vector<snapshot::channel_record>>(list)) {
             for (const auto& channel : *channels) {
                 check(channel.properties);
                 check_all(channel.info, channel.crop, channel.crop_max, channel.resolutions);
             }
         }
     }
-    if (const auto* inputs = std::get_if<std::vector<oru::input_record>>(&doc.inputs)) {
-        require(std::ranges::is_sorted(*inputs, {}, &oru::input_record::id), "inputs ascend");
+    if (const auto* inputs = std::get_if<std::vector<snapshot::input_record>>(&doc.inputs)) {
+        require(std::ranges::is_sorted(*inputs, {}, &snapshot::input_record::id), "inputs ascend");
         for (const auto& input : *inputs) {
             check_all(input.info, input.crop, input.resolution_unrotated);
         }
     }
-    if (const auto* outputs = std::get_if<std::vector<oru::output_record>>(&doc.outputs)) {
-        require(std::ranges::is_sorted(*outputs, {}, &oru::output_record::id), "outputs ascend");
+    if (const auto* outputs = std::get_if<std::vector<snapshot::output_record>>(&doc.outputs)) {
+        require(std::ranges::is_sorted(*outputs, {}, &snapshot::output_record::id),
+                "outputs ascend");
         for (const auto& output : *outputs) {
             check_all(output.info, output.settings);
         }
@@ -133,12 +145,18 @@ void check_complaint(std::string_view complaint, std::string_view input) {
     require(rest.size() > 1, "a complaint has a reason", complaint);
 }
 
+void check_written(const snapshot::answers& all) {
+    const std::string text = snapshot::write(all);
+    const snapshot::loaded again = load(text);
+    require(again.has_value(), "what is written is a snapshot", text);
+    require(snapshot::write(**again) == text, "what is written is what was read", text);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view input(reinterpret_cast<const char*>(data), size);
-    answer_from(input);
-    const oru::snapshot snapshot = oru::load(snapshot_path());
+    const snapshot::loaded snapshot = load(input);
     if (!snapshot) {
         check_complaint(snapshot.error(), input);
         return 0;
@@ -146,5 +164,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(parse_json(input, {.comments = true, .half_surrogates = true}).has_value(),
             "only JSON is taken");
     check(**snapshot);
+    check_written(**snapshot);
     return 0;
 }

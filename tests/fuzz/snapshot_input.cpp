@@ -14,7 +14,7 @@
 #include "applet/fatal.h"
 #include "fuzz/json_text.h"
 #include "fuzz/require.h"
-#include "replay/snapshot.h"
+#include "replay/current.h"
 #include "video/error_message.h"
 #include "video/owned.h"
 
@@ -48,11 +48,7 @@ void answer_from(std::string_view input) {
     require(ftruncate(file, 0) == 0, "an empty file");
     require(pwrite(file, input.data(), input.size(), 0) == static_cast<ssize_t>(input.size()),
             "the input in the file");
-    oru::reset();
-}
-
-std::string snapshot_path() {
-    return "/proc/self/fd/" + std::to_string(snapshot_file());
+    replay::reset();
 }
 
 bool mode_breaks_off() {

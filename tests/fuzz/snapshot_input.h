@@ -6,9 +6,6 @@
 #include <string>
 #include <string_view>
 
-// The file that the client library reads: its path is the same every time.
-std::string snapshot_path();
-
 // Makes the client library read its snapshot again, from a file that holds `input`.
 void answer_from(std::string_view input);
 

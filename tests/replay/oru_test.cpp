@@ -10,7 +10,7 @@
 #include <stdlib.h>
 
 #include "qwire.h"
-#include "replay/snapshot.h"
+#include "replay/current.h"
 #include "support/snapshot_file.h"
 
 namespace {
@@ -65,12 +65,12 @@ class oru_test : public testing::Test {
     oru_test() { setenv("ORU_SNAPSHOT", file.path().c_str(), 1); }
     ~oru_test() override {
         unsetenv("ORU_SNAPSHOT");
-        oru::reset();
+        replay::reset();
     }
 
     void record(std::string_view text) {
         file.write(text);
-        oru::reset();
+        replay::reset();
     }
 
     const snapshot_file file;
@@ -656,7 +656,7 @@ TEST_F(oru_test, reads_the_snapshot_once) {
     expect_map(oru_stream_get_quota, R"({"n":1})");
     file.write(R"({"stream":{"quota":{"n":2}}})");
     expect_map(oru_stream_get_quota, R"({"n":1})");
-    oru::reset();
+    replay::reset();
     expect_map(oru_stream_get_quota, R"({"n":2})");
 }
 
@@ -665,7 +665,7 @@ TEST_F(oru_test, remembers_that_it_is_unreachable) {
     const errors before = every_error();
     file.write("{}");
     EXPECT_EQ(every_error(), before);
-    oru::reset();
+    replay::reset();
     EXPECT_NE(every_error(), before);
 }
 
@@ -693,7 +693,7 @@ TEST_F(oru_test, looks_in_the_usual_place_when_none_is_named) {
         } else {
             unsetenv("ORU_SNAPSHOT");
         }
-        oru::reset();
+        replay::reset();
         error wrong;
         EXPECT_EQ(oru_stream_get_quota(wrong), nullptr);
         EXPECT_EQ(wrong.text(), "unreachable: /run/oru/snapshot.json: No such file or directory");

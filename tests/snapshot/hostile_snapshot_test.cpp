@@ -17,7 +17,7 @@
 
 #include <gtest/gtest.h>
 
-#include "replay/snapshot.h"
+#include "snapshot/load.h"
 #include "support/snapshot_file.h"
 #include "support/temp_directory.h"
 #include "support/tools.h"
@@ -178,7 +178,7 @@ const std::vector<std::string> never_values = {
 // Loads the text, which must be refused in its first line, not before the byte `from`.
 void expect_refused(const snapshot_file& file, const std::string& text, std::size_t from) {
     file.write(text);
-    const auto loaded = oru::load(file.path());
+    const auto loaded = snapshot::load(file.path());
     ASSERT_FALSE(loaded) << "taken: " << text.substr(0, 2000);
     std::string_view complaint = loaded.error();
     ASSERT_TRUE(complaint.starts_with(file.path() + ":1:")) << complaint;
@@ -196,7 +196,7 @@ void expect_refused(const snapshot_file& file, const std::string& text, std::siz
 
 TEST(hostile_snapshot, the_text_is_taken_when_nothing_is_put_into_it) {
     const snapshot_file file(full);
-    const auto loaded = oru::load(file.path());
+    const auto loaded = snapshot::load(file.path());
     EXPECT_TRUE(loaded) << loaded.error();
     EXPECT_GT(values_of(full).size(), 60);
 }
@@ -224,7 +224,7 @@ TEST(hostile_snapshot, what_is_no_json_is_refused_in_a_value_of_another_kind) {
     std::size_t taken = 0;
     for (const std::string& hostile : never_values) {
         file.write(before + hostile + "}}}}");
-        if (oru::load(file.path())) {
+        if (snapshot::load(file.path())) {
             ++taken;
             continue;
         }
@@ -281,9 +281,9 @@ TEST(hostile_snapshot, bytes_that_no_text_holds_are_refused_at_their_place) {
 
 // What the system shows as files here has another size than it says, or cannot be read.
 TEST(hostile_snapshot, files_that_are_not_what_they_say_are_refused) {
-    EXPECT_EQ(oru::load("/proc/self/status").error(),
+    EXPECT_EQ(snapshot::load("/proc/self/status").error(),
               "/proc/self/status: changed while it was read");
-    EXPECT_EQ(oru::load("/proc/self/mem").error(), "/proc/self/mem: Input/output error");
+    EXPECT_EQ(snapshot::load("/proc/self/mem").error(), "/proc/self/mem: Input/output error");
 }
 
 // --- Many of everything -------------------------------------------------------------------------

@@ -4,6 +4,8 @@
 
 namespace {
 
+using namespace snapshot;
+
 using names = std::vector<std::string>;
 
 std::string wrong_part(std::string_view text) {

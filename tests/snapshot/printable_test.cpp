@@ -6,6 +6,8 @@
 
 namespace {
 
+using namespace snapshot;
+
 TEST(printable, leaves_what_can_be_read) {
     EXPECT_EQ(printable(""), "");
     EXPECT_EQ(printable("wall \"north\" \\ <b>&amp;"), "wall \"north\" \\ <b>&amp;");

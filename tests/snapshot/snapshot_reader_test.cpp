@@ -8,26 +8,27 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <qwire.h>
 
-#include "replay/snapshot.h"
+#include "snapshot/load.h"
 #include "support/snapshot_file.h"
 
 namespace {
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
-using oru::answer;
-using oru::failure;
-using oru::map_entries;
+using snapshot::answer;
+using snapshot::failure;
+using snapshot::map_entries;
 
-oru::snapshot load(std::string_view text) {
-    return oru::load(snapshot_file(text).path());
+snapshot::loaded load(std::string_view text) {
+    return snapshot::load(snapshot_file(text).path());
 }
 
 // What is wrong with the text, without the path; "" when nothing is.
 std::string complaint(std::string_view text) {
     const snapshot_file file(text);
-    const auto loaded = oru::load(file.path());
+    const auto loaded = snapshot::load(file.path());
     if (loaded) {
         return "";
     }
@@ -50,12 +51,12 @@ std::string value_complaint(std::string_view value) {
 
 // The one value of a map, or nothing when it was refused.
 struct loaded_value {
-    oru::snapshot snapshot;
-    const qw::value* is = nullptr;
+    snapshot::loaded snapshot;
+    const snapshot::value* value = nullptr;
 
     template <class T>
     std::optional<T> as() const {
-        return is ? is->get_if<T>() : std::nullopt;
+        return value ? value->get_if<T>() : std::nullopt;
     }
 };
 
@@ -63,8 +64,8 @@ loaded_value load_value(std::string_view written) {
     loaded_value value{load(std::format(R"({{"system":{{"caps":{{"k":{}}}}}}})", written))};
     EXPECT_TRUE(value.snapshot) << value.snapshot.error();
     if (value.snapshot) {
-        const auto& system = std::get<oru::system_record>((*value.snapshot)->system);
-        value.is = &std::get<map_entries>(system.caps)[0].value;
+        const auto& system = std::get<snapshot::system_record>((*value.snapshot)->system);
+        value.value = &std::get<map_entries>(system.caps)[0].value;
     }
     return value;
 }
@@ -110,14 +111,14 @@ TEST(document, takes_every_member_and_any_of_them_left_out) {
 TEST(document, keeps_what_is_left_out_apart) {
     const auto loaded = load(R"({"mode":{},"stream":{"all":[{"info":{}}]}})");
     ASSERT_TRUE(loaded) << loaded.error();
-    const oru::document& doc = **loaded;
-    EXPECT_TRUE(std::holds_alternative<oru::left_out>(doc.system));
-    EXPECT_TRUE(std::holds_alternative<oru::mode_record>(doc.mode));
-    EXPECT_TRUE(std::holds_alternative<oru::left_out>(doc.channels));
+    const snapshot::answers& doc = **loaded;
+    EXPECT_TRUE(std::holds_alternative<snapshot::left_out>(doc.system));
+    EXPECT_TRUE(std::holds_alternative<snapshot::mode_record>(doc.mode));
+    EXPECT_TRUE(std::holds_alternative<snapshot::left_out>(doc.channels));
     EXPECT_FALSE(doc.formats);
-    const auto& stream = std::get<std::vector<oru::stream_record>>(doc.streams)[0];
+    const auto& stream = std::get<std::vector<snapshot::stream_record>>(doc.streams)[0];
     EXPECT_TRUE(std::holds_alternative<map_entries>(stream.info));
-    EXPECT_TRUE(std::holds_alternative<oru::left_out>(stream.settings));
+    EXPECT_TRUE(std::holds_alternative<snapshot::left_out>(stream.settings));
 }
 
 TEST(document, refuses_what_is_not_listed) {
@@ -304,7 +305,7 @@ TEST(failure, stands_in_the_place_of_any_answer) {
                           {"id": 4, "resolution_unrotated": {"capture": {"$error": "capture"}}}]},
         "output": {"all": [{"id": 0, "$error": "output 0"}]}})");
     ASSERT_TRUE(loaded) << loaded.error();
-    const oru::document& doc = **loaded;
+    const snapshot::answers& doc = **loaded;
     EXPECT_EQ(failure_of(doc.system), "system");
     EXPECT_EQ(failure_of(doc.mode), "mode");
     EXPECT_EQ(failure_of(doc.stream_debug), "debug");
@@ -313,24 +314,25 @@ TEST(failure, stands_in_the_place_of_any_answer) {
     EXPECT_EQ(failure_of(doc.streams), "streams");
     EXPECT_EQ(failure_of(doc.channel_info), "channel info");
     EXPECT_EQ(failure_of(doc.channels_filtered), "filtered");
-    const auto& channels = std::get<std::vector<oru::channel_record>>(doc.channels);
+    const auto& channels = std::get<std::vector<snapshot::channel_record>>(doc.channels);
     EXPECT_EQ(failure_of(channels[0].info), "info");
     EXPECT_EQ(failure_of(channels[0].crop), "crop");
     EXPECT_EQ(failure_of(channels[0].crop_max), "crop_max");
     EXPECT_EQ(failure_of(channels[0].resolutions), "resolutions");
-    const auto lists = std::get<std::span<const oru::resolution_list>>(channels[1].resolutions);
-    EXPECT_EQ(failure_of(lists[0].is), "available");
-    EXPECT_EQ(failure_of(lists[1].is), "(no failure)");
-    const auto& inputs = std::get<std::vector<oru::input_record>>(doc.inputs);
+    const auto lists =
+        std::get<std::span<const snapshot::resolution_list>>(channels[1].resolutions);
+    EXPECT_EQ(failure_of(lists[0].value), "available");
+    EXPECT_EQ(failure_of(lists[1].value), "(no failure)");
+    const auto& inputs = std::get<std::vector<snapshot::input_record>>(doc.inputs);
     EXPECT_STREQ(inputs[0].fails->message, "input 1");
     EXPECT_STREQ(inputs[1].fails->message, "input 2");
     EXPECT_FALSE(inputs[2].fails);
     EXPECT_EQ(failure_of(inputs[2].resolution_unrotated), "unrotated");
-    EXPECT_EQ(
-        failure_of(
-            std::get<std::span<const oru::mode_resolution>>(inputs[3].resolution_unrotated)[0].is),
-        "capture");
-    EXPECT_STREQ(std::get<std::vector<oru::output_record>>(doc.outputs)[0].fails->message,
+    EXPECT_EQ(failure_of(std::get<std::span<const snapshot::mode_resolution>>(
+                             inputs[3].resolution_unrotated)[0]
+                             .value),
+              "capture");
+    EXPECT_STREQ(std::get<std::vector<snapshot::output_record>>(doc.outputs)[0].fails->message,
                  "output 0");
 }
 
@@ -340,13 +342,13 @@ TEST(failure, in_a_map_is_only_exactly_that_form) {
         if (!loaded) {
             return loaded.error();
         }
-        const auto& is = std::get<oru::system_record>((*loaded)->system).caps;
-        if (const auto* entries = std::get_if<map_entries>(&is)) {
+        const auto& caps = std::get<snapshot::system_record>((*loaded)->system).caps;
+        if (const auto* entries = std::get_if<map_entries>(&caps)) {
             std::string json;
             EXPECT_TRUE(qw::map(entries->data(), entries->size(), *loaded).to_json(json));
             return json;
         }
-        return "failure: " + failure_of(is);
+        return "failure: " + failure_of(caps);
     };
     EXPECT_EQ(caps(R"({"$error":"no"})"), "failure: no");
     EXPECT_EQ(caps(R"({"$error":""})"), "failure: ");
@@ -361,7 +363,7 @@ TEST(failure, in_a_map_is_only_exactly_that_form) {
 TEST(failure, is_an_ordinary_property_of_a_channel) {
     const auto loaded = load(R"({"channel":{"all":[{"properties":{"$error":"x"}}]}})");
     ASSERT_TRUE(loaded) << loaded.error();
-    const auto& channel = std::get<std::vector<oru::channel_record>>((*loaded)->channels)[0];
+    const auto& channel = std::get<std::vector<snapshot::channel_record>>((*loaded)->channels)[0];
     ASSERT_EQ(channel.properties.size(), 1U);
     EXPECT_EQ(channel.properties[0].key, "$error");
 }
@@ -456,8 +458,8 @@ TEST(value, takes_its_kind_from_its_form) {
     EXPECT_TRUE(is_value("999999999999999999", std::int64_t{999999999999999999}));
     EXPECT_TRUE(is_value("-999999999999999999", std::int64_t{-999999999999999999}));
     EXPECT_TRUE(is_value("1000000000000000000", std::int64_t{1000000000000000000}));
-    EXPECT_TRUE(is_value("[1920,1080]", qw::pair32u(1920, 1080)));
-    EXPECT_TRUE(is_value(" [ 0 , 4294967295 ] ", qw::pair32u(0, 4294967295)));
+    EXPECT_TRUE(is_value("[1920,1080]", snapshot::pair32u(1920, 1080)));
+    EXPECT_TRUE(is_value(" [ 0 , 4294967295 ] ", snapshot::pair32u(0, 4294967295)));
     EXPECT_TRUE(is_value(R"({"uint16":0})", std::uint16_t{0}));
     EXPECT_TRUE(is_value(R"({"uint16":-0})", std::uint16_t{0}));
     EXPECT_TRUE(is_value(R"({ "uint16" : 65535 })", std::uint16_t{65535}));
@@ -516,7 +518,7 @@ TEST(value, takes_a_string_by_its_bytes) {
 // The JSON of another kind, as the map keeps it.
 std::string other(std::string_view written) {
     const auto value = load_value(std::format(R"({{"other":{}}})", written));
-    const auto json = value.as<qw::other>();
+    const auto json = value.as<snapshot::other>();
     if (!json) {
         return "(none)";
     }
@@ -631,7 +633,8 @@ TEST(value, reads_doubles_of_every_exponent_as_the_library_does) {
     }
     const auto loaded = load(R"({"mode":{"info":{)" + map + "}}}");
     ASSERT_TRUE(loaded) << loaded.error();
-    const auto entries = std::get<map_entries>(std::get<oru::mode_record>((*loaded)->mode).info);
+    const auto entries =
+        std::get<map_entries>(std::get<snapshot::mode_record>((*loaded)->mode).info);
     ASSERT_EQ(entries.size(), expected.size());
     for (std::size_t i = 0; i < entries.size(); ++i) {
         ASSERT_EQ(std::bit_cast<std::uint64_t>(*entries[i].value.get_if<double>()),
@@ -919,36 +922,6 @@ TEST(text, refuses_deep_nesting_at_its_second_level) {
 
 // --- Many ---------------------------------------------------------------------------------------
 
-// The keys of a list's later records are expected to be those of its first.
-TEST(document, reads_a_record_whatever_the_one_before_it_held) {
-    const auto second = [](std::string_view info,
-                           std::string_view first = R"({"key":1,"other":2})") {
-        const std::string text = std::format(
-            R"({{"stream":{{"all":[{{"id":1,"info":{}}},{{"id":2,"info":{}}}]}}}})", first, info);
-        const auto loaded = load(text);
-        if (!loaded) {
-            return complaint(text);
-        }
-        const auto& all = std::get<std::vector<oru::stream_record>>((*loaded)->streams);
-        const auto& entries = std::get<map_entries>(all[1].info);
-        std::string json;
-        EXPECT_TRUE(qw::map(entries.data(), entries.size(), *loaded).to_json(json));
-        return json;
-    };
-    EXPECT_EQ(second(R"({"key":3,"other":4})"), R"({"key":3,"other":4})");
-    EXPECT_EQ(second(R"({ "key" : 3 , "other" : 4 })"), R"({"key":3,"other":4})");
-    EXPECT_EQ(second(R"({"other":4})"), R"({"other":4})");
-    EXPECT_EQ(second(R"({"other":4,"key":3})"), R"({"key":3,"other":4})");
-    EXPECT_EQ(second(R"({"ke":3,"keys":4,"":5})"), R"({"":5,"ke":3,"keys":4})");
-    EXPECT_EQ(second(R"({"k\u0065y":3,"key\"":4})"), R"({"key":3,"key\"":4})");
-    EXPECT_EQ(second(R"({"a\"b":3})", R"({"a\"b":1})"), R"({"a\"b":3})");
-    EXPECT_EQ(second(R"({"a"b":3})", R"({"a\"b":1})"), "1:65: expected ':', found 'b'");
-    EXPECT_EQ(second(R"({"key":3,"key":4})"), "1:79: duplicate member 'key'");
-    EXPECT_EQ(second(R"({"key":3,"other")"), "1:86: expected ':', found '}'");
-    EXPECT_EQ(complaint(R"({"stream":{"all":[{"id":1,"info":{"key":1}},{"id":2,"info":{"key)"),
-              "1:61: this string is not closed");
-}
-
 TEST(many, inputs_are_found_by_their_ids) {
     std::string all;
     for (unsigned i = 0; i < 20'000; ++i) {
@@ -956,7 +929,7 @@ TEST(many, inputs_are_found_by_their_ids) {
     }
     const auto loaded = load(R"({"input":{"all":[)" + all + "]}}");
     ASSERT_TRUE(loaded) << loaded.error();
-    const auto& inputs = std::get<std::vector<oru::input_record>>((*loaded)->inputs);
+    const auto& inputs = std::get<std::vector<snapshot::input_record>>((*loaded)->inputs);
     ASSERT_EQ(inputs.size(), 20'000U);
     for (std::uint32_t id = 0; id < 20'000; ++id) {
         ASSERT_EQ(inputs[id].id, id);
@@ -970,7 +943,8 @@ TEST(many, keys_of_one_map_may_come_in_any_order) {
     }
     const auto loaded = load(R"({"mode":{"info":{)" + map + "}}}");
     ASSERT_TRUE(loaded) << loaded.error();
-    const auto entries = std::get<map_entries>(std::get<oru::mode_record>((*loaded)->mode).info);
+    const auto entries =
+        std::get<map_entries>(std::get<snapshot::mode_record>((*loaded)->mode).info);
     ASSERT_EQ(entries.size(), 20'000U);
     for (unsigned i = 0; i < entries.size(); ++i) {
         ASSERT_EQ(entries[i].key, std::format("key{:05}", i));

@@ -23,7 +23,7 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 
-#include "replay/snapshot.h"
+#include "snapshot/load.h"
 #include "support/run.h"
 #include "support/snapshot_file.h"
 #include "support/temp_directory.h"
@@ -34,8 +34,8 @@ namespace {
 using namespace std::chrono_literals;
 
 // What is wrong with what `path` gives, without the path; "" when nothing is.
-std::string complaint(const std::string& path, const oru::source_limits& limits = {}) {
-    const auto loaded = oru::load(path, limits);
+std::string complaint(const std::string& path, const snapshot::source_limits& limits = {}) {
+    const auto loaded = snapshot::load(path, limits);
     if (loaded) {
         return "";
     }
@@ -128,7 +128,7 @@ TEST(file, is_of_any_date_that_a_time_can_be) {
 // Waiting for these to be over takes a minute: the tests below wait for shorter ones.
 TEST(source_limits, are_128_mib_and_half_a_minute) {
     using namespace std::chrono_literals;
-    const oru::source_limits limits;
+    const snapshot::source_limits limits;
     EXPECT_EQ(limits.bytes, 134217728U);
     EXPECT_EQ(limits.socket_silence, 5s);
     EXPECT_EQ(limits.socket_total, 30s);
@@ -295,9 +295,9 @@ TEST(listener, answers_each_connection_with_a_snapshot) {
         send_all(to, std::to_string(++asked) + "}}}\n");
     });
     for (std::uint32_t i = 1; i <= 3; ++i) {
-        const auto loaded = oru::load(service.path());
+        const auto loaded = snapshot::load(service.path());
         ASSERT_TRUE(loaded) << loaded.error();
-        const auto quota = std::get<oru::map_entries>((*loaded)->stream_quota);
+        const auto quota = std::get<snapshot::map_entries>((*loaded)->stream_quota);
         EXPECT_EQ(quota[0].value.get_if<std::uint32_t>(), i);
     }
     const std::string long_text = R"({"about": ")" + std::string(3'000'000, 'x') + "\"}";
@@ -438,7 +438,7 @@ TEST(standard_input, may_be_a_socket_that_is_read) {
     int ends[2];
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
     const standard_input input(ends[0]);
-    const oru::source_limits limits{
+    const snapshot::source_limits limits{
         .socket_silence = 1ms, .socket_total = 1ms, .pipe_silence = 300ms};
     std::thread writer([&] {
         send_slowly(ends[1], R"({"mode": {}})", 20ms);

@@ -6,6 +6,8 @@
 
 namespace {
 
+using namespace snapshot_tool;
+
 TEST(columns, count_what_a_terminal_shows) {
     EXPECT_EQ(columns_of(""), 0U);
     EXPECT_EQ(columns_of("recorder"), 8U);

@@ -9,6 +9,8 @@
 
 namespace {
 
+using namespace snapshot_tool;
+
 // A device that was reached and tells nothing more.
 device reached() {
     device of;

@@ -83,15 +83,6 @@ void oru_map_set_string(OruMap* map, const gchar* key, const gchar* value) {
     held_in<fake_map>(map)[key] = native_value(std::string(value));
 }
 
-guint32 oru_map_get_uint32(OruMap* map, const gchar* key, guint32 def) {
-    const fake_map& entries = held_in<fake_map>(map);
-    const auto found = entries.find(key);
-    const auto* value =
-        found != entries.end() ? std::get_if<native_value>(&found->second) : nullptr;
-    const auto* number = value != nullptr ? std::get_if<std::uint32_t>(value) : nullptr;
-    return number != nullptr ? *number : def;
-}
-
 GList* oru_stream_get_all(GError** error) {
     return list_for<OruStream>(service.streams, error);
 }

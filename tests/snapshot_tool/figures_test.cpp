@@ -7,6 +7,8 @@
 
 namespace {
 
+using namespace snapshot_tool;
+
 TEST(figures, write_sizes_and_places) {
     EXPECT_EQ(resolution_text({1920, 1080}), "1920x1080");
     EXPECT_EQ(resolution_text({0, 4294967295}), "0x4294967295");

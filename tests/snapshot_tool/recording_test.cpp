@@ -8,9 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include "snapshot_tool/command.h"
 #include "snapshot_tool/fake_service.h"
 
 namespace {
+
+using namespace snapshot_tool;
 
 using namespace std::string_literals;
 
@@ -232,6 +235,20 @@ TEST_F(recording, leaves_out_an_input_that_is_only_counted_and_cannot_be_opened)
 )");
 }
 
+TEST_F(recording, stops_counting_after_1024_inputs_that_do_not_exist) {
+    service.channel_info = one("input.count", number(4294967295));
+    service.channels_of_inputs = std::vector{of_type(0, number(5000))};
+    service.inputs[3] = fake_input();
+    testing::internal::CaptureStderr();
+    recorded();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "oru-snapshot: 4294967295 inputs counted, 1024 in a row do not exist: further ones "
+              "are recorded only if a channel names them\n");
+    ASSERT_EQ(service.inputs_asked_for.size(), 1028U);
+    EXPECT_EQ(service.inputs_asked_for[1026], 1027U);
+    EXPECT_EQ(service.inputs_asked_for[1027], 5000U);
+}
+
 // --- Channels of inputs -------------------------------------------------------------------------
 
 TEST_F(recording, marks_the_channels_that_the_filter_finds_or_lists_them) {
@@ -349,6 +366,17 @@ TEST_F(recording, refuses_texts_that_no_json_holds) {
     EXPECT_EQ(refusal({.about = "\xe9"}), "--about: the text is no UTF-8");
 }
 
+TEST_F(recording, refuses_what_is_longer_than_a_snapshot) {
+    constexpr std::size_t longest = 134217728;
+    service.streams = std::vector<fake_stream>();
+    const std::size_t rest = recorded({.about = ""}).size();
+    std::string about(longest - rest, '1');
+    EXPECT_EQ(recorded({.about = about.c_str()}).size(), longest);
+    about += '1';
+    EXPECT_EQ(refusal({.about = about.c_str()}),
+              "the recording is 134217729 bytes long, more than the 134217728 of a snapshot");
+}
+
 TEST_F(recording, refuses_values_of_other_kinds_without_json) {
     const auto with = [](const fake_other& value) {
         service.mode = fake_answer<fake_map>(one("k\t", value));
@@ -425,7 +453,7 @@ TEST_F(recording, redacts_identities_and_messages) {
     service.output = fake_failure{"Gustav"};
 
     testing::internal::CaptureStderr();
-    EXPECT_EQ(recorded({.about = "by Heinrich", .redact = true}), R"({
+    EXPECT_EQ(recorded({.about = "by Heinrich", .is_redacted = true}), R"({
     "about": "by Heinrich",
     "system": { "$error": "redacted" },
     "mode": {
@@ -499,7 +527,7 @@ TEST_F(recording, sorts_the_keys_that_redaction_changed) {
         debug[std::string("identity.") + name] = number(static_cast<std::uint32_t>(name - 'a'));
     }
     service.stream_debug = debug;
-    EXPECT_EQ(lines_from(recorded({.redact = true}), "\"debug\"", 6),
+    EXPECT_EQ(lines_from(recorded({.is_redacted = true}), "\"debug\"", 6),
               "        \"debug\": {\n"
               "            \"identity.client-1\": 0,\n"
               "            \"identity.client-10\": 9,\n"
@@ -513,7 +541,63 @@ TEST_F(recording, redacts_no_message_of_a_service_that_answers_nothing) {
     service.streams = fake_failure{"x"};
     service.channels = fake_failure{"x"};
     service.channels_of_inputs = fake_failure{"x"};
-    EXPECT_EQ(refusal({.redact = true}), "/run/oru: refused");
+    EXPECT_EQ(refusal({.is_redacted = true}), "/run/oru: refused");
+}
+
+// --- What a service can answer and a file cannot contain ----------------------------------------
+
+// Returns what a command prints.
+std::string printed(command_function* command, const char* name) {
+    char* arguments[] = {const_cast<char*>(name), nullptr};
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(command(1, arguments), 0);
+    return testing::internal::GetCapturedStdout();
+}
+
+class more_than_a_file_contains : public recording {
+  protected:
+    more_than_a_file_contains() {
+        fake_stream first{.id = 7};
+        first.settings = fake_map{{"identity", text("gate\xff\0north"s)}, {"format", number(6)}};
+        first.info = fake_map{{"$error", text("busy")}, {"peers", number(2)}};
+        fake_stream second{.id = 7};
+        second.settings = fake_map{{"identity", fake_other{}}, {"format", number(3)}};
+        second.info = fake_map{{"peers", number(5)}};
+        service.streams = std::vector{first, second};
+        service.stream_debug = fake_map{{"identity.k\xff", number(4)}};
+        service.formats = {{6, "x\xe4"}, {6, "never"}};
+    }
+};
+
+TEST_F(more_than_a_file_contains, is_shown) {
+    const std::string all = printed(show, "show");
+    EXPECT_EQ(
+        lines_from(all, "7  gate", 4),
+        "     7  gate\\xff  x\\xe4   -                   -    -         -         -       -  "
+        "     -        2\n"
+        "    debug failed\n"
+        "     7  -         NV12    -                   -    -         -         -       -  "
+        "     -        5\n"
+        "    debug failed\n");
+    EXPECT_EQ(lines_from(all, "k\\xff", 1), "k\\xff                   4\n");
+}
+
+TEST_F(more_than_a_file_contains, is_drawn) {
+    const std::string all = printed(graph, "graph");
+    EXPECT_EQ(lines_from(all, "stream_0 [", 2),
+              "        stream_0 [label=\"stream 7: x\\\\xe4\"]\n"
+              "        stream_1 [label=\"stream 7: NV12\"]\n");
+}
+
+TEST_F(more_than_a_file_contains, is_counted) {
+    const std::string all = printed(metrics, "metrics");
+    EXPECT_EQ(lines_from(all, "oru_streams 2", 1), "oru_streams 2\n");
+    EXPECT_EQ(lines_from(all, "oru_streams_without_series 1", 1), "oru_streams_without_series 1\n");
+    EXPECT_EQ(lines_from(all, "oru_stream_info{", 1),
+              "oru_stream_info{stream=\"7\",identity=\"gate\\\\xff\",format=\"x\\\\xe4\","
+              "resolution=\"\"} 1\n");
+    EXPECT_EQ(lines_from(all, "oru_identity_streams_started_total{", 1),
+              "oru_identity_streams_started_total{identity=\"k\\\\xff\"} 4\n");
 }
 
 }  // namespace

@@ -18,6 +18,8 @@
 
 namespace {
 
+using namespace snapshot_tool;
+
 std::string content(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};

@@ -4,6 +4,8 @@
 
 namespace {
 
+using namespace snapshot_tool;
+
 table two_columns() {
     return table({{"NAME", align::left}, {"COUNT", align::right}});
 }

@@ -1,0 +1,62 @@
+// Finds answers in a snapshot, and describes the queries that ask for them.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "snapshot/answers.h"
+
+namespace snapshot {
+
+// A query, for messages: "stream 3: settings", "channel 0: resolutions 'available'".
+struct query {
+    const char* subject;
+    std::optional<std::uint32_t> number = std::nullopt;
+    const char* part = nullptr;
+    const char* name = nullptr;  // of one of several answers
+};
+
+std::string text_of(const query& asked);
+
+// Returns the message of a query whose answer is left out: "stream 3: settings not recorded".
+std::string not_recorded(const query& asked);
+
+// These return NULL if there is none.
+inline const value* find(map_entries map, std::string_view key) noexcept {
+    // Most keys of a short map differ in length already: comparing all lengths costs less than
+    // ordering keys.
+    constexpr std::size_t few = 16;
+    while (map.size() > few) {
+        const std::size_t half = map.size() / 2;
+        map = map[half].key <= key ? map.subspan(half) : map.first(half);
+    }
+    const auto found = std::ranges::find(map, key, &entry::key);
+    return found != map.end() ? &found->value : nullptr;
+}
+
+template <class T>
+const answer<T>* find(std::span<const named_answer<T>> all, std::string_view name) {
+    const auto found = std::ranges::lower_bound(all, name, {}, &named_answer<T>::name);
+    return found != all.end() && found->name == name ? &found->value : nullptr;
+}
+
+// For a list that ascends by id.
+template <class Record>
+const Record* find(const std::vector<Record>& records, std::uint32_t id) {
+    const auto found = std::ranges::lower_bound(records, id, {}, &Record::id);
+    return found != records.end() && found->id == id ? &*found : nullptr;
+}
+
+// Returns whether the snapshot answers any query that a program makes first: of an input, a stream
+// or a channel nothing can be asked if none of these is answered.
+bool is_answered(const answers& all);
+
+// Returns whether the map has this text under `key`.
+bool has_text(map_entries map, std::string_view key, std::string_view text);
+
+}  // namespace snapshot

@@ -1,0 +1,304 @@
+#include "snapshot_tool/query.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <oru.h>
+
+#include "snapshot/lookup.h"
+#include "snapshot_tool/inputs.h"
+#include "snapshot_tool/other_json.h"
+#include "video/error_message.h"
+#include "video/native.h"
+#include "video/owned.h"
+
+namespace snapshot_tool {
+namespace {
+
+using snapshot::answer;
+using snapshot::map_entries;
+using snapshot::rectangle;
+using snapshot::resolution;
+
+owned_object<OruMap> filter_by(const char* key, const char* value) {
+    owned_object<OruMap> filter{oru_map_new()};
+    if (filter == nullptr) {
+        throw std::bad_alloc();
+    }
+    oru_map_set_string(filter.get(), key, value);
+    return filter;
+}
+
+class queries {
+  public:
+    explicit queries(std::uint32_t most_counted_inputs)
+        : most_counted_inputs_(most_counted_inputs) {}
+
+    std::shared_ptr<const snapshot::answers> run();
+
+  private:
+    answer<snapshot::system_record> system();
+    answer<snapshot::mode_record> mode();
+    answer<std::vector<snapshot::stream_record>> streams();
+    template <class Query>
+    answer<std::vector<snapshot::channel_record>> channels(Query query);
+    snapshot::channel_record channel(OruChannel* channel);
+    std::vector<snapshot::input_record> inputs();
+    snapshot::input_record input(std::uint32_t number);
+    snapshot::output_record output();
+    std::vector<snapshot::format_record> formats();
+
+    // Each runs a query, a function of a GError**, and copies its answer. NULL and FALSE are
+    // failures; only of a list NULL without an error is an empty one.
+    template <class Query>
+    answer<map_entries> map(Query query);
+    template <class Query>
+    answer<rectangle> area(Query query);
+    template <class Query>
+    answer<resolution> size(Query query);
+    template <class Query>
+    answer<std::span<const resolution>> sizes(Query query);
+    template <class Object, class Record, class Query>
+    answer<std::vector<Record>> list(Query query, Record (queries::*copy)(Object* object));
+
+    template <class T>
+    std::span<const snapshot::named_answer<T>> named(const char* name, const answer<T>& value) {
+        return all_->arena.keep(std::vector{snapshot::named_answer<T>{name, value}});
+    }
+    snapshot::failure failure(const owned_error& error) {
+        return {all_->arena.keep(message_of(error.get())).data()};
+    }
+    map_entries entries(OruMap* map);
+    snapshot::stream_record stream(OruStream* stream);
+
+    std::shared_ptr<snapshot::answers> all_ = std::make_shared<snapshot::answers>();
+    std::uint32_t most_counted_inputs_;
+};
+
+std::shared_ptr<const snapshot::answers> queries::run() {
+    all_->system = system();
+    all_->mode = mode();
+    all_->stream_debug = map([](GError** error) { return oru_stream_get_debug(nullptr, error); });
+    all_->stream_quota = map(oru_stream_get_quota);
+    all_->stream_limit = map(oru_stream_get_limit);
+    all_->streams = list(oru_stream_get_all, &queries::stream);
+    all_->channel_info = map([](GError** error) { return oru_channel_get_info(nullptr, error); });
+    all_->channels = list(oru_channel_get_all, &queries::channel);
+    const owned_object<OruMap> filter = filter_by("key", "input");
+    all_->channels_filtered =
+        list([&](GError** error) { return oru_channel_get_filtered(filter.get(), error); },
+             &queries::channel);
+    all_->inputs = inputs();
+    all_->outputs = std::vector{output()};
+    all_->formats = formats();
+    return all_;
+}
+
+// --- Objects ------------------------------------------------------------------------------------
+
+answer<snapshot::system_record> queries::system() {
+    owned_error error;
+    const owned_object<OruSystem> system{oru_system_new(std::out_ptr(error))};
+    if (system == nullptr) {
+        return failure(error);
+    }
+    return snapshot::system_record{
+        map([&](GError** failed) { return oru_system_get_caps(system.get(), failed); })};
+}
+
+answer<snapshot::mode_record> queries::mode() {
+    owned_error error;
+    const owned_object<OruMode> mode{oru_mode_new(std::out_ptr(error))};
+    if (mode == nullptr) {
+        return failure(error);
+    }
+    return snapshot::mode_record{
+        map([&](GError** failed) { return oru_mode_get_info(mode.get(), failed); })};
+}
+
+snapshot::stream_record queries::stream(OruStream* stream) {
+    return {.id = oru_stream_get_id(stream),
+            .info = map([&](GError** error) { return oru_stream_get_info(stream, error); }),
+            .settings = map([&](GError** error) { return oru_stream_get_settings(stream, error); }),
+            .debug = map([&](GError** error) { return oru_stream_get_debug(stream, error); })};
+}
+
+snapshot::channel_record queries::channel(OruChannel* channel) {
+    const owned_object<OruMap> filter = filter_by("select", "available");
+    return {
+        .id = oru_channel_get_id(channel),
+        .properties = {},
+        .info = map([&](GError** error) { return oru_channel_get_info(channel, error); }),
+        .crop = area([&](auto... out) { return oru_channel_get_crop(channel, out...); }),
+        .crop_max = size([&](auto... out) { return oru_channel_get_crop_max(channel, out...); }),
+        .resolutions = named("available", sizes([&](GError** error) {
+                                 return oru_channel_get_resolutions(channel, filter.get(), error);
+                             }))};
+}
+
+std::vector<snapshot::input_record> queries::inputs() {
+    std::uint32_t count = 0;
+    if (const auto* info = std::get_if<map_entries>(&all_->channel_info)) {
+        count = std::min(input_count(*info), most_counted_inputs_);
+    }
+    std::set<std::uint32_t> named = named_inputs(*all_);
+
+    std::vector<snapshot::input_record> inputs;
+    const auto query_named_before = [&](std::uint64_t end) {
+        while (!named.empty() && *named.begin() < end) {
+            inputs.push_back(input(*named.begin()));
+            named.erase(named.begin());
+        }
+    };
+    std::uint32_t missing_in_a_row = 0;
+    for (std::uint64_t number = 1; number <= count && missing_in_a_row < most_missing_inputs;
+         ++number) {
+        query_named_before(number);
+        named.erase(static_cast<std::uint32_t>(number));
+        inputs.push_back(input(static_cast<std::uint32_t>(number)));
+        missing_in_a_row = inputs.back().fails ? missing_in_a_row + 1 : 0;
+    }
+    query_named_before(std::uint64_t{1} << 32);
+    return inputs;
+}
+
+snapshot::input_record queries::input(std::uint32_t number) {
+    owned_error error;
+    const owned_object<OruInput> input{oru_input_new(number, std::out_ptr(error))};
+    if (input == nullptr) {
+        return {.id = number, .fails = failure(error)};
+    }
+    return {.id = number,
+            .info = map([&](GError** failed) { return oru_input_get_info(input.get(), failed); }),
+            .crop = area([&](auto... out) { return oru_input_get_crop(input.get(), out...); }),
+            .resolution_unrotated = named("capture", size([&](auto... out) {
+                                              return oru_input_get_resolution_unrotated(
+                                                  input.get(), "capture", out...);
+                                          }))};
+}
+
+snapshot::output_record queries::output() {
+    owned_error error;
+    const owned_object<OruOutput> output{oru_output_new(0, std::out_ptr(error))};
+    if (output == nullptr) {
+        return {.id = 0, .fails = failure(error)};
+    }
+    return {.id = 0,
+            .info = map([&](GError** failed) { return oru_output_get_info(output.get(), failed); }),
+            .settings = map(
+                [&](GError** failed) { return oru_output_get_settings(output.get(), failed); })};
+}
+
+std::vector<snapshot::format_record> queries::formats() {
+    const owned_class<GEnumClass> type{
+        static_cast<GEnumClass*>(g_type_class_ref(oru_format_get_type()))};
+    std::set<std::uint32_t> codes;
+    std::vector<snapshot::format_record> formats;
+    for (const GEnumValue& value : std::span(type->values, type->n_values)) {
+        const auto code = static_cast<std::uint32_t>(value.value);
+        if (codes.insert(code).second) {
+            formats.push_back({all_->arena.keep(value.value_nick), code});
+        }
+    }
+    return formats;
+}
+
+// --- Answers ------------------------------------------------------------------------------------
+
+template <class Query>
+answer<map_entries> queries::map(Query query) {
+    owned_error error;
+    const owned_object<OruMap> map{query(std::out_ptr(error))};
+    if (map == nullptr) {
+        return failure(error);
+    }
+    return entries(map.get());
+}
+
+template <class Query>
+answer<rectangle> queries::area(Query query) {
+    owned_error error;
+    rectangle area{};
+    if (query(&area.x, &area.y, &area.width, &area.height,
+              static_cast<GError**>(std::out_ptr(error))) == FALSE) {
+        return failure(error);
+    }
+    return area;
+}
+
+template <class Query>
+answer<resolution> queries::size(Query query) {
+    owned_error error;
+    resolution size{};
+    if (query(&size.width, &size.height, static_cast<GError**>(std::out_ptr(error))) == FALSE) {
+        return failure(error);
+    }
+    return size;
+}
+
+template <class Query>
+answer<std::span<const resolution>> queries::sizes(Query query) {
+    owned_error error;
+    const owned_block set{query(std::out_ptr(error))};
+    if (set == nullptr) {
+        return failure(error);
+    }
+    return all_->arena.keep(native_resolutions(set.get()), [](const native_resolution& size) {
+        return resolution{size.width, size.height};
+    });
+}
+
+template <class Object, class Record, class Query>
+answer<std::vector<Record>> queries::list(Query query, Record (queries::*copy)(Object* object)) {
+    owned_error error;
+    const owned_object_list objects{query(std::out_ptr(error))};
+    if (error != nullptr) {
+        return failure(error);
+    }
+    std::vector<Record> records;
+    for (const GList* link = objects.get(); link != nullptr; link = link->next) {
+        records.push_back((this->*copy)(object_in<Object>(link)));
+    }
+    return records;
+}
+
+map_entries queries::entries(OruMap* map) {
+    const native_map native{map};
+    std::vector<snapshot::entry> entries;
+    for (const native_entry& each : native.entries()) {
+        const auto value_of = [&](const auto& held) -> snapshot::value {
+            using held_type = std::remove_cvref_t<decltype(held)>;
+            if constexpr (std::is_same_v<held_type, std::string>) {
+                return all_->arena.keep(held);
+            } else if constexpr (std::is_same_v<held_type, native_pair>) {
+                return snapshot::pair32u(held.first, held.second);
+            } else if constexpr (std::is_same_v<held_type, native_other>) {
+                const auto json = other_json(native, each.key);
+                if (json) {
+                    return snapshot::other{all_->arena.keep(*json)};
+                }
+                return snapshot::unwritable{all_->arena.keep(json.error())};
+            } else {
+                return held;
+            }
+        };
+        entries.push_back({all_->arena.keep(each.key), std::visit(value_of, each.value)});
+    }
+    return all_->arena.keep(entries);
+}
+
+}  // namespace
+
+std::shared_ptr<const snapshot::answers> query_service(std::uint32_t most_counted_inputs) {
+    return queries(most_counted_inputs).run();
+}
+
+}  // namespace snapshot_tool

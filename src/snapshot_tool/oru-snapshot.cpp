@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "probe/probe.h"
 #include "snapshot_tool/check.h"
 #include "snapshot_tool/command.h"
 #include "snapshot_tool/graph.h"
@@ -28,7 +27,6 @@ constexpr command commands[] = {
     {"show", "[FILE]", show},
     {"graph", "[FILE]", graph},
     {"metrics", "[-o FILE] [FILE]", metrics},
-    {"probe", "", probe},
 };
 
 std::string usage() {

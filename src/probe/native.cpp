@@ -80,8 +80,8 @@ std::optional<std::uint32_t> read_uint32(OruMap* map, const std::string& key) {
     return first == second ? std::optional<std::uint32_t>(first) : std::nullopt;
 }
 
-// Returns the JSON text that the bus library writes for one value, or nothing if that is not valid:
-// the check of to_json() reports it.
+// Returns the JSON text that the bus library writes for one value, or nothing if the text is not
+// valid. check_to_json() reports that.
 std::optional<std::string> json_of(const native_map& map, const std::string& key) {
     native_table table;
     table.insert("value", map, key);
@@ -101,8 +101,8 @@ std::optional<std::string> json_of(const native_map& map, const std::string& key
     return object.substr(begin, end - begin);
 }
 
-// A value of the kind Unsigned has this kind code, and its JSON text is the number. A value that
-// native.cpp does not recognize, but the getter reads, may have another code.
+// A value of the kind Unsigned has this kind code, and its JSON text is the number. If the getter
+// reads a value that native.cpp does not recognize, the library may use another code for the kind.
 template <class Unsigned>
 void check_kind_code(const video_service& service, verdict& result, unsigned expected_code) {
     for_each_map(service.maps_and_new_map, [&](const std::string& name, OruMap* map) {

@@ -36,7 +36,7 @@ bool print(const std::string& name, const verdict& result) {
     return result.has_departed();
 }
 
-// A query that failed properly does not count.
+// A failure with an error is not an answer.
 bool has_any_answer(const query_verdicts& queries) {
     return std::ranges::any_of(queries.all, [](const query_verdict& query) {
         return query.answering.has_passed() || query.answering.has_departed() ||

@@ -10,7 +10,7 @@
 
 namespace probe {
 
-// A query that answers returns an object or TRUE and leaves the error alone. One that fails returns
+// A query that answers returns an object or TRUE and does not set the error. One that fails returns
 // NULL or FALSE and sets the error. It does the same if the caller does not want the error.
 struct query_verdict {
     const char* name;

@@ -1,5 +1,6 @@
 # What goes onto a machine. `cmake --install` brings what a device runs and a person reads; the
-# component `client` brings what a program needs to be built against our client libraries.
+# component `client` brings what a program needs to be built against our client libraries, and the
+# component `probe` the program that checks a device's client libraries.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 
 # The links are relative, so they hold in any prefix and under any DESTDIR.
@@ -13,6 +14,11 @@ if(ORU_MANUALS)
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
     install(FILES docs/man/oru-reports.5 docs/man/oru-snapshot.5
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+endif()
+install(TARGETS oru-probe COMPONENT probe EXCLUDE_FROM_ALL)
+if(ORU_MANUALS)
+    install(FILES docs/man/oru-probe.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+            COMPONENT probe EXCLUDE_FROM_ALL)
 endif()
 install(FILES docs/reports.schema.json docs/snapshot.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/oru)

@@ -13,15 +13,15 @@ here=$(dirname "$0")
 status=0
 runs=0
 
-# check SNAPSHOT TOOL SWITCH: as valgrind says, the tool's own status being 0 or 1.
+# check SNAPSHOT TOOL [SWITCH]: as valgrind says, the tool's own status being 0 or 1.
 check() {
     result=0
     ORU_SNAPSHOT=$1 valgrind -q --error-exitcode=99 --leak-check=full \
         --errors-for-leak-kinds=definite --show-leak-kinds=definite --num-callers=40 \
-        --suppressions="$here/support/valgrind.supp" "$bin/$2" "$3" >/dev/null 2>"$log" || result=$?
+        --suppressions="$here/support/valgrind.supp" "$bin/$2" ${3:+"$3"} >/dev/null 2>"$log" || result=$?
     runs=$((runs + 1))
     if [ "$result" -gt 1 ]; then
-        echo "$2 $3 on $1: status $result" >&2
+        echo "$2 ${3:-} on $1: status $result" >&2
         cat "$log" >&2
         status=1
     fi
@@ -37,7 +37,7 @@ for snapshot; do
         check "$snapshot" oru-serverreport-tool "$switch"
     done
     check "$snapshot" oru-snapshot record
-    check "$snapshot" oru-snapshot probe
+    check "$snapshot" oru-probe
 done
 for switch in -qsi --help --foo; do
     check "$1" oru-tlm-tool "$switch"

@@ -25,7 +25,7 @@ _oru_snapshots() {
 
 _oru_snapshot() {
     if ((COMP_CWORD == 1)); then
-        _oru_switches 'check record show graph metrics probe --help --version'
+        _oru_switches 'check record show graph metrics --help --version'
         return
     fi
     case ${COMP_WORDS[1]} in

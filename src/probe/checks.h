@@ -1,5 +1,4 @@
-// The checks of `probe`, in tables of a name beside what is done. Each table stands in the file
-// that is named beside it.
+// The tables of checks. Each table is in the file that its comment names.
 #pragma once
 
 #include <span>
@@ -7,14 +6,18 @@
 #include "probe/service.h"
 #include "probe/verdict.h"
 
-struct probe_check {
+namespace probe {
+
+struct check {
     const char* name;
-    void (*run)(const probed_service& service, verdict& told);
+    void (*run)(const video_service& service, verdict& result);
 };
 
-std::span<const probe_check> getter_checks();  // getters.cpp
-std::span<const probe_check> map_checks();     // maps.cpp
-std::span<const probe_check> native_checks();  // native.cpp
-std::span<const probe_check> object_checks();  // objects.cpp
-std::span<const probe_check> format_checks();  // formats.cpp
-std::span<const probe_check> sights();         // sights.cpp
+std::span<const check> getter_checks();  // getters.cpp
+std::span<const check> map_checks();     // maps.cpp
+std::span<const check> native_checks();  // native.cpp
+std::span<const check> object_checks();  // objects.cpp
+std::span<const check> format_checks();  // formats.cpp
+std::span<const check> manual_checks();  // manual_checks.cpp
+
+}  // namespace probe

@@ -1,9 +1,9 @@
-// The service's enumeration of video formats.
+// Checks of the service's enumeration of video formats.
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <format>
-#include <memory>
+#include <map>
 #include <string>
 
 #include <oru.h>
@@ -11,17 +11,30 @@
 #include "probe/checks.h"
 #include "video/owned.h"
 
+namespace probe {
 namespace {
 
-// Returns the enumeration, or NULL, having said so, when it is none.
-owned_class<GEnumClass> formats(verdict& told) {
+// Returns the class of the enumeration. If the type is not an enumeration, departs and returns
+// NULL.
+owned_class<GEnumClass> format_class(verdict& result) {
     const GType type = oru_format_get_type();
     if (!G_TYPE_IS_ENUM(type)) {
         const gchar* name = g_type_name(type);
-        told.departs(std::format("the type '{}' is no enumeration", name != nullptr ? name : ""));
+        result.depart(std::format("the type '{}' is no enumeration", name != nullptr ? name : ""));
         return nullptr;
     }
     return owned_class<GEnumClass>{static_cast<GEnumClass*>(g_type_class_ref(type))};
+}
+
+// Returns the nick of each code: the first of several, as g_enum_get_value() does. That function
+// would search the whole table for each code.
+std::map<std::uint32_t, const gchar*> nicks_by_code(const GEnumClass& formats) {
+    std::map<std::uint32_t, const gchar*> nicks;
+    for (guint i = 0; i < formats.n_values; ++i) {
+        nicks.try_emplace(static_cast<std::uint32_t>(formats.values[i].value),
+                          formats.values[i].value_nick);
+    }
+    return nicks;
 }
 
 bool is_lower_case(const gchar* text) {
@@ -37,58 +50,57 @@ bool is_lower_case(const gchar* text) {
     return true;
 }
 
-void nicks(const probed_service&, verdict& told) {
-    const owned_class<GEnumClass> all = formats(told);
-    for (guint i = 0; all != nullptr && i < all->n_values; ++i) {
-        const gint number = all->values[i].value;
-        const auto code = static_cast<std::uint32_t>(number);
-        const GEnumValue* found = g_enum_get_value(all.get(), number);
-        const gchar* nick = found != nullptr ? found->value_nick : nullptr;
-        if (nick == nullptr) {
-            told.departs(std::format("format {} has no nick", code));
-        } else {
-            told.expect(is_lower_case(nick), "format {} is '{}'", code, nick);
-        }
-    }
-}
-
-void unknown_number(const probed_service&, verdict& told) {
-    const owned_class<GEnumClass> all = formats(told);
-    if (all == nullptr) {
+void check_nicks(const video_service&, verdict& result) {
+    const owned_class<GEnumClass> formats = format_class(result);
+    if (formats == nullptr) {
         return;
     }
-    const auto is_known = [&](std::uint32_t code) {
-        return std::any_of(all->values, all->values + all->n_values, [&](const GEnumValue& value) {
-            return static_cast<std::uint32_t>(value.value) == code;
-        });
-    };
-    // The nearest that is not known, and one far from all.
-    std::uint32_t low = 0;
-    std::uint32_t high = 0xFFFFFFFF;
-    while (is_known(low)) {
-        ++low;
-    }
-    while (is_known(high)) {
-        --high;
-    }
-    for (const std::uint32_t code : {low, high}) {
-        const GEnumValue* found = g_enum_get_value(all.get(), static_cast<gint>(code));
-        if (found == nullptr) {
-            told.is_right();
+    const auto nicks = nicks_by_code(*formats);
+    for (guint i = 0; i < formats->n_values; ++i) {
+        const auto code = static_cast<std::uint32_t>(formats->values[i].value);
+        const gchar* nick = nicks.at(code);
+        if (nick == nullptr) {
+            result.depart(std::format("format {} has no nick", code));
         } else {
-            told.departs(std::format("format {} is '{}'", code,
-                                     found->value_nick != nullptr ? found->value_nick : ""));
+            result.expect(is_lower_case(nick), "format {} is '{}'", code, nick);
         }
     }
 }
 
-constexpr probe_check checks[] = {
-    {"nicks of formats", nicks},
-    {"nick of an unknown format", unknown_number},
+void check_unknown_codes(const video_service&, verdict& result) {
+    const owned_class<GEnumClass> formats = format_class(result);
+    if (formats == nullptr) {
+        return;
+    }
+    const auto nicks = nicks_by_code(*formats);
+    std::uint32_t lowest = 0;
+    std::uint32_t highest = 0xFFFFFFFF;
+    while (nicks.contains(lowest)) {
+        ++lowest;
+    }
+    while (nicks.contains(highest)) {
+        --highest;
+    }
+    for (const std::uint32_t code : {lowest, highest}) {
+        const GEnumValue* value = g_enum_get_value(formats.get(), static_cast<gint>(code));
+        if (value == nullptr) {
+            result.pass();
+        } else {
+            result.depart(std::format("format {} is '{}'", code,
+                                      value->value_nick != nullptr ? value->value_nick : ""));
+        }
+    }
+}
+
+constexpr check checks[] = {
+    {"nicks of formats", check_nicks},
+    {"nick of an unknown format", check_unknown_codes},
 };
 
 }  // namespace
 
-std::span<const probe_check> format_checks() {
+std::span<const check> format_checks() {
     return checks;
 }
+
+}  // namespace probe

@@ -1,7 +1,6 @@
-// What a map does when it is changed, and to whom.
+// Checks of the operations that change a map or select from it.
 #include <algorithm>
 #include <format>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,42 +8,25 @@
 #include <oru.h>
 
 #include "probe/checks.h"
-#include "probe/content.h"
-#include "video/native.h"
+#include "probe/map_contents.h"
 
+namespace probe {
 namespace {
 
-using content = std::vector<worded_entry>;
+// --- Removal ------------------------------------------------------------------------------------
 
-// Returns the content without the entries that `gone` names.
-template <class Gone>
-content without(const content& all, const Gone& gone) {
-    content rest = all;
-    std::erase_if(rest, [&](const worded_entry& entry) { return gone(entry.key); });
-    return rest;
+bool starts_with(std::string_view key, std::string_view prefix) {
+    return key.starts_with(prefix);
 }
 
-auto starts_with(const std::string& prefix) {
-    return [prefix = std::string(prefix)](std::string_view key) { return key.starts_with(prefix); };
+bool equals(std::string_view key, std::string_view other) {
+    return key == other;
 }
 
-auto is_key(const std::string& wanted) {
-    return [wanted = std::string(wanted)](std::string_view key) { return key == wanted; };
-}
-
-void expect_same(verdict& told, const std::string& about, const content& wanted,
-                 const content& got) {
-    if (wanted == got) {
-        told.is_right();
-    } else {
-        told.departs(std::format("{}: {}", about, difference(wanted, got)));
-    }
-}
-
-// Prefixes that some keys of the map begin with.
-std::vector<std::string> some_prefixes(const content& all) {
+// Returns prefixes that some keys of the map begin with.
+std::vector<std::string> sample_prefixes(const map_contents& contents) {
     std::vector<std::string> prefixes;
-    for (const std::string& key : some_keys(all)) {
+    for (const std::string& key : sample_keys(contents)) {
         if (!key.empty()) {
             prefixes.push_back(key.substr(0, (key.size() + 1) / 2));
         }
@@ -52,163 +34,204 @@ std::vector<std::string> some_prefixes(const content& all) {
     return prefixes;
 }
 
-// Takes something out of each map, and nothing: the rest stays as it was.
-template <class Pick, class TakeOut, class Gone>
-void check_removal(const probed_service& service, verdict& told, const Pick& pick,
-                   const TakeOut& take_out, const Gone& gone) {
-    for (const map_source& source : service.every_map) {
-        std::vector<std::string> picked;
-        if (const living<OruMap> map = source.ask(); map.get() != nullptr) {
-            const content all = content_of(map.get());
-            picked = pick(all);
-            picked.push_back(absent_key(all));
-        }
-        for (const std::string& what : picked) {
-            if (const living<OruMap> map = source.ask(); map.get() != nullptr) {
-                const content before = content_of(map.get());
-                take_out(map.get(), what.c_str());
-                expect_same(told, std::format("{} without '{}'", source.name, what),
-                            without(before, gone(what)), content_of(map.get()));
+// An operation that removes the entries whose keys match its argument.
+struct removal {
+    void (*remove)(OruMap* map, const gchar* argument);
+    bool (*matches)(std::string_view key, std::string_view argument);
+    std::vector<std::string> (*sample_arguments)(const map_contents& contents);
+};
+constexpr removal removal_by_key = {oru_map_remove, equals, sample_keys};
+constexpr removal removal_by_prefix = {oru_map_remove_prefix, starts_with, sample_prefixes};
+
+map_contents without(map_contents contents, const removal& operation, std::string_view argument) {
+    std::erase_if(contents,
+                  [&](const text_entry& entry) { return operation.matches(entry.key, argument); });
+    return contents;
+}
+
+void expect_equal(verdict& result, const std::string& name, const map_contents& expected,
+                  const map_contents& actual) {
+    if (expected == actual) {
+        result.pass();
+    } else {
+        result.depart(std::format("{}: {}", name, first_difference(expected, actual)));
+    }
+}
+
+// Returns arguments for the operation: some that match a key of the map, and one that does not.
+std::vector<std::string> arguments_for(const removal& operation, const map_source& source) {
+    const tracked<OruMap> map = source.query();
+    if (map.get() == nullptr) {
+        return {};
+    }
+    const map_contents contents = contents_of(map.get());
+    std::vector<std::string> arguments = operation.sample_arguments(contents);
+    arguments.push_back(absent_key(contents));
+    return arguments;
+}
+
+// The operation removes the matching entries of the map and no others.
+void check_removal(const video_service& service, const removal& operation, verdict& result) {
+    for (const map_source& source : service.maps_and_new_map) {
+        for (const std::string& argument : arguments_for(operation, source)) {
+            const tracked<OruMap> map = source.query();
+            if (map.get() == nullptr) {
+                continue;
             }
+            const map_contents before = contents_of(map.get());
+            operation.remove(map.get(), argument.c_str());
+            expect_equal(result, std::format("{} without '{}'", source.name, argument),
+                         without(before, operation, argument), contents_of(map.get()));
         }
     }
 }
 
-// What is taken out of an answer is not taken out of the service.
-template <class Pick, class TakeOut, class Gone>
-void check_service(const probed_service& service, verdict& told, const Pick& pick,
-                   const TakeOut& take_out, const Gone& gone) {
+// Removes entries from an answer of the service. Returns the removed keys.
+std::vector<std::string> remove_from_answer(const removal& operation, const map_source& source) {
+    const tracked<OruMap> map = source.query();
+    if (map.get() == nullptr) {
+        return {};
+    }
+    const map_contents contents = contents_of(map.get());
+    const std::vector<std::string> arguments = operation.sample_arguments(contents);
+    for (const std::string& argument : arguments) {
+        operation.remove(map.get(), argument.c_str());
+    }
+    std::vector<std::string> removed_keys;
+    for (const text_entry& entry : contents) {
+        if (std::ranges::any_of(arguments, [&](const std::string& argument) {
+                return operation.matches(entry.key, argument);
+            })) {
+            removed_keys.push_back(entry.key);
+        }
+    }
+    return removed_keys;
+}
+
+// The service still has the entries that were removed from one of its answers.
+void check_service_after(const video_service& service, const removal& operation, verdict& result) {
     for (const map_source& source : service.maps) {
-        try_again(told, [&](verdict& now) {
-            content before;
-            std::vector<std::string> picked;
-            if (const living<OruMap> map = source.ask(); map.get() != nullptr) {
-                before = content_of(map.get());
-                picked = pick(before);
-                for (const std::string& what : picked) {
-                    take_out(map.get(), what.c_str());
-                }
-            }
-            const living<OruMap> again = source.ask();
-            if (again.get() == nullptr) {
+        retry_departure(result, [&](verdict& attempt) {
+            const std::vector<std::string> removed_keys = remove_from_answer(operation, source);
+            const tracked<OruMap> next_answer = source.query();
+            if (next_answer.get() == nullptr) {
                 return;
             }
-            const content after = content_of(again.get());
-            for (const worded_entry& entry : before) {
-                const auto is_gone = [&](const auto& what) { return gone(what)(entry.key); };
-                if (std::ranges::any_of(picked, is_gone)) {
-                    now.expect(
-                        std::ranges::find(after, entry.key, &worded_entry::key) != after.end(),
-                        "{}: '{}' is gone", source.name, entry.key);
-                }
+            map_contents contents = contents_of(next_answer.get());
+            std::ranges::sort(contents, {}, &text_entry::key);
+            for (const std::string& key : removed_keys) {
+                attempt.expect(std::ranges::binary_search(contents, key, {}, &text_entry::key),
+                               "{}: '{}' is gone", source.name, key);
             }
         });
     }
 }
 
-// --- The checks ---------------------------------------------------------------------------------
-
-void new_map(const probed_service&, verdict& told) {
-    const owned_object<OruMap> one{oru_map_new()};
-    const owned_object<OruMap> other{oru_map_new()};
-    told.expect(one != nullptr && other != nullptr, "NULL");
-    if (told.has_departed()) {
-        return;
-    }
-    expect_same(told, "a new map", {}, content_of(one.get()));
-    oru_map_set_string(one.get(), "key", "text");
-    expect_same(told, "a new map beside another", {}, content_of(other.get()));
+void check_remove(const video_service& service, verdict& result) {
+    check_removal(service, removal_by_key, result);
 }
 
-void set_string(const probed_service& service, verdict& told) {
-    for_each_map(service.every_map, [&](const std::string& name, OruMap* map) {
-        const content before = content_of(map);
-        std::vector<std::string> keys = some_keys(before);
+void check_service_after_remove(const video_service& service, verdict& result) {
+    check_service_after(service, removal_by_key, result);
+}
+
+void check_remove_prefix(const video_service& service, verdict& result) {
+    check_removal(service, removal_by_prefix, result);
+}
+
+void check_service_after_remove_prefix(const video_service& service, verdict& result) {
+    check_service_after(service, removal_by_prefix, result);
+}
+
+// --- Other operations ---------------------------------------------------------------------------
+
+void check_new(const video_service&, verdict& result) {
+    const owned_object<OruMap> map{oru_map_new()};
+    const owned_object<OruMap> other_map{oru_map_new()};
+    result.expect(map != nullptr && other_map != nullptr, "NULL");
+    if (result.has_departed()) {
+        return;
+    }
+    expect_equal(result, "a new map", {}, contents_of(map.get()));
+    oru_map_set_string(map.get(), "key", "text");
+    expect_equal(result, "a new map beside another", {}, contents_of(other_map.get()));
+}
+
+void check_set_string(const video_service& service, verdict& result) {
+    for_each_map(service.maps_and_new_map, [&](const std::string& name, OruMap* map) {
+        const map_contents before = contents_of(map);
+        std::vector<std::string> keys = sample_keys(before);
         keys.push_back(absent_key(before));
-        content wanted = before;
+        map_contents expected = before;
         for (const std::string& key : keys) {
-            // The map has a copy of its own.
+            // The map must copy the text.
             std::string text = "as it was set";
             oru_map_set_string(map, key.c_str(), text.c_str());
             std::ranges::fill(text, '?');
-            wanted = without(wanted, is_key(key));
-            wanted.push_back({key, words_of(std::string("as it was set"))});
+            expected = without(std::move(expected), removal_by_key, key);
+            expected.push_back({key, value_text(std::string("as it was set"))});
         }
-        content got = content_of(map);
-        std::ranges::sort(wanted, {}, &worded_entry::key);
-        std::ranges::sort(got, {}, &worded_entry::key);
-        expect_same(told, name, wanted, got);
+        map_contents actual = contents_of(map);
+        std::ranges::sort(expected, {}, &text_entry::key);
+        std::ranges::sort(actual, {}, &text_entry::key);
+        expect_equal(result, name, expected, actual);
     });
 }
 
-void contains(const probed_service& service, verdict& told) {
-    for_each_map(service.every_map, [&](const std::string& name, OruMap* map) {
-        const content all = content_of(map);
-        for (const worded_entry& entry : all) {
-            if (!entry.key.contains('\0')) {
-                told.expect(oru_map_contains(map, entry.key.c_str()) != FALSE,
-                            "{}: FALSE for '{}', {}", name, entry.key, entry.value);
+void check_contains(const video_service& service, verdict& result) {
+    for_each_map(service.maps_and_new_map, [&](const std::string& name, OruMap* map) {
+        const map_contents contents = contents_of(map);
+        for (const text_entry& entry : contents) {
+            if (is_c_text(entry.key)) {
+                result.expect(oru_map_contains(map, entry.key.c_str()) != FALSE,
+                              "{}: FALSE for '{}', {}", name, entry.key, entry.value);
             }
         }
-        const std::string absent = absent_key(all);
-        told.expect(oru_map_contains(map, absent.c_str()) == FALSE, "{}: TRUE for absent '{}'",
-                    name, absent);
+        const std::string absent = absent_key(contents);
+        result.expect(oru_map_contains(map, absent.c_str()) == FALSE, "{}: TRUE for absent '{}'",
+                      name, absent);
     });
 }
 
-void remove(const probed_service& service, verdict& told) {
-    check_removal(service, told, some_keys, oru_map_remove, is_key);
-}
-
-void service_after_remove(const probed_service& service, verdict& told) {
-    check_service(service, told, some_keys, oru_map_remove, is_key);
-}
-
-void remove_prefix(const probed_service& service, verdict& told) {
-    check_removal(service, told, some_prefixes, oru_map_remove_prefix, starts_with);
-}
-
-void service_after_remove_prefix(const probed_service& service, verdict& told) {
-    check_service(service, told, some_prefixes, oru_map_remove_prefix, starts_with);
-}
-
-void filter_prefix(const probed_service& service, verdict& told) {
-    for_each_map(service.every_map, [&](const std::string& name, OruMap* map) {
-        const content all = content_of(map);
-        std::vector<std::string> prefixes = some_prefixes(all);
-        prefixes.push_back(absent_key(all));
+void check_filter_prefix(const video_service& service, verdict& result) {
+    for_each_map(service.maps_and_new_map, [&](const std::string& name, OruMap* map) {
+        const map_contents contents = contents_of(map);
+        std::vector<std::string> prefixes = sample_prefixes(contents);
+        prefixes.push_back(absent_key(contents));
         for (const std::string& prefix : prefixes) {
             const owned_object<OruMap> part{oru_map_filter_prefix(map, prefix.c_str())};
             if (part == nullptr) {
-                told.departs(std::format("{}: NULL for '{}'", name, prefix));
+                result.depart(std::format("{}: NULL for '{}'", name, prefix));
                 continue;
             }
-            const content kept = content_of(part.get());
-            expect_same(told, std::format("{} of '{}'", name, prefix),
-                        without(all, std::not_fn(starts_with(prefix))), kept);
-            // The part is a map of its own.
-            for (const std::string& key : some_keys(kept)) {
+            map_contents expected = contents;
+            std::erase_if(expected,
+                          [&](const text_entry& entry) { return !starts_with(entry.key, prefix); });
+            const map_contents actual = contents_of(part.get());
+            expect_equal(result, std::format("{} of '{}'", name, prefix), expected, actual);
+            // A change of the part must not change the map.
+            for (const std::string& key : sample_keys(actual)) {
                 oru_map_remove(part.get(), key.c_str());
             }
-            expect_same(told, std::format("{} after a change of its part", name), all,
-                        content_of(map));
+            expect_equal(result, std::format("{} after a change of its part", name), contents,
+                         contents_of(map));
         }
     });
 }
 
-void empty(const probed_service& service, verdict& told) {
-    const auto expect = [&](const std::string& about, OruMap* map) {
+void check_empty(const video_service& service, verdict& result) {
+    const auto expect = [&](const std::string& name, OruMap* map) {
         const bool is_empty = oru_map_empty(map) != FALSE;
-        const std::size_t keys = content_of(map).size();
-        told.expect(is_empty == (keys == 0), "{}: {} with {} keys", about,
-                    is_empty ? "TRUE" : "FALSE", keys);
+        const std::size_t keys = contents_of(map).size();
+        result.expect(is_empty == (keys == 0), "{}: {} with {} keys", name,
+                      is_empty ? "TRUE" : "FALSE", keys);
     };
-    for_each_map(service.every_map, [&](const std::string& name, OruMap* map) {
+    for_each_map(service.maps_and_new_map, [&](const std::string& name, OruMap* map) {
         expect(name, map);
-        const std::string none = absent_key(content_of(map));
-        if (const owned_object<OruMap> part{oru_map_filter_prefix(map, none.c_str())};
+        const std::string absent = absent_key(contents_of(map));
+        if (const owned_object<OruMap> part{oru_map_filter_prefix(map, absent.c_str())};
             part != nullptr) {
-            expect(std::format("{} of '{}'", name, none), part.get());
+            expect(std::format("{} of '{}'", name, absent), part.get());
         }
     });
     if (const owned_object<OruMap> map = map_with("key", "text"); map != nullptr) {
@@ -217,47 +240,50 @@ void empty(const probed_service& service, verdict& told) {
     }
 }
 
-// Two answers to one query are two maps, and neither is the service's own.
-void two_maps(const probed_service& service, verdict& told) {
+// A change of one answer changes neither another answer nor the service.
+void check_two_answers(const video_service& service, verdict& result) {
     for (const map_source& source : service.maps) {
-        try_again(told, [&](verdict& now) {
-            const living<OruMap> one = source.ask();
-            const living<OruMap> other = source.ask();
-            if (one.get() == nullptr || other.get() == nullptr) {
+        retry_departure(result, [&](verdict& attempt) {
+            const tracked<OruMap> changed = source.query();
+            const tracked<OruMap> unchanged = source.query();
+            if (changed.get() == nullptr || unchanged.get() == nullptr) {
                 return;
             }
-            const content before = content_of(other.get());
-            const std::string added = absent_key(before);
-            oru_map_set_string(one.get(), added.c_str(), "text");
-            for (const std::string& key : some_keys(before)) {
-                oru_map_remove(one.get(), key.c_str());
+            const map_contents before = contents_of(unchanged.get());
+            const std::string added_key = absent_key(before);
+            oru_map_set_string(changed.get(), added_key.c_str(), "text");
+            for (const std::string& key : sample_keys(before)) {
+                oru_map_remove(changed.get(), key.c_str());
             }
-            expect_same(now, source.name + ", changed in another answer", before,
-                        content_of(other.get()));
-            if (const living<OruMap> third = source.ask(); third.get() != nullptr) {
-                now.expect(oru_map_contains(third.get(), added.c_str()) == FALSE,
-                           "{}: '{}' is in the service, too", source.name, added);
+            expect_equal(attempt, source.name + ", changed in another answer", before,
+                         contents_of(unchanged.get()));
+            if (const tracked<OruMap> third = source.query(); third.get() != nullptr) {
+                attempt.expect(oru_map_contains(third.get(), added_key.c_str()) == FALSE,
+                               "{}: '{}' is in the service, too", source.name, added_key);
             }
         });
     }
 }
 
-constexpr probe_check checks[] = {
-    // These come before anything else is taken out of a map: the service would lack it by then.
-    {"the service after oru_map_remove", service_after_remove},
-    {"the service after oru_map_remove_prefix", service_after_remove_prefix},
-    {"oru_map_new", new_map},
-    {"oru_map_set_string", set_string},
-    {"oru_map_contains", contains},
-    {"oru_map_remove", remove},
-    {"oru_map_remove_prefix", remove_prefix},
-    {"oru_map_filter_prefix", filter_prefix},
-    {"oru_map_empty", empty},
-    {"maps of two queries", two_maps},
+constexpr check checks[] = {
+    // First, because later checks remove entries too: with a faulty library the service would
+    // lack these entries from the start.
+    {"the service after oru_map_remove", check_service_after_remove},
+    {"the service after oru_map_remove_prefix", check_service_after_remove_prefix},
+    {"oru_map_new", check_new},
+    {"oru_map_set_string", check_set_string},
+    {"oru_map_contains", check_contains},
+    {"oru_map_remove", check_remove},
+    {"oru_map_remove_prefix", check_remove_prefix},
+    {"oru_map_filter_prefix", check_filter_prefix},
+    {"oru_map_empty", check_empty},
+    {"maps of two queries", check_two_answers},
 };
 
 }  // namespace
 
-std::span<const probe_check> map_checks() {
+std::span<const check> map_checks() {
     return checks;
 }
+
+}  // namespace probe

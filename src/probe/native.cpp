@@ -1,4 +1,4 @@
-// The native map behind a map: its order, its look-ups, its kinds and its JSON.
+// Checks of the native map behind a map: the order of its keys, look-ups, kinds and JSON.
 #include "video/native.h"
 
 #include <algorithm>
@@ -9,122 +9,134 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
 #include <oru.h>
 
 #include "probe/checks.h"
-#include "probe/content.h"
+#include "probe/map_contents.h"
 #include "snapshot/json_text.h"
-#include "snapshot_tool/other_json.h"
-#include "snapshot_tool/snapshot_writer.h"
 
+namespace probe {
 namespace {
 
-void native_ref(const probed_service& service, verdict& told) {
-    for (const map_source& source : service.every_map) {
-        if (const living<OruMap> map = source.ask(); map.get() != nullptr) {
-            told.expect(oru_map_native_ref(map.get()) != nullptr, "{}: NULL", source.name);
+void check_native_ref(const video_service& service, verdict& result) {
+    for (const map_source& source : service.maps_and_new_map) {
+        if (const tracked<OruMap> map = source.query(); map.get() != nullptr) {
+            result.expect(oru_map_native_ref(map.get()) != nullptr, "{}: NULL", source.name);
         }
     }
 }
 
-void order_of_keys(const probed_service& service, verdict& told) {
-    for_each_map(service.every_map, [&](const std::string& name, OruMap* map) {
+void check_order_of_keys(const video_service& service, verdict& result) {
+    for_each_map(service.maps_and_new_map, [&](const std::string& name, OruMap* map) {
         const std::vector<std::string> keys = native_map(map).keys();
         for (std::size_t i = 1; i < keys.size(); ++i) {
-            told.expect(keys[i - 1] < keys[i], "{}: '{}' before '{}'", name, keys[i - 1], keys[i]);
+            result.expect(keys[i - 1] < keys[i], "{}: '{}' before '{}'", name, keys[i - 1],
+                          keys[i]);
         }
     });
 }
 
-// What is found under a key is what stands there, when it is 16-bit or 32-bit unsigned.
-void look_up(const probed_service& service, verdict& told) {
-    const auto in_words = [](std::uint32_t first, std::uint32_t second) {
+// native_map_get_uint() finds 16-bit and 32-bit unsigned values, and no others.
+void check_look_up(const video_service& service, verdict& result) {
+    // Two defaults, so that a value that equals one is not mistaken for it.
+    const auto look_up = [](OruMap* map, const std::string& key) -> std::string {
+        const std::uint32_t first = native_map_get_uint(map, key.c_str(), 3);
+        const std::uint32_t second = native_map_get_uint(map, key.c_str(), 4);
         return first == 3 && second == 4 ? "the default"
                : first == second         ? std::to_string(first)
                                          : std::format("{}, and {}", first, second);
     };
-    for_each_map(service.every_map, [&](const std::string& name, OruMap* map) {
-        const auto find = [&](const std::string& key) {
-            return in_words(native_map_get_uint(map, key.c_str(), 3),
-                            native_map_get_uint(map, key.c_str(), 4));
-        };
+    for_each_map(service.maps_and_new_map, [&](const std::string& name, OruMap* map) {
         for (const native_entry& entry : entries_of(map)) {
-            if (entry.key.contains('\0')) {
+            if (!is_c_text(entry.key)) {
                 continue;
             }
-            std::string wanted = "the default";
+            std::string expected = "the default";
             if (const auto* narrow = std::get_if<std::uint16_t>(&entry.value)) {
-                wanted = std::to_string(*narrow);
+                expected = std::to_string(*narrow);
             } else if (const auto* wide = std::get_if<std::uint32_t>(&entry.value)) {
-                wanted = std::to_string(*wide);
+                expected = std::to_string(*wide);
             }
-            const std::string got = find(entry.key);
-            told.expect(got == wanted, "{}: '{}': {} for {}", name, entry.key, got,
-                        words_of(entry.value));
+            const std::string actual = look_up(map, entry.key);
+            result.expect(actual == expected, "{}: '{}': {} for {}", name, entry.key, actual,
+                          value_text(entry.value));
         }
-        const std::string absent = absent_key(content_of(map));
-        const std::string got = find(absent);
-        told.expect(got == "the default", "{}: absent '{}': {}", name, absent, got);
+        const std::string absent = absent_key(contents_of(map));
+        const std::string actual = look_up(map, absent);
+        result.expect(actual == "the default", "{}: absent '{}': {}", name, absent, actual);
     });
 }
 
 // --- Kinds --------------------------------------------------------------------------------------
 
-// What a getter gives, unless that is the default.
+// Returns the value that oru_map_get_uint32() reads, or nothing if it returns the default.
 std::optional<std::uint32_t> read_uint32(OruMap* map, const std::string& key) {
     const guint32 first = oru_map_get_uint32(map, key.c_str(), 3);
     const guint32 second = oru_map_get_uint32(map, key.c_str(), 4);
     return first == second ? std::optional<std::uint32_t>(first) : std::nullopt;
 }
 
-// The number as the bus writes it, unless that fails, which is the business of another check.
+// Returns the JSON text that the bus library writes for one value, or nothing if the text is not
+// valid. check_to_json() reports that.
 std::optional<std::string> json_of(const native_map& map, const std::string& key) {
+    native_table table;
+    table.insert("value", map, key);
+    std::string object;
     try {
-        return other_json(map, key);
-    } catch (const not_recordable&) {
+        object = table.to_json();
+    } catch (const std::runtime_error&) {
         return std::nullopt;
     }
+    const auto names = snapshot::member_names(object);
+    if (!names || *names != std::vector<std::string>{"value"}) {
+        return std::nullopt;
+    }
+    constexpr std::string_view blanks = " \t\r\n";
+    const std::size_t begin = object.find_first_not_of(blanks, object.find(':') + 1);
+    const std::size_t end = object.find_last_not_of(blanks, object.rfind('}') - 1) + 1;
+    return object.substr(begin, end - begin);
 }
 
-// A value is of one of the two kinds when it is read as one: by its kind, or by the getter in spite
-// of it. Then its code is that of the kind, and its number is what the bus itself writes.
+// A value of the kind Unsigned has this kind code, and its JSON text is the number. If the getter
+// reads a value that native.cpp does not recognize, the library may use another code for the kind.
 template <class Unsigned>
-void check_code(const probed_service& service, verdict& told, unsigned code) {
-    for_each_map(service.every_map, [&](const std::string& name, OruMap* map) {
+void check_kind_code(const video_service& service, verdict& result, unsigned expected_code) {
+    for_each_map(service.maps_and_new_map, [&](const std::string& name, OruMap* map) {
         const native_map native(map);
         for (const native_entry& entry : native.entries()) {
-            if (entry.key.contains('\0')) {
+            if (!is_c_text(entry.key)) {
                 continue;
             }
-            const unsigned has = native.kind_code(entry.key);
+            const unsigned code = native.kind_code(entry.key);
             if (const auto* number = std::get_if<Unsigned>(&entry.value)) {
-                told.expect(has == code, "{}: '{}': {} has the code {}", name, entry.key,
-                            words_of(entry.value), has);
+                result.expect(code == expected_code, "{}: '{}': {} has the code {}", name,
+                              entry.key, value_text(entry.value), code);
                 if (const auto json = json_of(native, entry.key)) {
-                    told.expect(*json == std::to_string(*number), "{}: '{}': {} is {} in JSON",
-                                name, entry.key, words_of(entry.value), *json);
+                    result.expect(*json == std::to_string(*number), "{}: '{}': {} is {} in JSON",
+                                  name, entry.key, value_text(entry.value), *json);
                 }
             } else if (std::holds_alternative<native_other>(entry.value)) {
-                const auto read = read_uint32(map, entry.key);
-                if (read && *read <= std::numeric_limits<Unsigned>::max()) {
-                    told.departs(
+                const auto value = read_uint32(map, entry.key);
+                if (value && *value <= std::numeric_limits<Unsigned>::max()) {
+                    result.depart(
                         std::format("{}: '{}': oru_map_get_uint32 gives {}, of the code {}", name,
-                                    entry.key, *read, has));
+                                    entry.key, *value, code));
                 }
             }
         }
     });
 }
 
-void code_of_16_bits(const probed_service& service, verdict& told) {
-    check_code<std::uint16_t>(service, told, 7);
+void check_code_of_16_bits(const video_service& service, verdict& result) {
+    check_kind_code<std::uint16_t>(service, result, 7);
 }
 
-void code_of_32_bits(const probed_service& service, verdict& told) {
-    check_code<std::uint32_t>(service, told, 8);
+void check_code_of_32_bits(const video_service& service, verdict& result) {
+    check_kind_code<std::uint32_t>(service, result, 8);
 }
 
 // --- JSON ---------------------------------------------------------------------------------------
@@ -134,46 +146,50 @@ bool has_json_form(const native_entry& entry) {
     return number == nullptr || std::isfinite(*number);
 }
 
-void to_json(const probed_service& service, verdict& told) {
-    for_each_map(service.every_map, [&](const std::string& name, OruMap* map) {
+void check_to_json(const video_service& service, verdict& result) {
+    for_each_map(service.maps_and_new_map, [&](const std::string& name, OruMap* map) {
         const native_map native(map);
-        std::string text;
+        std::string json;
         try {
-            text = native.to_json();
+            json = native.to_json();
         } catch (const std::runtime_error& error) {
-            // JSON has no form for a number that is not finite.
             if (std::ranges::all_of(native.entries(), has_json_form)) {
-                told.departs(std::format("{}: fails: {}", name, error.what()));
+                result.depart(std::format("{}: fails: {}", name, error.what()));
             }
             return;
         }
-        const auto names = member_names(text);
+        const auto names = snapshot::member_names(json);
         if (!names) {
-            told.departs(std::format("{}: no JSON at '{}' of '{}'", name,
-                                     names.error().substr(0, 60), text.substr(0, 60)));
+            result.depart(std::format("{}: no JSON at '{}' of '{}'", name,
+                                      names.error().substr(0, 60), json.substr(0, 60)));
             return;
         }
         const std::vector<std::string> keys = native.keys();
-        const auto [wanted, got] = std::ranges::mismatch(keys, *names);
-        if (wanted == keys.end() && got == names->end()) {
-            told.is_right();
+        const auto [key, member] = std::ranges::mismatch(keys, *names);
+        if (key == keys.end() && member == names->end()) {
+            result.pass();
         } else {
-            told.departs(std::format("{}: member {} is {}, the key {}", name,
-                                     wanted - keys.begin() + 1,
-                                     got != names->end() ? '\'' + *got + '\'' : "none",
-                                     wanted != keys.end() ? '\'' + *wanted + '\'' : "none"));
+            result.depart(std::format("{}: member {} is {}, the key {}", name,
+                                      key - keys.begin() + 1,
+                                      member != names->end() ? '\'' + *member + '\'' : "none",
+                                      key != keys.end() ? '\'' + *key + '\'' : "none"));
         }
     });
 }
 
-constexpr probe_check checks[] = {
-    {"oru_map_native_ref", native_ref},        {"order of native keys", order_of_keys},
-    {"look-up in the native map", look_up},    {"kind code of 16 bits", code_of_16_bits},
-    {"kind code of 32 bits", code_of_32_bits}, {"to_json", to_json},
+constexpr check checks[] = {
+    {"oru_map_native_ref", check_native_ref},
+    {"order of native keys", check_order_of_keys},
+    {"look-up in the native map", check_look_up},
+    {"kind code of 16 bits", check_code_of_16_bits},
+    {"kind code of 32 bits", check_code_of_32_bits},
+    {"to_json", check_to_json},
 };
 
 }  // namespace
 
-std::span<const probe_check> native_checks() {
+std::span<const check> native_checks() {
     return checks;
 }
+
+}  // namespace probe

@@ -1,6 +1,7 @@
-// What the service hands out: ids, and how long things live.
+// Checks of the service's objects and lists: ids, and references.
 #include <cstdint>
 #include <format>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -9,222 +10,229 @@
 #include <oru.h>
 
 #include "probe/checks.h"
-#include "probe/content.h"
+#include "probe/map_contents.h"
 
+namespace probe {
 namespace {
 
-// --- What an object answers ---------------------------------------------------------------------
+// --- Descriptions -------------------------------------------------------------------------------
 //
-// Told by its id and by the keys of its maps, which stay as they are while values change.
+// An object is recognized by its id and by the keys of its maps. Values may change at any time.
 
-std::string keys_in(const char* part, OruMap* asked) {
-    const owned_object<OruMap> map{asked};
+// `map` is taken over, and may be NULL.
+std::string describe_keys(const char* map_name, OruMap* map) {
+    const owned_object<OruMap> owner{map};
     if (map == nullptr) {
-        return std::format(", no {}", part);
+        return std::format(", no {}", map_name);
     }
-    std::string text = std::format(", {} with", part);
-    for (const worded_entry& entry : content_of(map.get())) {
+    std::string text = std::format(", {} with", map_name);
+    for (const text_entry& entry : contents_of(map)) {
         text += std::format(" '{}'", entry.key);
     }
     return text;
 }
 
-std::string answers_of(OruStream* stream) {
+std::string describe(OruStream* stream) {
     return std::format("stream {}", oru_stream_get_id(stream)) +
-           keys_in("info", oru_stream_get_info(stream, nullptr)) +
-           keys_in("settings", oru_stream_get_settings(stream, nullptr)) +
-           keys_in("debug", oru_stream_get_debug(stream, nullptr));
+           describe_keys("info", oru_stream_get_info(stream, nullptr)) +
+           describe_keys("settings", oru_stream_get_settings(stream, nullptr)) +
+           describe_keys("debug", oru_stream_get_debug(stream, nullptr));
 }
 
-std::string answers_of(OruChannel* channel) {
+std::string describe(OruChannel* channel) {
     return std::format("channel {}", oru_channel_get_id(channel)) +
-           keys_in("info", oru_channel_get_info(channel, nullptr));
+           describe_keys("info", oru_channel_get_info(channel, nullptr));
 }
 
-std::string answers_of(OruInput* input) {
-    return "input" + keys_in("info", oru_input_get_info(input, nullptr));
+std::string describe(OruInput* input) {
+    return "input" + describe_keys("info", oru_input_get_info(input, nullptr));
 }
 
-std::string answers_of(OruOutput* output) {
-    return "output" + keys_in("info", oru_output_get_info(output, nullptr)) +
-           keys_in("settings", oru_output_get_settings(output, nullptr));
+std::string describe(OruOutput* output) {
+    return "output" + describe_keys("info", oru_output_get_info(output, nullptr)) +
+           describe_keys("settings", oru_output_get_settings(output, nullptr));
 }
 
-std::string answers_of(OruSystem* system) {
-    return "system" + keys_in("caps", oru_system_get_caps(system, nullptr));
+std::string describe(OruSystem* system) {
+    return "system" + describe_keys("caps", oru_system_get_caps(system, nullptr));
 }
 
-std::string answers_of(OruMode* mode) {
-    return "mode" + keys_in("info", oru_mode_get_info(mode, nullptr));
+std::string describe(OruMode* mode) {
+    return "mode" + describe_keys("info", oru_mode_get_info(mode, nullptr));
 }
 
-std::string answers_of(OruMap* map) {
+std::string describe(OruMap* map) {
     std::string text = "map";
-    for (const auto& [key, value] : content_of(map)) {
+    for (const auto& [key, value] : contents_of(map)) {
         text += std::format(", '{}': {}", key, value);
     }
     return text;
 }
 
 template <class Object>
-std::vector<std::string> answers_of_all(const std::vector<living<Object>>& all) {
-    std::vector<std::string> answers;
-    answers.reserve(all.size());
-    for (const living<Object>& object : all) {
-        answers.push_back(answers_of(object.get()));
+std::vector<std::string> describe_all(const std::vector<tracked<Object>>& objects) {
+    std::vector<std::string> descriptions;
+    descriptions.reserve(objects.size());
+    for (const tracked<Object>& object : objects) {
+        descriptions.push_back(describe(object.get()));
     }
-    return answers;
+    return descriptions;
 }
 
-// Whether the object is still there and answers as it did.
+// The object still exists and has the description that it had before.
 template <class Object>
-void expect_alive(verdict& told, const std::string& about, const living<Object>& object,
+void expect_alive(verdict& result, const std::string& name, const tracked<Object>& object,
                   const std::string& before) {
     if (object.get() == nullptr) {
-        told.departs(about + ": gone");
+        result.depart(name + ": gone");
         return;
     }
-    const std::string after = answers_of(object.get());
-    told.expect(after == before, "{}: {}; before: {}", about, after, before);
+    const std::string after = describe(object.get());
+    result.expect(after == before, "{}: {}; before: {}", name, after, before);
 }
 
-// --- The checks ---------------------------------------------------------------------------------
+// --- Ids ----------------------------------------------------------------------------------------
 
-// An object's id is always the same one. Two have none in common, but that of streams without one.
+// An object keeps its id, and no two objects have the same id. `shared_id` is an exception that
+// several objects may have.
 template <class Object>
-void check_ids(const std::vector<named<Object>>& all, guint32 (*id)(Object*),
-               std::optional<guint32> shared, verdict& told) {
+void check_ids(const std::vector<named_object<Object>>& objects, guint32 (*get_id)(Object*),
+               std::optional<guint32> shared_id, verdict& result) {
     std::set<guint32> ids;
-    for (const auto& [name, object] : all) {
+    for (const auto& [name, object] : objects) {
         if (object.get() == nullptr) {
             continue;
         }
-        const guint32 first = id(object.get());
-        const guint32 second = id(object.get());
-        told.expect(first == second, "{}, and then {}", first, second);
-        told.expect(first == shared || ids.insert(first).second, "two have the id {}", first);
+        const guint32 first = get_id(object.get());
+        const guint32 second = get_id(object.get());
+        result.expect(first == second, "{}, and then {}", first, second);
+        result.expect(first == shared_id || ids.insert(first).second, "two have the id {}", first);
     }
 }
 
-void stream_ids(const probed_service& service, verdict& told) {
-    check_ids(service.streams, oru_stream_get_id, 0, told);
+void check_stream_ids(const video_service& service, verdict& result) {
+    check_ids(service.streams, oru_stream_get_id, 0, result);
 }
 
-void channel_ids(const probed_service& service, verdict& told) {
-    check_ids(service.channels, oru_channel_get_id, std::nullopt, told);
+void check_channel_ids(const video_service& service, verdict& result) {
+    check_ids(service.channels, oru_channel_get_id, std::nullopt, result);
 }
 
-// A service that does have an input of that number has none of the one before.
-void no_such_input(const probed_service&, verdict& told) {
-    for (const std::uint32_t number : {no_input, no_input - 1}) {
-        if (const living<OruInput> input{oru_input_new(number, nullptr)}; input.get() == nullptr) {
-            told.is_right();
+// A service may have an input with the highest number, but not one with the next lower number too.
+void check_absent_input(const video_service&, verdict& result) {
+    for (const std::uint32_t number : {absent_input, absent_input - 1}) {
+        if (const tracked<OruInput> input{oru_input_new(number, nullptr)}; input.get() == nullptr) {
+            result.pass();
             return;
         }
     }
-    told.departs(std::format("there are the inputs {} and {}", no_input, no_input - 1));
+    result.depart(std::format("there are the inputs {} and {}", absent_input, absent_input - 1));
 }
 
-// Of two answers, one is given back.
-template <class Object, class Ask>
-void check_two(verdict& told, const std::string& name, const Ask& ask) {
-    try_again(told, [&](verdict& now) {
-        living<Object> one{ask()};
-        const living<Object> other{ask()};
-        if (one.get() == nullptr || other.get() == nullptr) {
+// --- References ---------------------------------------------------------------------------------
+
+// Of two answers to one query, the second survives the release of the first.
+template <class Object, class Query>
+void check_two_answers(verdict& result, const std::string& name, const Query& query) {
+    retry_departure(result, [&](verdict& attempt) {
+        tracked<Object> first{query()};
+        const tracked<Object> second{query()};
+        if (first.get() == nullptr || second.get() == nullptr) {
             return;
         }
-        const std::string before = answers_of(other.get());
-        one.release();
-        expect_alive(now, name, other, before);
+        const std::string before = describe(second.get());
+        first.release();
+        expect_alive(attempt, name, second, before);
     });
 }
 
-void two_objects(const probed_service& service, verdict& told) {
-    check_two<OruSystem>(told, "system", [] { return oru_system_new(nullptr); });
-    check_two<OruMode>(told, "mode", [] { return oru_mode_new(nullptr); });
-    check_two<OruOutput>(told, "output", [] { return oru_output_new(0, nullptr); });
+void check_two_objects(const video_service& service, verdict& result) {
+    check_two_answers<OruSystem>(result, "system", [] { return oru_system_new(nullptr); });
+    check_two_answers<OruMode>(result, "mode", [] { return oru_mode_new(nullptr); });
+    check_two_answers<OruOutput>(result, "output", [] { return oru_output_new(0, nullptr); });
     for (const std::uint32_t number : service.input_numbers) {
-        check_two<OruInput>(told, std::format("input {}", number),
-                            [&] { return oru_input_new(number, nullptr); });
+        check_two_answers<OruInput>(result, std::format("input {}", number),
+                                    [&] { return oru_input_new(number, nullptr); });
     }
 }
 
-void two_maps(const probed_service& service, verdict& told) {
+void check_two_maps(const video_service& service, verdict& result) {
     for (const map_source& source : service.maps) {
-        check_two<OruMap>(told, source.name, source.ask);
+        check_two_answers<OruMap>(result, source.name, source.query);
     }
 }
 
 template <class Object>
-void check_two_lists(verdict& told, GList* (*ask)(GError**)) {
-    try_again(told, [&](verdict& now) {
-        living_list one = watch(ask(nullptr));
-        GList* second = ask(nullptr);
-        if (one == nullptr || second == nullptr) {
+void check_two_lists_of(verdict& result, GList* (*query)(GError**)) {
+    retry_departure(result, [&](verdict& attempt) {
+        tracked_list first = track(query(nullptr));
+        GList* second = query(nullptr);
+        if (first == nullptr || second == nullptr) {
             release_object_list()(second);
             return;
         }
-        if (one.get() == second) {
-            now.departs("both are one list");
+        if (first.get() == second) {
+            attempt.depart("both are one list");
             return;
         }
-        const living_list other = watch(second);
-        const std::vector<std::string> before = answers_of_all(elements_of<Object>(other.get()));
-        one.reset();
-        std::size_t at = 0;
-        for (GList* link = other.get(); link != nullptr && at < before.size(); link = link->next) {
+        const tracked_list second_owner = track(second);
+        const std::vector<std::string> before = describe_all(elements_of<Object>(second));
+        first.reset();
+        const GList* link = second;
+        for (const std::string& description : before) {
             if (link->data == nullptr) {
-                now.departs("gone, which was: " + before[at++]);
-                continue;
+                attempt.depart("gone, which was: " + description);
+            } else {
+                const std::string after = describe(object_in<Object>(link));
+                attempt.expect(after == description, "{}; before: {}", after, description);
             }
-            const std::string after = answers_of(object_in<Object>(link));
-            now.expect(after == before[at], "{}; before: {}", after, before[at]);
-            ++at;
+            link = link->next;
         }
     });
 }
 
-void two_lists(const probed_service&, verdict& told) {
-    check_two_lists<OruStream>(told, oru_stream_get_all);
-    check_two_lists<OruChannel>(told, oru_channel_get_all);
+void check_two_lists(const video_service&, verdict& result) {
+    check_two_lists_of<OruStream>(result, oru_stream_get_all);
+    check_two_lists_of<OruChannel>(result, oru_channel_get_all);
 }
 
-// An element of a list that is given back is held on to.
+// An element with a reference of the caller's own survives the release of its list.
 template <class Object>
-void check_held(verdict& told, GList* (*ask)(GError**)) {
-    try_again(told, [&](verdict& now) {
-        living_list list = watch(ask(nullptr));
-        std::vector<living<Object>> held = elements_of<Object>(list.get());
-        const std::vector<std::string> before = answers_of_all(held);
+void check_elements_without_list(verdict& result, GList* (*query)(GError**)) {
+    retry_departure(result, [&](verdict& attempt) {
+        tracked_list list = track(query(nullptr));
+        const std::vector<tracked<Object>> elements = elements_of<Object>(list.get());
+        const std::vector<std::string> before = describe_all(elements);
         list.reset();
-        for (std::size_t i = 0; i < held.size(); ++i) {
-            expect_alive(now, std::format("element {}", i + 1), held[i], before[i]);
+        for (std::size_t i = 0; i < elements.size(); ++i) {
+            expect_alive(attempt, std::format("element {}", i + 1), elements[i], before[i]);
         }
     });
 }
 
-void held_streams(const probed_service&, verdict& told) {
-    check_held<OruStream>(told, oru_stream_get_all);
+void check_streams_without_list(const video_service&, verdict& result) {
+    check_elements_without_list<OruStream>(result, oru_stream_get_all);
 }
 
-void held_channels(const probed_service&, verdict& told) {
-    check_held<OruChannel>(told, oru_channel_get_all);
+void check_channels_without_list(const video_service&, verdict& result) {
+    check_elements_without_list<OruChannel>(result, oru_channel_get_all);
 }
 
-constexpr probe_check checks[] = {
-    {"oru_stream_get_id", stream_ids},
-    {"oru_channel_get_id", channel_ids},
-    {"an input that does not exist", no_such_input},
-    {"one of two objects released", two_objects},
-    {"one of two maps released", two_maps},
-    {"one of two lists released", two_lists},
-    {"a stream held without its list", held_streams},
-    {"a channel held without its list", held_channels},
+constexpr check checks[] = {
+    {"oru_stream_get_id", check_stream_ids},
+    {"oru_channel_get_id", check_channel_ids},
+    {"an input that does not exist", check_absent_input},
+    {"one of two objects released", check_two_objects},
+    {"one of two maps released", check_two_maps},
+    {"one of two lists released", check_two_lists},
+    {"a stream held without its list", check_streams_without_list},
+    {"a channel held without its list", check_channels_without_list},
 };
 
 }  // namespace
 
-std::span<const probe_check> object_checks() {
+std::span<const check> object_checks() {
     return checks;
 }
+
+}  // namespace probe

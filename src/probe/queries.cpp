@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <format>
 #include <memory>
 #include <set>
 #include <string_view>
@@ -10,41 +11,47 @@
 
 #include <oru.h>
 
-#include "video/error_message.h"
+#include "video/owned.h"
 
+namespace probe {
 namespace {
 
-// A query while it is tried.
-class tried_query {
+// --- One query ----------------------------------------------------------------------------------
+
+// Runs one query on several objects, each time with a place for an error and then without. `name`
+// is that of the object, and empty if there is only one.
+class query_checker {
   public:
-    tried_query(query_verdict& told, std::optional<std::string>& first_failure)
-        : told_(told), first_failure_(first_failure) {}
+    query_checker(query_verdict& result, std::optional<std::string>& first_failure)
+        : result_(result), first_failure_(first_failure) {}
 
-    // `ask` passes an error on and gives what Owner takes over. An empty list is NULL and no
-    // failure.
-    template <class Owner, class Ask>
-    void gives(std::string_view about, const Ask& ask);
+    // Checks query(error), which returns what an Owner takes over. A tracked_list may be empty.
+    template <class Owner, class Query>
+    void check_returns(const std::string& name, const Query& query);
 
-    // `ask` also passes on the places of so many numbers, and gives TRUE or FALSE.
-    template <std::size_t Count, class Ask>
-    void fills(std::string_view about, const Ask& ask);
+    // Checks query(out..., error), which writes `Count` numbers and returns TRUE or FALSE.
+    template <std::size_t Count, class Query>
+    void check_writes(const std::string& name, const Query& query);
 
   private:
-    // One answer, with an error asked for. Returns whether the query failed.
-    void judge(query_verdict& now, std::string_view about, bool answered, bool may_be_nothing,
-               const GError* error);
+    void check_error(query_verdict& attempt, std::string_view prefix, bool has_answer,
+                     bool may_be_empty, const GError* error);
 
-    query_verdict& told_;
+    query_verdict& result_;
     std::optional<std::string>& first_failure_;
 };
 
-void tried_query::judge(query_verdict& now, std::string_view about, bool answered,
-                        bool may_be_nothing, const GError* error) {
+std::string prefix_for(const std::string& name) {
+    return name.empty() ? "" : name + ": ";
+}
+
+void query_checker::check_error(query_verdict& attempt, std::string_view prefix, bool has_answer,
+                                bool may_be_empty, const GError* error) {
     if (error == nullptr) {
-        if (answered || may_be_nothing) {
-            now.answering.is_right();
+        if (has_answer || may_be_empty) {
+            attempt.answering.pass();
         } else {
-            now.failing.departs(std::format("{}no answer, and no error", about));
+            attempt.failing.depart(std::format("{}no answer, and no error", prefix));
         }
         return;
     }
@@ -52,79 +59,80 @@ void tried_query::judge(query_verdict& now, std::string_view about, bool answere
     if (!first_failure_) {
         first_failure_ = message != nullptr ? message : "";
     }
-    if (answered) {
-        now.answering.departs(std::format("{}an answer, and the error '{}'", about,
-                                          message != nullptr ? message : ""));
+    if (has_answer) {
+        attempt.answering.depart(std::format("{}an answer, and the error '{}'", prefix,
+                                             message != nullptr ? message : ""));
     } else {
-        now.failing.expect(message != nullptr, "{}an error without a message", about);
+        attempt.failing.expect(message != nullptr, "{}an error without a message", prefix);
     }
 }
 
-void compare(query_verdict& now, std::string_view about, bool with, bool without) {
-    if (with && !without) {
-        now.answering.departs(
-            std::format("{}an answer, but none when no error is asked for", about));
-    } else if (!with && without) {
-        now.failing.departs(std::format("{}a failure, but none when no error is asked for", about));
+void expect_same(query_verdict& attempt, std::string_view prefix, bool has_answer,
+                 bool has_answer_without_error) {
+    if (has_answer && !has_answer_without_error) {
+        attempt.answering.depart(
+            std::format("{}an answer, but none when no error is asked for", prefix));
+    } else if (!has_answer && has_answer_without_error) {
+        attempt.failing.depart(
+            std::format("{}a failure, but none when no error is asked for", prefix));
     }
 }
 
-std::string prefix(std::string_view about) {
-    return about.empty() ? "" : std::format("{}: ", about);
-}
-
-template <class Owner, class Ask>
-void tried_query::gives(std::string_view subject, const Ask& ask) {
-    constexpr bool is_list = std::is_same_v<Owner, living_list>;
-    const std::string about = prefix(subject);
-    try_again(told_, [&](query_verdict& now) {
-        const auto take = [&](GError** error) {
+template <class Owner, class Query>
+void query_checker::check_returns(const std::string& name, const Query& query) {
+    constexpr bool is_list = std::is_same_v<Owner, tracked_list>;
+    const std::string prefix = prefix_for(name);
+    retry_departure(result_, [&](query_verdict& attempt) {
+        const auto run = [&](GError** error) {
             if constexpr (is_list) {
-                return watch(ask(error));
+                return track(query(error));
             } else {
-                return Owner{ask(error)};
+                return Owner{query(error)};
             }
         };
         owned_error error;
-        bool with = false;
+        bool has_answer = false;
         {
-            const Owner answer = take(std::out_ptr(error));
-            with = answer.get() != nullptr;
+            const Owner answer = run(std::out_ptr(error));
+            has_answer = answer.get() != nullptr;
             if constexpr (is_list) {
                 for (const GList* link = answer.get(); link != nullptr; link = link->next) {
-                    now.answering.expect(link->data != nullptr, "{}an element that is NULL", about);
+                    attempt.answering.expect(link->data != nullptr, "{}an element that is NULL",
+                                             prefix);
                 }
             }
         }
-        judge(now, about, with, is_list, error.get());
-        const Owner answer = take(nullptr);
-        compare(now, about, with, answer.get() != nullptr);
+        check_error(attempt, prefix, has_answer, is_list, error.get());
+        const Owner answer = run(nullptr);
+        expect_same(attempt, prefix, has_answer, answer.get() != nullptr);
     });
 }
 
-template <std::size_t Count, class Ask>
-void tried_query::fills(std::string_view subject, const Ask& ask) {
-    const std::string about = prefix(subject);
-    try_again(told_, [&](query_verdict& now) {
-        // A place that holds what it held before in both was not filled.
+template <std::size_t Count, class Query>
+void query_checker::check_writes(const std::string& name, const Query& query) {
+    const std::string prefix = prefix_for(name);
+    retry_departure(result_, [&](query_verdict& attempt) {
+        // A number that keeps its initial value in both calls was not written.
+        constexpr guint32 first_initial = 0xa5a5a5a5;
+        constexpr guint32 second_initial = 0x5a5a5a5a;
         std::array<guint32, Count> first;
         std::array<guint32, Count> second;
-        first.fill(0xa5a5a5a5);
-        second.fill(0x5a5a5a5a);
-        const auto fill = [&](std::array<guint32, Count>& places, GError** error) {
-            return std::apply([&](auto&... place) { return ask(&place..., error); }, places) !=
+        first.fill(first_initial);
+        second.fill(second_initial);
+        const auto run = [&](std::array<guint32, Count>& numbers, GError** error) {
+            return std::apply([&](auto&... number) { return query(&number..., error); }, numbers) !=
                    FALSE;
         };
         owned_error error;
-        const bool with = fill(first, std::out_ptr(error));
-        judge(now, about, with, false, error.get());
-        const bool without = fill(second, nullptr);
-        compare(now, about, with, without);
-        if (with && without) {
+        const bool has_answer = run(first, std::out_ptr(error));
+        check_error(attempt, prefix, has_answer, false, error.get());
+        const bool has_answer_without_error = run(second, nullptr);
+        expect_same(attempt, prefix, has_answer, has_answer_without_error);
+        if (has_answer && has_answer_without_error) {
             for (std::size_t i = 0; i < Count; ++i) {
-                now.answering.expect(first[i] != 0xa5a5a5a5 || second[i] != 0x5a5a5a5a,
-                                     "{}TRUE, and number {} of {} not filled in", about, i + 1,
-                                     Count);
+                attempt.answering.expect(first[i] != first_initial || second[i] != second_initial,
+                                         "{}TRUE, and number {} of {} not filled in", prefix, i + 1,
+                                         Count);
             }
         }
     });
@@ -132,152 +140,153 @@ void tried_query::fills(std::string_view subject, const Ask& ask) {
 
 // --- The queries --------------------------------------------------------------------------------
 
-using map = owned_object<OruMap>;
+using owned_map = owned_object<OruMap>;
 
-// The map that an object gives.
 template <class Object>
-void map_of(tried_query& query, const std::string& name, const living<Object>& object,
-            OruMap* (*ask)(Object*, GError**)) {
-    if (Object* asked = object.get(); asked != nullptr) {
-        query.gives<map>(name, [&](GError** error) { return ask(asked, error); });
+void check_map(query_checker& checker, const std::string& name, const tracked<Object>& owner,
+               OruMap* (*get)(Object*, GError**)) {
+    if (Object* object = owner.get(); object != nullptr) {
+        checker.check_returns<owned_map>(name, [&](GError** error) { return get(object, error); });
     }
 }
 
 template <class Object>
-void map_of_each(tried_query& query, const std::vector<named<Object>>& all,
-                 OruMap* (*ask)(Object*, GError**)) {
-    for (const auto& [name, object] : all) {
-        map_of(query, name, object, ask);
+void check_maps(query_checker& checker, const std::vector<named_object<Object>>& objects,
+                OruMap* (*get)(Object*, GError**)) {
+    for (const auto& [name, object] : objects) {
+        check_map(checker, name, object, get);
     }
 }
 
-// The numbers that an object gives.
-template <std::size_t Count, class Object, class Ask>
-void numbers_of_each(tried_query& query, const std::vector<named<Object>>& all, const Ask& ask) {
-    for (const auto& [name, object] : all) {
-        if (Object* asked = object.get(); asked != nullptr) {
-            query.fills<Count>(name, [&](auto... out) { return ask(asked, out...); });
+template <std::size_t Count, class Object, class Get>
+void check_numbers(query_checker& checker, const std::vector<named_object<Object>>& objects,
+                   const Get& get) {
+    for (const auto& [name, owner] : objects) {
+        if (Object* object = owner.get(); object != nullptr) {
+            checker.check_writes<Count>(name, [&](auto... out) { return get(object, out...); });
         }
     }
 }
 
-using service = probed_service;
-
-void system_new(const service&, tried_query& query) {
-    query.gives<living<OruSystem>>("", oru_system_new);
+void system_new(const video_service&, query_checker& checker) {
+    checker.check_returns<tracked<OruSystem>>("", oru_system_new);
 }
-void system_get_caps(const service& has, tried_query& query) {
-    map_of(query, "", has.system, oru_system_get_caps);
+void system_get_caps(const video_service& service, query_checker& checker) {
+    check_map(checker, "", service.system, oru_system_get_caps);
 }
-void mode_new(const service&, tried_query& query) {
-    query.gives<living<OruMode>>("", oru_mode_new);
+void mode_new(const video_service&, query_checker& checker) {
+    checker.check_returns<tracked<OruMode>>("", oru_mode_new);
 }
-void mode_get_info(const service& has, tried_query& query) {
-    map_of(query, "", has.mode, oru_mode_get_info);
+void mode_get_info(const video_service& service, query_checker& checker) {
+    check_map(checker, "", service.mode, oru_mode_get_info);
 }
-void stream_get_all(const service&, tried_query& query) {
-    query.gives<living_list>("", oru_stream_get_all);
+void stream_get_all(const video_service&, query_checker& checker) {
+    checker.check_returns<tracked_list>("", oru_stream_get_all);
 }
-void stream_get_info(const service& has, tried_query& query) {
-    map_of_each(query, has.streams, oru_stream_get_info);
+void stream_get_info(const video_service& service, query_checker& checker) {
+    check_maps(checker, service.streams, oru_stream_get_info);
 }
-void stream_get_settings(const service& has, tried_query& query) {
-    map_of_each(query, has.streams, oru_stream_get_settings);
+void stream_get_settings(const video_service& service, query_checker& checker) {
+    check_maps(checker, service.streams, oru_stream_get_settings);
 }
-void stream_get_debug(const service& has, tried_query& query) {
-    map_of_each(query, has.streams, oru_stream_get_debug);
+void stream_get_debug(const video_service& service, query_checker& checker) {
+    check_maps(checker, service.streams, oru_stream_get_debug);
 }
-void stream_get_debug_of_all(const service&, tried_query& query) {
-    query.gives<map>("", [](GError** error) { return oru_stream_get_debug(nullptr, error); });
+void stream_get_debug_of_service(const video_service&, query_checker& checker) {
+    checker.check_returns<owned_map>(
+        "", [](GError** error) { return oru_stream_get_debug(nullptr, error); });
 }
-void stream_get_quota(const service&, tried_query& query) {
-    query.gives<map>("", oru_stream_get_quota);
+void stream_get_quota(const video_service&, query_checker& checker) {
+    checker.check_returns<owned_map>("", oru_stream_get_quota);
 }
-void stream_get_limit(const service&, tried_query& query) {
-    query.gives<map>("", oru_stream_get_limit);
+void stream_get_limit(const video_service&, query_checker& checker) {
+    checker.check_returns<owned_map>("", oru_stream_get_limit);
 }
-void channel_get_all(const service&, tried_query& query) {
-    query.gives<living_list>("", oru_channel_get_all);
+void channel_get_all(const video_service&, query_checker& checker) {
+    checker.check_returns<tracked_list>("", oru_channel_get_all);
 }
-void channel_get_filtered(const service&, tried_query& query) {
-    if (const map filter = map_with("key", "input"); filter != nullptr) {
-        query.gives<living_list>(
+void channel_get_filtered(const video_service&, query_checker& checker) {
+    if (const owned_map filter = map_with("key", "input"); filter != nullptr) {
+        checker.check_returns<tracked_list>(
             "", [&](GError** error) { return oru_channel_get_filtered(filter.get(), error); });
     }
 }
-void channel_get_info(const service& has, tried_query& query) {
-    map_of_each(query, has.channels, oru_channel_get_info);
+void channel_get_info(const video_service& service, query_checker& checker) {
+    check_maps(checker, service.channels, oru_channel_get_info);
 }
-void channel_get_info_of_all(const service&, tried_query& query) {
-    query.gives<map>("", [](GError** error) { return oru_channel_get_info(nullptr, error); });
+void channel_get_info_of_service(const video_service&, query_checker& checker) {
+    checker.check_returns<owned_map>(
+        "", [](GError** error) { return oru_channel_get_info(nullptr, error); });
 }
-void channel_get_resolutions(const service& has, tried_query& query) {
-    const map filter = map_with("select", "available");
+void channel_get_resolutions(const video_service& service, query_checker& checker) {
+    const owned_map filter = map_with("select", "available");
     if (filter == nullptr) {
         return;
     }
-    for (const auto& [name, channel] : has.channels) {
-        if (OruChannel* asked = channel.get(); asked != nullptr) {
-            query.gives<owned_block>(name, [&](GError** error) {
-                return oru_channel_get_resolutions(asked, filter.get(), error);
+    for (const auto& [name, owner] : service.channels) {
+        if (OruChannel* channel = owner.get(); channel != nullptr) {
+            checker.check_returns<owned_block>(name, [&](GError** error) {
+                return oru_channel_get_resolutions(channel, filter.get(), error);
             });
         }
     }
 }
-void channel_get_crop(const service& has, tried_query& query) {
-    numbers_of_each<4>(query, has.channels, oru_channel_get_crop);
+void channel_get_crop(const video_service& service, query_checker& checker) {
+    check_numbers<4>(checker, service.channels, oru_channel_get_crop);
 }
-void channel_get_crop_max(const service& has, tried_query& query) {
-    numbers_of_each<2>(query, has.channels, oru_channel_get_crop_max);
+void channel_get_crop_max(const video_service& service, query_checker& checker) {
+    check_numbers<2>(checker, service.channels, oru_channel_get_crop_max);
 }
-void input_new(const service& has, tried_query& query) {
-    std::set<std::uint32_t> numbers = has.input_numbers;
-    numbers.insert(no_input);
+void input_new(const video_service& service, query_checker& checker) {
+    std::set<std::uint32_t> numbers = service.input_numbers;
+    numbers.insert(absent_input);
     for (const std::uint32_t number : numbers) {
-        query.gives<living<OruInput>>(std::format("input {}", number),
-                                      [&](GError** error) { return oru_input_new(number, error); });
+        checker.check_returns<tracked<OruInput>>(
+            std::format("input {}", number),
+            [&](GError** error) { return oru_input_new(number, error); });
     }
 }
-void input_get_info(const service& has, tried_query& query) {
-    map_of_each(query, has.inputs, oru_input_get_info);
+void input_get_info(const video_service& service, query_checker& checker) {
+    check_maps(checker, service.inputs, oru_input_get_info);
 }
-void input_get_crop(const service& has, tried_query& query) {
-    numbers_of_each<4>(query, has.inputs, oru_input_get_crop);
+void input_get_crop(const video_service& service, query_checker& checker) {
+    check_numbers<4>(checker, service.inputs, oru_input_get_crop);
 }
-void input_get_resolution_unrotated(const service& has, tried_query& query) {
-    numbers_of_each<2>(query, has.inputs, [](OruInput* input, auto... out) {
+void input_get_resolution_unrotated(const video_service& service, query_checker& checker) {
+    check_numbers<2>(checker, service.inputs, [](OruInput* input, auto... out) {
         return oru_input_get_resolution_unrotated(input, "capture", out...);
     });
 }
-void output_new(const service&, tried_query& query) {
-    query.gives<living<OruOutput>>("", [](GError** error) { return oru_output_new(0, error); });
+void output_new(const video_service&, query_checker& checker) {
+    checker.check_returns<tracked<OruOutput>>(
+        "", [](GError** error) { return oru_output_new(0, error); });
 }
-void output_get_info(const service& has, tried_query& query) {
-    map_of(query, "", has.output, oru_output_get_info);
+void output_get_info(const video_service& service, query_checker& checker) {
+    check_map(checker, "", service.output, oru_output_get_info);
 }
-void output_get_settings(const service& has, tried_query& query) {
-    map_of(query, "", has.output, oru_output_get_settings);
+void output_get_settings(const video_service& service, query_checker& checker) {
+    check_map(checker, "", service.output, oru_output_get_settings);
 }
 
 struct query {
     const char* name;
-    void (*run)(const service& has, tried_query& query);
+    void (*check)(const video_service& service, query_checker& checker);
 };
 
-// In the order in which `record` asks them.
+// In the order in which `oru-snapshot record` runs them.
 constexpr query queries[] = {
     {"oru_system_new", system_new},
     {"oru_system_get_caps", system_get_caps},
     {"oru_mode_new", mode_new},
     {"oru_mode_get_info", mode_get_info},
-    {"oru_stream_get_debug of the service", stream_get_debug_of_all},
+    {"oru_stream_get_debug of the service", stream_get_debug_of_service},
     {"oru_stream_get_quota", stream_get_quota},
     {"oru_stream_get_limit", stream_get_limit},
     {"oru_stream_get_all", stream_get_all},
     {"oru_stream_get_info", stream_get_info},
     {"oru_stream_get_settings", stream_get_settings},
     {"oru_stream_get_debug", stream_get_debug},
-    {"oru_channel_get_info of all channels", channel_get_info_of_all},
+    {"oru_channel_get_info of all channels", channel_get_info_of_service},
     {"oru_channel_get_all", channel_get_all},
     {"oru_channel_get_filtered", channel_get_filtered},
     {"oru_channel_get_info", channel_get_info},
@@ -304,17 +313,19 @@ bool query_verdict::has_departed() const {
     return answering.has_departed() || failing.has_departed();
 }
 
-bool query_verdict::is_ok() const {
-    return !has_departed() && (answering.is_ok() || failing.is_ok());
+bool query_verdict::has_passed() const {
+    return !has_departed() && (answering.has_passed() || failing.has_passed());
 }
 
-query_verdicts probe_queries(const probed_service& has) {
-    query_verdicts found;
-    for (const query& asked : queries) {
-        query_verdict told{.name = asked.name, .answering = {}, .failing = {}};
-        tried_query trying(told, found.first_failure);
-        asked.run(has, trying);
-        found.all.push_back(told);
+query_verdicts check_queries(const video_service& service) {
+    query_verdicts results;
+    for (const query& query : queries) {
+        query_verdict result{.name = query.name};
+        query_checker checker(result, results.first_failure);
+        query.check(service, checker);
+        results.all.push_back(result);
     }
-    return found;
+    return results;
 }
+
+}  // namespace probe

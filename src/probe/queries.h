@@ -1,4 +1,4 @@
-// How each query of the service answers and fails.
+// Checks of the queries: how each answers and how it fails.
 #pragma once
 
 #include <optional>
@@ -8,18 +8,19 @@
 #include "probe/service.h"
 #include "probe/verdict.h"
 
-// What a query was found to do: one that answers gives something and leaves the error alone, one
-// that fails gives NULL or FALSE and sets the error; with an error asked for and without, it does
-// the same.
+namespace probe {
+
+// A query that answers returns an object or TRUE and does not set the error. One that fails returns
+// NULL or FALSE and sets the error. It does the same if the caller does not want the error.
 struct query_verdict {
     const char* name;
-    verdict answering;
-    verdict failing;
+    verdict answering = {};
+    verdict failing = {};
 
-    // As those of a verdict, of the two together.
+    // As those of a verdict, for the two together.
     void add(const query_verdict& other);
     bool has_departed() const;
-    bool is_ok() const;
+    bool has_passed() const;
 };
 
 struct query_verdicts {
@@ -27,4 +28,6 @@ struct query_verdicts {
     std::optional<std::string> first_failure;  // its message
 };
 
-query_verdicts probe_queries(const probed_service& service);
+query_verdicts check_queries(const video_service& service);
+
+}  // namespace probe

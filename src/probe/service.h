@@ -1,4 +1,4 @@
-// The running service as the checks of `probe` find it.
+// The objects and maps of the running video service, which the checks use.
 #pragma once
 
 #include <cstddef>
@@ -10,66 +10,69 @@
 
 #include <oru.h>
 
-#include "probe/living.h"
+#include "probe/tracked.h"
 #include "video/owned.h"
 
-// Something of the service's with the words that a person knows it by: "stream 3".
+namespace probe {
+
 template <class Object>
-struct named {
-    std::string name;
-    living<Object> is;
+struct named_object {
+    std::string name;  // for messages: "stream 3"
+    tracked<Object> object;
 };
 
-// A map that can be asked for again and again: "stream 3 info".
+// A query for a map, which may be repeated.
 struct map_source {
-    std::string name;
-    std::function<living<OruMap>()> ask;  // gives none when there is no answer
+    std::string name;                        // for messages: "stream 3 info"
+    std::function<tracked<OruMap>()> query;  // returns no map if the query fails
 };
 
 // The number of an input that does not exist.
-inline constexpr std::uint32_t no_input = 0xFFFFFFFF;
+inline constexpr std::uint32_t absent_input = 0xFFFFFFFF;
 
-class probed_service {
-    // Lists outlive their elements below, for a library may count on it: whether it does is the
-    // business of a check.
-    living_list stream_list_;
-    living_list channel_list_;
+class video_service {
+    // These must outlive the elements below: some libraries may rely on it. A check finds out
+    // whether this one does.
+    tracked_list stream_list_;
+    tracked_list channel_list_;
 
   public:
-    // Of each kind so many are looked at: a service that does well with these does with more.
-    static constexpr std::size_t most = 16;
+    // The checks use at most this many objects of each kind.
+    static constexpr std::size_t max_objects = 16;
 
-    // Asks for everything that there is.
-    probed_service();
+    // Queries everything.
+    video_service();
 
-    living<OruSystem> system;
-    living<OruMode> mode;
-    living<OruOutput> output;
-    std::vector<named<OruStream>> streams;
-    std::vector<named<OruChannel>> channels;
-    std::set<std::uint32_t> input_numbers;  // counted or named by a channel, whether there or not
-    std::vector<named<OruInput>> inputs;
+    tracked<OruSystem> system;
+    tracked<OruMode> mode;
+    tracked<OruOutput> output;
+    std::vector<named_object<OruStream>> streams;
+    std::vector<named_object<OruChannel>> channels;
+    std::set<std::uint32_t> input_numbers;  // counted, or named by a channel; may be absent
+    std::vector<named_object<OruInput>> inputs;
 
     std::vector<map_source> maps;
-    // The same, and one that is the probe's own: texts alone, set in no order.
-    std::vector<map_source> every_map;
+    // Also a map that the probe creates: texts only, set in no order.
+    std::vector<map_source> maps_and_new_map;
 
   private:
     void find_inputs();
     void list_maps();
 };
 
-// Returns a map with this text alone, or NULL when there is no new map to be had.
+// Returns a map with this text as its only entry, or NULL if the library cannot create a map.
 owned_object<OruMap> map_with(const char* key, const char* text);
 
-// Returns the list's elements, so many at most, each with a reference of its own.
+// Returns at most max_objects elements of the list, each with its own reference.
 template <class Object>
-std::vector<living<Object>> elements_of(const GList* list) {
-    std::vector<living<Object>> elements;
-    for (; list != nullptr && elements.size() < probed_service::most; list = list->next) {
+std::vector<tracked<Object>> elements_of(const GList* list) {
+    std::vector<tracked<Object>> elements;
+    for (; list != nullptr && elements.size() < video_service::max_objects; list = list->next) {
         if (list->data != nullptr) {
             elements.emplace_back(static_cast<Object*>(g_object_ref(list->data)));
         }
     }
     return elements;
 }
+
+}  // namespace probe

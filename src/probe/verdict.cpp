@@ -2,30 +2,34 @@
 
 #include "snapshot/printable.h"
 
-void verdict::departs(std::string seen) {
+namespace probe {
+
+void verdict::depart(std::string text) {
     if (departures_++ == 0) {
-        first_ = std::move(seen);
+        first_departure_ = std::move(text);
     }
 }
 
 void verdict::add(const verdict& other) {
-    tried_ |= other.tried_;
+    has_passes_ |= other.has_passes_;
     if (departures_ == 0) {
-        first_ = other.first_;
+        first_departure_ = other.first_departure_;
     }
     departures_ += other.departures_;
 }
 
-std::string verdict::text() const {
+std::string verdict::line() const {
     if (has_departed()) {
-        return "departs: " + printable(first_) +
+        return "departs: " + snapshot::printable(first_departure_) +
                (departures_ > 1 ? std::format(" (and {} more)", departures_ - 1) : "");
     }
-    if (!sight_.empty()) {
-        return "see " + printable(sight_);
+    if (!shown_.empty()) {
+        return "see " + snapshot::printable(shown_);
     }
-    if (!tried_) {
+    if (!has_passes_) {
         return "not seen";
     }
-    return remark_.empty() ? "ok" : "ok: " + printable(remark_);
+    return remark_.empty() ? "ok" : "ok: " + snapshot::printable(remark_);
 }
+
+}  // namespace probe

@@ -1,65 +1,70 @@
-// What a check of `probe` has found.
+// The result of one check.
 #pragma once
 
+#include <cstddef>
 #include <format>
 #include <string>
-#include <string_view>
 #include <utility>
 
+namespace probe {
+
+// A check consists of cases. Each passes or departs from what the tools rely on.
 class verdict {
   public:
-    // Something was tried and is as the tools count on it.
-    void is_right() { tried_ = true; }
+    void pass() { has_passes_ = true; }
 
-    // Something was tried and is not. The first is told, of more that there are some.
-    void departs(std::string seen);
+    // The report has the text of the first departure and the number of the others.
+    void depart(std::string text);
 
-    // One of the two; the text is made only for the second.
+    // A case that passes if `is_right` is true. Otherwise it departs with the formatted text.
     template <class... Arguments>
-    void expect(bool right, std::format_string<const Arguments&...> seen,
+    void expect(bool is_right, std::format_string<const Arguments&...> text,
                 const Arguments&... arguments) {
-        if (right) {
-            is_right();
+        if (is_right) {
+            pass();
         } else {
-            departs(std::format(seen, arguments...));
+            depart(std::format(text, arguments...));
         }
     }
 
-    // What a person is told beside "ok".
-    void adds(std::string remark) { remark_ = std::move(remark); }
+    // Adds a remark that follows "ok".
+    void set_remark(std::string remark) { remark_ = std::move(remark); }
 
-    // What only a person can judge.
-    void shows(std::string sight) { sight_ = std::move(sight); }
+    // Shows a value that only the user can judge.
+    void show(std::string value) { shown_ = std::move(value); }
 
-    // Takes in what another check of the same has found.
+    // Adds the cases of another verdict on the same check.
     void add(const verdict& other);
 
     bool has_departed() const { return departures_ != 0; }
-    bool is_ok() const { return tried_ && !has_departed(); }
+    bool has_passed() const { return has_passes_ && !has_departed(); }
 
-    // "ok", "ok: ...", "see ...", "departs: ..." or "not seen", in one line for a terminal.
-    std::string text() const;
+    // Returns "ok", "ok: REMARK", "see VALUE", "departs: TEXT" or "not seen": one line, without
+    // control characters.
+    std::string line() const;
 
   private:
-    bool tried_ = false;
+    bool has_passes_ = false;
     std::size_t departures_ = 0;
-    std::string first_;
+    std::string first_departure_;
     std::string remark_;
-    std::string sight_;
+    std::string shown_;
 };
 
-// Two answers of a running service may differ because something happened in between: what departs
-// is tried twice more, and counts unless it is as it should be then.
+// A running service may change between two answers. Repeats an attempt that departs, at most twice,
+// and ignores the departure if a later attempt passes.
 template <class Verdict, class Attempt>
-void try_again(Verdict& told, const Attempt& attempt) {
+void retry_departure(Verdict& result, const Attempt& attempt) {
     Verdict first{};
     attempt(first);
-    for (int again = 0; again < 2 && first.has_departed(); ++again) {
+    for (int retries = 0; retries < 2 && first.has_departed(); ++retries) {
         Verdict next{};
         attempt(next);
-        if (next.is_ok()) {
+        if (next.has_passed()) {
             first = next;
         }
     }
-    told.add(first);
+    result.add(first);
 }
+
+}  // namespace probe

@@ -37,14 +37,13 @@ completes 'oru-tlm-tool --x'
 completes 'oru-serverreport-tool ' --list-streams --stream-quotas --list-output --list-channels \
     --list-resolutions --list-available-resolutions --list-inputs --help
 completes 'oru-serverreport-tool --list-o' --list-output
-completes 'oru-snapshot ' check record show graph metrics probe --help --version
+completes 'oru-snapshot ' check record show graph metrics --help --version
 completes 'oru-snapshot c' check
 completes 'oru-snapshot --help '
 completes 'oru-snapshot record ' -o --about --redact
 completes 'oru-snapshot record --redact --a' --about
 completes 'oru-snapshot record --about '
 completes 'oru-snapshot metrics -' -o
-completes 'oru-snapshot probe '
 
 # The help and the completion know the same commands and switches.
 mapfile -t commands < <("$tools/oru-snapshot" --help | grep -o -E -e 'oru-snapshot [a-z]+' | cut -d ' ' -f 2)

@@ -101,4 +101,10 @@ for symbol in liboru.a:oru_map_new libqwire.a:_ZNK2qw3map4sizeEv; do
         fail "no function ${symbol#*:} in ${symbol%:*}"
 done
 
+"$cmake" --install "$build" --component probe --prefix "$scratch/probe" >/dev/null
+same 'files of the probe' 'bin/oru-probe
+share/man/man1/oru-probe.1' "$(files "$scratch/probe")"
+same 'oru-probe' 'oru_stream_get_quota: ok' \
+    "$(ORU_SNAPSHOT="$scratch/snapshot.json" "$scratch/probe/bin/oru-probe" | grep '^oru_stream_get_quota:')"
+
 echo 'install_test: installed, moved and staged'

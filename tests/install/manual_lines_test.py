@@ -64,7 +64,8 @@ LINES = {
         "“cannot write standard error:”",
         "oru-serverreport-tool: Failed t parse options: Unknown option --everything.",
     ],
-    "oru-snapshot.1": ["“ok”", "departs: what was seen", "not seen", "typo.json:1:13: unknown member 'al'"],
+    "oru-probe.1": ["ok: text", "departs: text", "not seen", "see text"],
+    "oru-snapshot.1": ["“ok”", "typo.json:1:13: unknown member 'al'"],
     "oru-tlm-tool.1": [
         "MaxBufferBytes=-1 MaxEncodeStreams=-1 MaxRawStreams=-1 Version=1",
         '{ "inputs": 0, "capturemodes": , "viewmode": }',

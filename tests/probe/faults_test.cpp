@@ -1,25 +1,26 @@
-// Faults planted in the strict client one at a time: each is told by its own line, and no other
-// departs but those whose checks it touches, too.
+// The strict client has one planted fault at a time. The line of its check reports it. Other lines
+// depart only if their checks use what is broken.
 //
 // The device has 16 maps with 7, 0, 1, 2, 1, 0, 1, 0, 0, 0, 0, 1, 1, 0, 1 and 1 entries: 8 of 32
-// bits, 2 booleans, 2 pairs, and one of each other kind. The map of the probe's own has 8 texts.
+// bits, 2 booleans, 2 pairs, and one of each other kind. The map that the probe creates has 8
+// texts.
 #include <algorithm>
 #include <cctype>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "probe/oru_probe.h"
 #include "probe/probed_device.h"
-#include "snapshot_tool/oru_snapshot.h"
 
 namespace {
 
-struct planted {
-    const char* fault;      // as tests/strict_client/faults.cpp knows it
-    const char* departing;  // the lines that tell of it, and no others depart
+struct planted_fault {
+    const char* name;        // in tests/strict_client/faults.cpp
+    const char* departures;  // all lines that depart
 };
 
-constexpr planted faults[] = {
+constexpr planted_fault faults[] = {
     {"a stream held without its list",
      "a stream held without its list: departs: element 1: stream 1, info with, no settings, debug "
      "with; before: stream 1, info with, settings with 'width', debug with (and 1 more)\n"},
@@ -167,34 +168,33 @@ constexpr planted faults[] = {
     {"to_json of two keys", "to_json: departs: stream quota: member 1 is 'soft', the key 'hard'\n"},
 };
 
-std::string departing_lines(const std::string& text) {
-    std::string departing;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = text.find('\n', at) + 1;
-        const std::string line = text.substr(at, end - at);
-        departing += line.contains(": departs: ") ? line : "";
-        at = end;
+std::string departures_in(const std::string& text) {
+    std::string departures;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = text.find('\n', begin) + 1;
+        const std::string line = text.substr(begin, end - begin);
+        departures += line.contains(": departs: ") ? line : "";
+        begin = end;
     }
-    return departing;
+    return departures;
 }
 
-class probe_faults : public testing::TestWithParam<planted> {};
+class probe_faults : public testing::TestWithParam<planted_fault> {};
 
-TEST_P(probe_faults, are_told_by_their_lines) {
-    const result got =
-        oru_snapshot_beside(probed_device, {"probe"},
-                            {.environment = {std::string("ORU_STRICT_FAULT=") + GetParam().fault}});
-    EXPECT_EQ(departing_lines(got.out), GetParam().departing);
+TEST_P(probe_faults, are_reported_by_their_lines) {
+    const std::string fault = std::string("ORU_STRICT_FAULT=") + GetParam().name;
+    const result got = probe_device(probed_device, {.environment = {fault}});
+    EXPECT_EQ(departures_in(got.out), GetParam().departures);
     EXPECT_EQ(got.status, 1) << got;
     EXPECT_EQ(got.err, "");
 }
 
-std::string name_of(const testing::TestParamInfo<planted>& fault) {
-    std::string name = fault.param.fault;
+std::string test_name(const testing::TestParamInfo<planted_fault>& fault) {
+    std::string name = fault.param.name;
     std::ranges::replace_if(name, [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(each, probe_faults, testing::ValuesIn(faults), name_of);
+INSTANTIATE_TEST_SUITE_P(each, probe_faults, testing::ValuesIn(faults), test_name);
 
 }  // namespace

@@ -1,18 +1,32 @@
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "probe/oru_probe.h"
 #include "probe/probed_device.h"
-#include "snapshot_tool/oru_snapshot.h"
 
 namespace {
 
-result probe(std::string_view snapshot, const command& streams = {}) {
-    return oru_snapshot_beside(snapshot, {"probe"}, streams);
+constexpr auto usage = "Usage: oru-probe [--help | --version]\n";
+
+TEST(oru_probe, prints_help_and_version) {
+    EXPECT_EQ(oru_probe({"--help"}), ended(0, usage));
+    EXPECT_EQ(oru_probe({"--version"}), ended(0, "oru-probe " ORU_VERSION "\n"));
 }
 
-TEST(probe, tells_of_every_check_in_a_line) {
-    EXPECT_EQ(probe(probed_device), ended(0, R"(oru_system_new: ok
+TEST(oru_probe, rejects_other_arguments) {
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {""}, {"x"}, {"-h"}, {"--help", "x"}, {"x", "--version"}}) {
+        EXPECT_EQ(oru_probe(arguments), ended(2, "", usage));
+    }
+    for (const std::string& stream : unwritable) {
+        EXPECT_EQ(oru_probe({"x"}, {.stderr_to = stream}), ended(2, ""));
+    }
+}
+
+TEST(oru_probe, prints_a_line_for_each_check) {
+    EXPECT_EQ(probe_device(probed_device), ended(0, R"(oru_system_new: ok
 oru_system_new, failing: not seen
 oru_system_get_caps: ok
 oru_system_get_caps, failing: not seen
@@ -111,9 +125,9 @@ available resolutions: see channel 3: 4 of them, 1920x1080, 1280x720, 640x480, .
 )"));
 }
 
-// Lists that are empty, and nothing else: a map of the probe's own is all that can be tried.
-TEST(probe, says_what_it_could_not_try) {
-    EXPECT_EQ(probe(R"({"stream": {"all": []}, "channel": {"all": []}, "formats": {}})"),
+// With empty lists and nothing else, only the map that the probe creates can be checked.
+TEST(oru_probe, prints_not_seen_for_checks_without_a_case) {
+    EXPECT_EQ(probe_device(R"({"stream": {"all": []}, "channel": {"all": []}, "formats": {}})"),
               ended(0, R"(oru_system_new: not seen
 oru_system_new, failing: ok
 oru_system_get_caps: not seen
@@ -213,29 +227,35 @@ available resolutions: not seen
 )"));
 }
 
-TEST(probe, fails_when_nothing_is_answered) {
-    EXPECT_EQ(probe(R"({"system": {"$error": "the service is down"}})"),
-              ended(1, "", "oru-snapshot: the service is down\n"));
+TEST(oru_probe, fails_if_the_service_answers_nothing) {
+    EXPECT_EQ(probe_device(R"({"system": {"$error": "the service is down"}})"),
+              ended(1, "", "oru-probe: the service is down\n"));
 }
 
-// A name is told in one line and does nothing to a terminal.
-TEST(probe, writes_out_what_a_terminal_would_obey) {
-    const result got = probe(R"({"stream": {"all": []}, "formats": {"RA\u001b[2J\nW": 3}})");
+TEST(oru_probe, escapes_control_characters) {
+    const result got = probe_device(R"({"stream": {"all": []}, "formats": {"RA\u001b[2J\nW": 3}})");
     EXPECT_EQ(got.status, 1);
     EXPECT_TRUE(got.out.contains("nicks of formats: departs: format 3 is 'RA\\x1b[2J\\nW'\n"))
         << got;
 }
 
-// A number that is not finite has no JSON, whatever library writes it.
-TEST(probe, takes_no_failure_to_write_json_for_a_fault_where_there_is_no_form) {
-    const result got = probe(R"({"mode": {"info": {"rate": {"double": "nan"}}}})");
+// g_enum_get_value() finds the first.
+TEST(oru_probe, checks_the_first_of_several_nicks_with_one_code) {
+    const result got =
+        probe_device(R"({"stream": {"all": []}, "formats": {"raw": 3, "RAW": 3, "jpeg": 2}})");
+    EXPECT_EQ(got.status, 0);
+    EXPECT_TRUE(got.out.contains("\nnicks of formats: ok\n")) << got;
+}
+
+// JSON has no form for a number that is not finite.
+TEST(oru_probe, accepts_that_a_map_without_json_form_fails_to_convert) {
+    const result got = probe_device(R"({"mode": {"info": {"rate": {"double": "nan"}}}})");
     EXPECT_EQ(got.status, 0);
     EXPECT_TRUE(got.out.contains("\nto_json: ok\n")) << got;
 }
 
-// Two streams may have no id yet; an input of any number may be there.
-TEST(probe, takes_what_is_allowed_for_no_fault) {
-    const result got = probe(R"({"stream": {"all": [{"id": 0}, {"id": 0}]},
+TEST(oru_probe, accepts_streams_without_an_id_and_an_input_with_the_highest_number) {
+    const result got = probe_device(R"({"stream": {"all": [{"id": 0}, {"id": 0}]},
         "channel": {"info": {"input.count": 4294967295}, "all": []},
         "input": {"all": [{"id": 4294967295, "info": {}}]}})");
     EXPECT_EQ(got.status, 0);
@@ -243,12 +263,16 @@ TEST(probe, takes_what_is_allowed_for_no_fault) {
     EXPECT_TRUE(got.out.contains("\nan input that does not exist: ok\n")) << got;
 }
 
-TEST(probe, says_when_its_output_is_lost) {
-    const std::string lost = "oru-snapshot: cannot write to standard output: ";
-    EXPECT_EQ(probe(probed_device, {.stdout_to = "/dev/full"}),
+TEST(oru_probe, fails_if_standard_output_cannot_be_written) {
+    const std::string lost = "oru-probe: cannot write to standard output: ";
+    EXPECT_EQ(probe_device(probed_device, {.stdout_to = "/dev/full"}),
               ended(1, "", lost + "No space left on device\n"));
-    EXPECT_EQ(probe(probed_device, {.stdout_to = closed_stream}),
+    EXPECT_EQ(probe_device(probed_device, {.stdout_to = closed_stream}),
               ended(1, "", lost + "Bad file descriptor\n"));
+    EXPECT_EQ(oru_probe({"--help"}, {.stdout_to = "/dev/full"}),
+              ended(1, "", lost + "No space left on device\n"));
+    EXPECT_EQ(oru_probe({"--version"}, {.stdout_to = "/dev/full"}),
+              ended(1, "", lost + "No space left on device\n"));
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
-// A device on which every check of `oru-snapshot probe` has something to be tried on, but for most
-// failures.
+// A device that has a case for each check of oru-probe, except for most failures.
 #pragma once
 
 inline constexpr auto probed_device = R"({

@@ -1,5 +1,5 @@
 // Faults that a device's library might have, planted one at a time: $ORU_STRICT_FAULT is the name
-// of one, which is the beginning of the line of `oru-snapshot probe` that tells of it. The linker
+// of one, which is the beginning of the line of oru-probe that reports it. The linker
 // puts these functions in the place of the client's own (--wrap), where their users call them;
 // those that are faults of the native map stand there.
 #include <algorithm>

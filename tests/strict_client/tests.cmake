@@ -1,7 +1,7 @@
 # Every test that runs the tools, run on the client that forgives nothing too.
 set(strict ENVIRONMENT ORU_TEST_BIN_DIR=${ORU_STRICT_BIN_DIR})
 foreach(test dispatch_test tlm_test serverreport_test failure_matrix_test golden_test arguments_test
-             writes_test live_objects_test device_test)
+             writes_test live_objects_test device_test probe_test)
     add_dependencies(${test} strict-applet)
     oru_repeat_test(${test} strict PROPERTIES ${strict})
 endforeach()
@@ -39,7 +39,7 @@ add_test(NAME strict.random_devices
                  ${PROJECT_SOURCE_DIR} ${ORU_STRICT_BIN_DIR} 61 60)
 set_tests_properties(strict.random_devices PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT})
 
-# What its faults are told by, and that without one nothing departs, be it this client or the other.
+# oru-probe reports each fault, and nothing departs without one, on both clients.
 oru_add_test(probe_faults_test SOURCES probe/faults_test.cpp LIBS run-tools
              PROPERTIES ${strict})
 add_test(NAME strict.random_probes

@@ -1,40 +1,41 @@
-// What only a person can judge: whether two numbers stand in the right order.
+// Pairs of numbers whose order only the user can judge. The probe shows them.
 #include <algorithm>
 #include <cstdint>
 #include <format>
-#include <optional>
 #include <string>
-#include <vector>
+#include <variant>
 
 #include <oru.h>
 
 #include "probe/checks.h"
-#include "probe/content.h"
+#include "probe/map_contents.h"
 #include "video/native.h"
 
+namespace probe {
 namespace {
 
 std::string size_text(std::uint32_t width, std::uint32_t height) {
     return std::format("{}x{}", width, height);
 }
 
-// The first, but rather one that is wider than high or the other way round.
-void crop_max(const probed_service& service, verdict& told) {
+// Shows the first that is not square, otherwise the last.
+void show_crop_max(const video_service& service, verdict& result) {
     bool is_square = true;
     for_each_map(service.maps, [&](const std::string& name, OruMap* map) {
         const auto entries = entries_of(map);
-        const auto found = std::ranges::find(entries, "crop.max", &native_entry::key);
-        if (found == entries.end() || !std::holds_alternative<native_pair>(found->value) ||
+        const auto entry = std::ranges::find(entries, "crop.max", &native_entry::key);
+        if (entry == entries.end() || !std::holds_alternative<native_pair>(entry->value) ||
             !is_square) {
             return;
         }
         const auto [width, height] = halves_of(oru_map_get_pair32u(map, "crop.max", 0));
         is_square = width == height;
-        told.shows(std::format("{}: {}", name, size_text(width, height)));
+        result.show(std::format("{}: {}", name, size_text(width, height)));
     });
 }
 
-void resolutions(const probed_service& service, verdict& told) {
+// Shows the resolutions of the first channel that has any, otherwise those of the last.
+void show_resolutions(const video_service& service, verdict& result) {
     const owned_object<OruMap> filter = map_with("select", "available");
     for (const auto& [name, channel] : service.channels) {
         if (filter == nullptr || channel.get() == nullptr) {
@@ -44,26 +45,28 @@ void resolutions(const probed_service& service, verdict& told) {
         if (set == nullptr) {
             continue;
         }
-        // A count that is none shows: it is not believed.
+        // If native.cpp reads the wrong place, the count is absurd. The user will see that.
         const std::uint64_t count = native_resolution_count(set.get());
         std::string text = std::format("{}: {} of them", name, count);
         for (const auto& [width, height] : native_resolutions(set.get(), 3)) {
             text += ", " + size_text(width, height);
         }
-        told.shows(text + (count > 3 ? ", ..." : ""));
+        result.show(text + (count > 3 ? ", ..." : ""));
         if (count != 0) {
             return;
         }
     }
 }
 
-constexpr probe_check checks[] = {
-    {"crop.max", crop_max},
-    {"available resolutions", resolutions},
+constexpr check checks[] = {
+    {"crop.max", show_crop_max},
+    {"available resolutions", show_resolutions},
 };
 
 }  // namespace
 
-std::span<const probe_check> sights() {
+std::span<const check> manual_checks() {
     return checks;
 }
+
+}  // namespace probe

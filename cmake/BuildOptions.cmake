@@ -35,6 +35,8 @@ add_link_options(-Wl,--gc-sections -Wl,--as-needed)
 add_link_options(-Wl,--build-id=none)
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     add_link_options(-fuse-ld=lld)
+    # Without the times of the headers in it, ccache finds a precompiled header again.
+    add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
 endif()
 
 # The programs lie where nobody can foresee, what the loader has filled in cannot be written to any

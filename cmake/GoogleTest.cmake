@@ -5,27 +5,44 @@ set(INSTALL_GTEST OFF CACHE INTERNAL "")
 add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
-set(ORU_TEST_TIMEOUT 300)  # seconds
-if(CMAKE_CROSSCOMPILING)
-    set(ORU_TEST_TIMEOUT 3000)  # an emulator's
-endif()
+# The main function of all test programs, and the header that takes a compiler longest to read.
+add_library(test-main OBJECT /usr/src/googletest/googletest/src/gtest_main.cc)
+target_link_libraries(test-main PUBLIC GTest::gtest PRIVATE oru-warnings)
+target_precompile_headers(test-main PRIVATE <gtest/gtest.h>)
+# A precompiled header is for files compiled alike, and these become parts of programs.
+set_target_properties(test-main PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+target_compile_options(test-main PRIVATE ${CMAKE_CXX_COMPILE_OPTIONS_PIE})
 
-# oru_add_test(name SOURCES file... LIBS library... [PROPERTIES property value...]): a test program;
-# ctest runs each of its tests, with these properties.
+# oru_add_test(name SOURCES file... LIBS library... [PROPERTIES property value...]): a test program
+# that links our code; ctest runs each of its tests, with these properties.
 function(oru_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS;PROPERTIES")
     add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest_main oru-warnings)
-    gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
-        PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT} ${ARG_PROPERTIES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} test-main oru-warnings)
+    target_precompile_headers(${name} REUSE_FROM test-main)
+    oru_discover_tests(${name} ${name} PROPERTIES ${ARG_PROPERTIES})
 endfunction()
 
-# oru_repeat_test(name prefix PROPERTIES property value... [EXCEPT pattern...]): runs the tests of a
-# test program again, with these properties, as `prefix`.NAME; without those that a pattern names,
-# which stand as in --gtest_filter.
-function(oru_repeat_test name prefix)
-    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "PROPERTIES;EXCEPT")
-    list(JOIN ARG_EXCEPT ":" except)
-    gtest_discover_tests(${name} TEST_PREFIX ${prefix}.${name}. DISCOVERY_MODE PRE_TEST
-        TEST_FILTER "-${except}" PROPERTIES TIMEOUT ${ORU_TEST_TIMEOUT} ${ARG_PROPERTIES})
+# oru_add_tool_test(name SOURCES file... [PROPERTIES property value...]): a test program that only
+# starts our programs. If ORU_TOOL_TESTS names the folder of another build's test programs, ctest runs
+# that build's.
+add_custom_target(tool-tests)
+function(oru_add_tool_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;PROPERTIES")
+    if(ORU_TOOL_TESTS)
+        add_executable(${name} IMPORTED)
+        set_target_properties(${name} PROPERTIES IMPORTED_LOCATION ${ORU_TOOL_TESTS}/${name})
+        oru_discover_tests(${name} ${name} PROPERTIES ${ARG_PROPERTIES})
+    else()
+        oru_add_test(${name} SOURCES ${ARG_SOURCES} LIBS run-tools PROPERTIES ${ARG_PROPERTIES})
+        add_dependencies(tool-tests ${name})
+    endif()
+endfunction()
+
+# oru_discover_tests(name prefix [PROPERTIES property value...] [FILTER filter]): ctest runs the tests
+# of a test program as `prefix`.NAME, with these properties; those that --gtest_filter=`filter` selects.
+function(oru_discover_tests name prefix)
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "FILTER" "PROPERTIES")
+    gtest_discover_tests(${name} TEST_PREFIX ${prefix}. TEST_FILTER "${ARG_FILTER}"
+        DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${ARG_PROPERTIES})
 endfunction()

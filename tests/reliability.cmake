@@ -9,9 +9,8 @@ target_link_libraries(every-number PRIVATE report oru-warnings)
 add_test(NAME every-number.sample COMMAND every-number 4001)
 
 # Every write, every argument.
-oru_add_test(arguments_test SOURCES applet/arguments_test.cpp LIBS run-tools)
-oru_add_test(writes_test SOURCES applet/writes_test.cpp LIBS run-tools)
-target_compile_definitions(writes_test PRIVATE ORU_EXAMPLES_DIR="${PROJECT_SOURCE_DIR}/examples")
+oru_add_tool_test(arguments_test SOURCES applet/arguments_test.cpp)
+oru_add_tool_test(writes_test SOURCES applet/writes_test.cpp)
 
 # Snapshots that nobody means well.
 if(ORU_CLIENT STREQUAL snapshot)
@@ -20,17 +19,7 @@ endif()
 
 # What is given back: objects counted from outside, and memory watched by valgrind, which a
 # sanitizer's own watching rules out.
-add_library(live-objects MODULE support/live_objects.c)
-target_link_libraries(live-objects PRIVATE PkgConfig::GOBJECT oru-warnings)
-target_compile_options(live-objects PRIVATE -fno-sanitize=all)
-target_link_options(live-objects PRIVATE -fno-sanitize=all)
-oru_add_test(live_objects_test SOURCES applet/live_objects_test.cpp LIBS run-tools)
-target_compile_definitions(live_objects_test PRIVATE
-    ORU_LIVE_OBJECTS="$<TARGET_FILE:live-objects>"
-    ORU_EXAMPLES_DIR="${PROJECT_SOURCE_DIR}/examples"
-    ORU_FUZZ_SEEDS_DIR="${CMAKE_CURRENT_SOURCE_DIR}/fuzz/seeds/snapshot")
-add_dependencies(live_objects_test live-objects)
-
+oru_add_tool_test(live_objects_test SOURCES applet/live_objects_test.cpp)
 find_program(VALGRIND valgrind)
 if(VALGRIND AND NOT ORU_SANITIZE AND NOT ORU_COVERAGE)
     file(GLOB snapshots CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/*.json)

@@ -111,8 +111,9 @@ def killed_halfway(bin_dir, pair, scratch):
 def main():
     cmake, build, examples = sys.argv[1:]
     scratch = pathlib.Path(tempfile.mkdtemp())
+    sockets = pathlib.Path(tempfile.mkdtemp(dir="/tmp"))  # whose paths must be short
     with contextlib.ExitStack() as cleanup:
-        cleanup.callback(subprocess.run, ["rm", "-rf", scratch])
+        cleanup.callback(subprocess.run, ["rm", "-rf", scratch, sockets])
         prefix = scratch / "prefix"
         subprocess.run([cmake, "--install", build, "--prefix", prefix], check=True, stdout=subprocess.DEVNULL)
         units = [prefix / "lib/systemd/system" / name for name in (
@@ -129,7 +130,7 @@ def main():
 
         bin_dir = prefix / "bin"
         example = pathlib.Path(examples) / "two-input-encoder.json"
-        pair = Pair(service, str(scratch / "snapshot.sock"), example)
+        pair = Pair(service, str(sockets / "snapshot.sock"), example)
         cleanup.callback(pair.stop)
         for tool, switches in REPORTS:
             compare(tool, report(bin_dir, tool, switches, example), report(bin_dir, tool, switches, pair.path))
@@ -139,9 +140,9 @@ def main():
         long_text = ", ".join(f'{{"id": {number}, "info": {{"text": "{"x" * 500}"}}}}' for number in range(1, 8001))
         large = scratch / "large.json"
         large.write_text(f'{{"stream": {{"all": [{long_text}]}}}}', encoding="utf-8")
-        writer = Pair(service, str(scratch / "large.sock"), large)
+        writer = Pair(service, str(sockets / "large.sock"), large)
         cleanup.callback(writer.stop)
-        killed_halfway(bin_dir, writer, scratch)
+        killed_halfway(bin_dir, writer, sockets)
     print("systemd_test: the units are well, 20 clients were answered, half an answer was refused")
 
 

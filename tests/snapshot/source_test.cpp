@@ -280,7 +280,7 @@ class listener {
     const std::string& path() const { return path_; }
 
   private:
-    temp_directory directory_;
+    temp_directory directory_{short_path};
     std::string path_;
     std::function<void(int to)> answer_;
     int socket_;
@@ -306,7 +306,7 @@ TEST(listener, answers_each_connection_with_a_snapshot) {
 }
 
 TEST(listener, may_refuse_every_connection) {
-    const temp_directory directory;
+    const temp_directory directory(short_path);
     const std::string path = directory.path() + "/sock";
     const int unused = bound_socket(path);
     EXPECT_EQ(complaint(path), " Connection refused");
@@ -315,7 +315,7 @@ TEST(listener, may_refuse_every_connection) {
 }
 
 TEST(listener, may_speak_another_language) {
-    const temp_directory directory;
+    const temp_directory directory(short_path);
     const int other = bound_socket(directory.path() + "/sock", SOCK_DGRAM);
     EXPECT_EQ(complaint(directory.path() + "/sock"), " Protocol wrong type for socket");
     close(other);
@@ -380,7 +380,7 @@ TEST(listener, may_stop_in_the_middle) {
 }
 
 TEST(listener, may_be_too_busy_to_accept) {
-    const temp_directory directory;
+    const temp_directory directory(short_path);
     const std::string path = directory.path() + "/sock";
     const int busy = bound_socket(path);
     ASSERT_EQ(listen(busy, 0), 0);

@@ -1,4 +1,5 @@
-// A directory of a test's own, gone with everything in it when the test is over.
+// A directory of a test's own, gone with everything in it when the test is over. It is in $TMPDIR
+// unless the test names another place.
 #pragma once
 
 #include <filesystem>
@@ -9,10 +10,14 @@
 
 #include <stdlib.h>
 
+// For sockets, whose paths must be short.
+inline const std::filesystem::path short_path = "/tmp";
+
 class temp_directory {
   public:
-    temp_directory() {
-        std::string pattern = std::filesystem::temp_directory_path() / "oru-test-XXXXXX";
+    explicit temp_directory(
+        const std::filesystem::path& in = std::filesystem::temp_directory_path()) {
+        std::string pattern = in / "oru-test-XXXXXX";
         if (mkdtemp(pattern.data()) == nullptr) {
             throw std::runtime_error("mkdtemp " + pattern);
         }

@@ -1,5 +1,11 @@
 #include "snapshot/recording.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -9,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "snapshot/fake_service.h"
+#include "support/temp_directory.h"
 
 namespace {
 
@@ -379,6 +386,33 @@ TEST_F(recording, refuses_formats_that_have_one_name_or_an_odd_one) {
     EXPECT_EQ(refusal(), "formats: the key 'r\\xe4w' is no UTF-8");
 }
 
+// Standard error, kept in a file. GoogleTest's own would be in /tmp whatever $TMPDIR says.
+class captured_stderr {
+  public:
+    captured_stderr() : path_(scratch_.write("stderr", "")), before_(dup(STDERR_FILENO)) {
+        const int file = open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+        EXPECT_EQ(dup2(file, STDERR_FILENO), STDERR_FILENO);
+        close(file);
+    }
+    captured_stderr(const captured_stderr&) = delete;
+    captured_stderr& operator=(const captured_stderr&) = delete;
+    ~captured_stderr() {
+        dup2(before_, STDERR_FILENO);
+        close(before_);
+    }
+
+    std::string text() const {
+        std::fflush(stderr);
+        std::ifstream file(path_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+  private:
+    temp_directory scratch_;
+    std::string path_;
+    int before_;
+};
+
 // --- Other kinds --------------------------------------------------------------------------------
 
 TEST_F(recording, names_each_value_of_another_kind_on_standard_error) {
@@ -387,9 +421,9 @@ TEST_F(recording, names_each_value_of_another_kind_on_standard_error) {
     service.streams = std::vector{stream};
     service.mode = fake_answer<fake_map>(
         fake_map{{"a", fake_other{R"("\ud800 \u0000 x")"}}, {"b", fake_other{"-0"}}});
-    testing::internal::CaptureStderr();
+    const captured_stderr captured;
     const std::string all = recorded();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(captured.text(),
               "oru-snapshot: mode info: 'a' is of a kind without a form, recorded as JSON\n"
               "oru-snapshot: mode info: 'b' is of a kind without a form, recorded as JSON\n"
               "oru-snapshot: stream 7: debug: 'two\\nlines' is of a kind without a form, recorded "
@@ -424,7 +458,7 @@ TEST_F(recording, redacts_identities_and_messages) {
     service.channels_of_inputs = fake_failure{"Friedrich"};
     service.output = fake_failure{"Gustav"};
 
-    testing::internal::CaptureStderr();
+    const captured_stderr captured;
     EXPECT_EQ(recorded({.about = "by Heinrich", .redact = true}), R"({
     "about": "by Heinrich",
     "system": { "$error": "redacted" },
@@ -487,7 +521,7 @@ TEST_F(recording, redacts_identities_and_messages) {
     "formats": {}
 }
 )");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(captured.text(),
               "oru-snapshot: mode info: 'identity' is of a kind without a form, recorded as JSON\n"
               "oru-snapshot: mode info: 'identity[0]' is of a kind without a form, recorded as "
               "JSON\n");

@@ -11,8 +11,9 @@
 
 class temp_directory {
   public:
-    temp_directory() {
-        std::string pattern = std::filesystem::temp_directory_path() / "oru-test-XXXXXX";
+    explicit temp_directory(
+        const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+        std::string pattern = parent / "oru-test-XXXXXX";
         if (mkdtemp(pattern.data()) == nullptr) {
             throw std::runtime_error("mkdtemp " + pattern);
         }
@@ -30,6 +31,8 @@ class temp_directory {
     // Writes the file `name` and returns its path.
     std::string write(std::string_view name, std::string_view text) const {
         const std::string path = path_ / name;
+        // A file that is emptied and written anew is forced to the disk by some file systems.
+        std::filesystem::remove(path);
         std::ofstream file(path, std::ios::binary);
         file.write(text.data(), static_cast<std::streamsize>(text.size()));
         file.close();
@@ -41,4 +44,9 @@ class temp_directory {
 
   private:
     std::filesystem::path path_;
+};
+
+// A directory for sockets: the path of a socket has at most 107 bytes, and $TMPDIR may be longer.
+struct socket_directory : temp_directory {
+    socket_directory() : temp_directory("/tmp") {}
 };

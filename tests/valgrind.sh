@@ -1,5 +1,5 @@
 #!/bin/sh
-# Runs both tools under valgrind, with every switch, the recorder and the probe, on every snapshot
+# Runs both tools under valgrind, with all switches, the recorder and the probe, on every snapshot
 # named: valgrind.sh BIN SNAPSHOT...
 # Any error, and any block that is lost, ends in a failure; tests/support/valgrind.supp names the
 # only exception. Blocks that are lost "indirectly" hang on one that is lost and is told of, or is
@@ -13,37 +13,47 @@ here=$(dirname "$0")
 status=0
 runs=0
 
-# check SNAPSHOT TOOL [SWITCH]: as valgrind says, the tool's own status being 0 or 1.
+# check SNAPSHOT PROGRAM ARGUMENT...: a status above 1 is valgrind's or a signal's, and a failure. The
+# program's own is left in $result.
 check() {
+    snapshot=$1
+    program=$2
+    shift 2
     result=0
-    ORU_SNAPSHOT=$1 valgrind -q --error-exitcode=99 --leak-check=full \
+    ORU_SNAPSHOT=$snapshot valgrind -q --error-exitcode=99 --leak-check=full \
         --errors-for-leak-kinds=definite --show-leak-kinds=definite --num-callers=40 \
-        --suppressions="$here/support/valgrind.supp" "$bin/$2" ${3:+"$3"} >/dev/null 2>"$log" || result=$?
+        --suppressions="$here/support/valgrind.supp" "$bin/$program" "$@" >/dev/null 2>"$log" ||
+        result=$?
     runs=$((runs + 1))
     if [ "$result" -gt 1 ]; then
-        echo "$2 ${3:-} on $1: status $result" >&2
+        echo "$program $* on $snapshot: status $result" >&2
         cat "$log" >&2
         status=1
     fi
 }
 
+# check_all SNAPSHOT TOOL SWITCH...: all switches in one run. Where that run ends early, the sections
+# behind its end were not reached: then one run for each switch.
+check_all() {
+    check "$@"
+    [ "$result" -eq 0 ] && return
+    shift 2
+    for switch; do
+        check "$snapshot" "$program" "$switch"
+    done
+}
+
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 for snapshot; do
-    for switch in -q -s -i; do
-        check "$snapshot" oru-tlm-tool "$switch"
-    done
-    for switch in -l -q -o -c -r -a -i; do
-        check "$snapshot" oru-serverreport-tool "$switch"
-    done
+    check_all "$snapshot" oru-tlm-tool -q -s -i
+    check_all "$snapshot" oru-serverreport-tool -l -q -o -c -r -a -i
     check "$snapshot" oru-snapshot record
     check "$snapshot" oru-probe
 done
-for switch in -qsi --help --foo; do
-    check "$1" oru-tlm-tool "$switch"
-done
-for switch in -lqcai --help --foo; do
-    check "$1" oru-serverreport-tool "$switch"
+for tool in oru-tlm-tool oru-serverreport-tool; do
+    check "$1" "$tool" --help
+    check "$1" "$tool" --foo
 done
 echo "$runs runs"
 exit "$status"

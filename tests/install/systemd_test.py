@@ -79,9 +79,8 @@ def at_once(bin_dir, pair, example, count):
         compare(f"client {number}", report(bin_dir, tool, switches, example), got[number])
 
 
-def killed_halfway(bin_dir, pair, scratch):
-    """The service is killed when a client has read the first part of its answer."""
-    between = str(scratch / "between.sock")
+def killed_halfway(bin_dir, pair, between):
+    """The service is killed when a client, connected at `between`, has read the first part of its answer."""
     listener = socket.socket(socket.AF_UNIX)
     listener.bind(between)
     listener.listen()
@@ -110,10 +109,10 @@ def killed_halfway(bin_dir, pair, scratch):
 
 def main():
     cmake, build, examples = sys.argv[1:]
-    scratch = pathlib.Path(tempfile.mkdtemp())
-    sockets = pathlib.Path(tempfile.mkdtemp(dir="/tmp"))  # whose paths must be short
     with contextlib.ExitStack() as cleanup:
-        cleanup.callback(subprocess.run, ["rm", "-rf", scratch, sockets])
+        scratch = pathlib.Path(cleanup.enter_context(tempfile.TemporaryDirectory()))
+        # The path of a socket has at most 107 bytes, and $TMPDIR may be longer.
+        sockets = cleanup.enter_context(tempfile.TemporaryDirectory(dir="/tmp"))
         prefix = scratch / "prefix"
         subprocess.run([cmake, "--install", build, "--prefix", prefix], check=True, stdout=subprocess.DEVNULL)
         units = [prefix / "lib/systemd/system" / name for name in (
@@ -130,7 +129,7 @@ def main():
 
         bin_dir = prefix / "bin"
         example = pathlib.Path(examples) / "two-input-encoder.json"
-        pair = Pair(service, str(sockets / "snapshot.sock"), example)
+        pair = Pair(service, f"{sockets}/snapshot.sock", example)
         cleanup.callback(pair.stop)
         for tool, switches in REPORTS:
             compare(tool, report(bin_dir, tool, switches, example), report(bin_dir, tool, switches, pair.path))
@@ -140,9 +139,9 @@ def main():
         long_text = ", ".join(f'{{"id": {number}, "info": {{"text": "{"x" * 500}"}}}}' for number in range(1, 8001))
         large = scratch / "large.json"
         large.write_text(f'{{"stream": {{"all": [{long_text}]}}}}', encoding="utf-8")
-        writer = Pair(service, str(sockets / "large.sock"), large)
+        writer = Pair(service, f"{sockets}/large.sock", large)
         cleanup.callback(writer.stop)
-        killed_halfway(bin_dir, writer, sockets)
+        killed_halfway(bin_dir, writer, f"{sockets}/between.sock")
     print("systemd_test: the units are well, 20 clients were answered, half an answer was refused")
 
 

@@ -6,7 +6,6 @@ usage: compare.py BIN_DIR REDIRECT_ETC_ORU FIRST COUNT
 Seeds FIRST to FIRST + COUNT - 1; BIN_DIR is where the tools are, unless $ORU_TEST_BIN_DIR says otherwise. A snapshot
 on which the two differ is kept in the working directory."""
 
-import multiprocessing
 import os
 import pathlib
 import re
@@ -16,6 +15,7 @@ import tempfile
 
 import generator
 import model
+import processes
 
 # What the tools of the trade need from the environment, as in tests/support/run.cpp.
 PASSED_THROUGH = ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "G_SLICE", "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH",
@@ -41,6 +41,12 @@ class Bench:
             "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
         return subprocess.run([f"{self.bin_dir}/{name}", *arguments], env=environment, stdin=subprocess.DEVNULL,
                               capture_output=True, timeout=120)
+
+    def put_snapshot(self, text):
+        # A file that is emptied and written anew is forced to the disk by some file systems.
+        self.snapshot.unlink(missing_ok=True)
+        if text is not None:
+            self.snapshot.write_bytes(text)
 
     def put_record(self, record):
         if self.record.is_dir():
@@ -77,9 +83,8 @@ class Bench:
         kind, text = generator.kind_of(seed), generator.snapshot(seed)
         record = generator.assertions(seed) if with_record else None
         self.put_record(record)
-        self.snapshot.unlink(missing_ok=True)
-        if kind != "broken" or seed % 8 != 0:
-            self.snapshot.write_bytes(text.encode("utf-8", "surrogateescape"))
+        is_there = kind != "broken" or seed % 8 != 0
+        self.put_snapshot(text.encode("utf-8", "surrogateescape") if is_there else None)
         unreachable = self.message() if kind == "broken" else None
         for tool, every in (("oru-tlm-tool", "-qsi"), ("oru-serverreport-tool", "-lqocrai")):
             for arguments in ([every], generator.command_line(seed, tool)):
@@ -111,13 +116,9 @@ def first_difference(of_model, of_tool):
     return f"line {at}:\n  model: {first!r}\n  tool:  {second!r}"
 
 
-def start(*arguments):
-    global bench
-    bench = Bench(*arguments)
-
-
-def differences(work):
-    return bench.differences(*work)
+def comparing(where, with_record):
+    bench = Bench(*where)
+    return lambda seed: bench.differences(seed, with_record)
 
 
 def main():
@@ -129,10 +130,9 @@ def main():
     if not with_record:
         print("compare.py: without records of assertions: these tools cannot be given any")
     different = 0
-    with multiprocessing.Pool(2, start, where) as pool:
-        for told in pool.imap(differences, ((seed, with_record) for seed in seeds), chunksize=5):
-            different += told != []
-            print("\n".join(told), end="\n" if told else "", flush=True)
+    for told in processes.results(lambda: comparing(where, with_record), seeds):
+        different += told != []
+        print("\n".join(told), end="\n" if told else "", flush=True)
     print(f"compare.py: {len(seeds)} snapshots, {different} on which the tools and the model differ")
     sys.exit(different != 0)
 

@@ -10,13 +10,13 @@ otherwise. $ORU_TEST_SERVICE_BIN_DIR is where the programs are that ask the serv
 they record it, and theirs are the reports that the recording's are compared with. A snapshot whose recording is wrong
 is kept in the working directory."""
 
-import multiprocessing
 import os
 import pathlib
 import re
 import sys
 
 import generator
+import processes
 import recording
 from compare import Bench
 
@@ -28,7 +28,7 @@ class Recorded:
 
     def __init__(self, service, replay, snapshot):
         self.service, self.replay, self.snapshot, self.wrong = service, replay, snapshot, []
-        service.snapshot.write_bytes(snapshot)
+        service.put_snapshot(snapshot)
 
     def expect(self, what, wanted, got):
         if wanted != got:
@@ -64,7 +64,7 @@ class Recorded:
         self.record("--redact", "--about", ABOUT, redact=True, about=ABOUT)
         if plain.returncode != 0:
             return False
-        self.replay.snapshot.write_bytes(plain.stdout)
+        self.replay.put_snapshot(plain.stdout)
         checked = self.replay.run("oru-snapshot", ["check", str(self.replay.snapshot)])
         self.expect("check", b"%s: ok\n" % str(self.replay.snapshot).encode(), checked.stdout + checked.stderr)
         again = self.replay.run("oru-snapshot", ["record"])
@@ -85,12 +85,7 @@ TOOLS = {"oru-tlm-tool": "qsi", "oru-serverreport-tool": "lqocrai"}
 EVERYTHING = [(tool, [f"-{given}"]) for tool, letters in TOOLS.items() for given in (*letters, letters)]
 
 
-def start(*where):
-    global benches
-    benches = [Bench(directory, where[-1]) for directory in where[:-1]]
-
-
-def compare(source):
+def compare(benches, source):
     """Compares the recording of a seed's or a file's snapshot. Returns what is wrong, and whether there was one."""
     if isinstance(source, int):
         snapshot = generator.snapshot(source).encode("utf-8", "surrogateescape")
@@ -106,19 +101,23 @@ def compare(source):
     return [f"{source}, {what}" for what in compared.wrong], answered
 
 
+def comparing(*directories, redirect):
+    benches = [Bench(directory, redirect) for directory in directories]
+    return lambda source: compare(benches, source)
+
+
 def main():
     if len(sys.argv) < 5:
         sys.exit(__doc__)
     own = os.environ.get("ORU_TEST_BIN_DIR", sys.argv[1])
-    where = os.environ.get("ORU_TEST_SERVICE_BIN_DIR", own), own, sys.argv[2]
+    service = os.environ.get("ORU_TEST_SERVICE_BIN_DIR", own)
     first, count, *files = *map(int, sys.argv[3:5]), *sys.argv[5:]
     sources = [*range(first, first + count), *files]
     wrong = recorded = 0
-    with multiprocessing.Pool(2, start, where) as pool:
-        for told, answered in pool.imap(compare, sources, chunksize=5):
-            wrong += told != []
-            recorded += answered
-            print("\n".join(told), end="\n" if told else "", flush=True)
+    for told, answered in processes.results(lambda: comparing(service, own, redirect=sys.argv[2]), sources):
+        wrong += told != []
+        recorded += answered
+        print("\n".join(told), end="\n" if told else "", flush=True)
     print(f"compare_recordings.py: {len(sources)} snapshots, {recorded} of them with an answer to record; {wrong} are wrong")
     sys.exit(wrong != 0 or recorded == 0)
 

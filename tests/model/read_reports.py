@@ -10,7 +10,6 @@ import collections
 import importlib.util
 import json
 import math
-import multiprocessing
 import os
 import pathlib
 import re
@@ -18,6 +17,7 @@ import sys
 
 TREE = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(TREE / "tests/install"))
+import processes  # noqa: E402
 from compare import Bench  # noqa: E402
 from report_keys import Reports  # noqa: E402
 
@@ -116,13 +116,9 @@ class Worker:
         return told, counts, self.reports.never_found
 
 
-def start(*arguments):
-    global worker
-    worker = Worker(*arguments)
-
-
-def read(work):
-    return worker.read(*work)
+def reading(where, with_record):
+    worker = Worker(*where)
+    return lambda seed: worker.read(seed, with_record)
 
 
 def main():
@@ -132,12 +128,11 @@ def main():
     seeds = range(int(sys.argv[3]), int(sys.argv[3]) + int(sys.argv[4]))
     with_record = Bench(*where).records_are_found()
     wrong, counts, never_found = 0, collections.Counter(), set(Reports(TREE).keys)
-    with multiprocessing.Pool(2, start, where) as pool:
-        for told, in_seed, not_found in pool.imap(read, ((seed, with_record) for seed in seeds), chunksize=5):
-            wrong += len(told)
-            counts += in_seed
-            never_found &= not_found
-            print("\n".join(told), end="\n" if told else "", flush=True)
+    for told, in_seed, not_found in processes.results(lambda: reading(where, with_record), seeds):
+        wrong += len(told)
+        counts += in_seed
+        never_found &= not_found
+        print("\n".join(told), end="\n" if told else "", flush=True)
     for path in sorted(never_found):
         wrong += 1
         print("in no report:", path)

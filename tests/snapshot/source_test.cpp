@@ -16,6 +16,7 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <latch>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -65,6 +66,22 @@ void send_slowly(int to, std::string_view text, std::chrono::milliseconds pause)
     }
 }
 
+// While it lives, the current directory. Its files are found there even by users who may not search
+// the directories above it.
+class current_directory {
+  public:
+    explicit current_directory(const std::filesystem::path& now)
+        : before_(std::filesystem::current_path()) {
+        std::filesystem::current_path(now);
+    }
+    ~current_directory() { std::filesystem::current_path(before_); }
+    current_directory(const current_directory&) = delete;
+    current_directory& operator=(const current_directory&) = delete;
+
+  private:
+    std::filesystem::path before_;
+};
+
 // The time that a call took.
 std::chrono::milliseconds time_of(const std::function<void()>& call) {
     const auto begin = std::chrono::steady_clock::now();
@@ -88,15 +105,18 @@ TEST(file, says_why_it_cannot_be_read) {
 
 TEST(file, needs_permission) {
     const snapshot_file file("{}");
-    ASSERT_EQ(chmod(file.path().c_str(), 0), 0);
-    const bool root = geteuid() == 0;  // may read everything, so be someone else
-    if (root) {
-        ASSERT_EQ(seteuid(65534), 0);
-    }
-    EXPECT_EQ(complaint(file.path()), " Permission denied");
-    if (root) {
-        ASSERT_EQ(seteuid(0), 0);
-    }
+    ASSERT_EQ(chmod(file.directory().c_str(), 0755), 0);
+    const current_directory inside(file.directory());
+    const auto complaint_about_mode = [&](mode_t mode) {
+        EXPECT_EQ(chmod(file.path().c_str(), mode), 0);
+        const bool root = geteuid() == 0;  // may read everything, so be someone else
+        EXPECT_EQ(seteuid(root ? 65534 : geteuid()), 0);
+        const std::string said = complaint("snapshot.json");
+        EXPECT_EQ(seteuid(root ? 0 : geteuid()), 0);
+        return said;
+    };
+    EXPECT_EQ(complaint_about_mode(0644), "");
+    EXPECT_EQ(complaint_about_mode(0), " Permission denied");
 }
 
 TEST(file, is_at_most_128_mib) {
@@ -213,15 +233,17 @@ TEST(fifo, may_be_silent_for_a_while_and_no_longer) {
     EXPECT_EQ(complaint(path, {.pipe_silence = 50ms}), " no byte came for 0.05 seconds");
 
     // Nobody is in a hurry as long as something comes.
-    const fifo slow([](int to) { send_slowly(to, "{    }", 60ms); });
+    const fifo slow([](int to) { send_slowly(to, "{" + std::string(60, ' ') + "}", 20ms); });
     EXPECT_EQ(complaint(slow.path(),
                         {.socket_silence = 1ms, .socket_total = 1ms, .pipe_silence = 1000ms}),
               "");
-    const fifo silent([](int to) {
+    std::latch over(1);
+    const fifo silent([&](int to) {
         send_all(to, "{");
-        std::this_thread::sleep_for(300ms);
+        over.wait();
     });
     EXPECT_EQ(complaint(silent.path(), {.pipe_silence = 100ms}), " no byte came for 0.1 seconds");
+    over.count_down();
 }
 
 TEST(fifo, is_at_most_as_long_as_a_file) {
@@ -280,7 +302,7 @@ class listener {
     const std::string& path() const { return path_; }
 
   private:
-    temp_directory directory_{short_path};
+    socket_directory directory_;
     std::string path_;
     std::function<void(int to)> answer_;
     int socket_;
@@ -306,7 +328,7 @@ TEST(listener, answers_each_connection_with_a_snapshot) {
 }
 
 TEST(listener, may_refuse_every_connection) {
-    const temp_directory directory(short_path);
+    const socket_directory directory;
     const std::string path = directory.path() + "/sock";
     const int unused = bound_socket(path);
     EXPECT_EQ(complaint(path), " Connection refused");
@@ -315,7 +337,7 @@ TEST(listener, may_refuse_every_connection) {
 }
 
 TEST(listener, may_speak_another_language) {
-    const temp_directory directory(short_path);
+    const socket_directory directory;
     const int other = bound_socket(directory.path() + "/sock", SOCK_DGRAM);
     EXPECT_EQ(complaint(directory.path() + "/sock"), " Protocol wrong type for socket");
     close(other);
@@ -339,12 +361,10 @@ TEST(listener, has_a_short_path) {
     const temp_directory directory;
     const std::string deep = directory.path() + "/" + std::string(100, 'd');
     std::filesystem::create_directory(deep);
-    const auto before = std::filesystem::current_path();
-    std::filesystem::current_path(deep);
+    const current_directory inside(deep);
     const int made = bound_socket("sock");
     EXPECT_EQ(listen(made, 1), 0);
     EXPECT_EQ(complaint(deep + "/sock"), " the path of a socket has at most 107 bytes");
-    std::filesystem::current_path(before);
     close(made);
 }
 
@@ -380,7 +400,7 @@ TEST(listener, may_stop_in_the_middle) {
 }
 
 TEST(listener, may_be_too_busy_to_accept) {
-    const temp_directory directory(short_path);
+    const socket_directory directory;
     const std::string path = directory.path() + "/sock";
     const int busy = bound_socket(path);
     ASSERT_EQ(listen(busy, 0), 0);
@@ -439,7 +459,7 @@ TEST(standard_input, may_be_a_socket_that_is_read) {
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
     const standard_input input(ends[0]);
     const snapshot::source_limits limits{
-        .socket_silence = 1ms, .socket_total = 1ms, .pipe_silence = 300ms};
+        .socket_silence = 1ms, .socket_total = 1ms, .pipe_silence = 1000ms};
     std::thread writer([&] {
         send_slowly(ends[1], R"({"mode": {}})", 20ms);
         shutdown(ends[1], SHUT_WR);
@@ -532,12 +552,15 @@ TEST(place, the_environment_names_none_to_a_program_with_more_rights) {
     std::filesystem::copy_file(program("oru-tlm-tool"), copy);
     const std::string snapshot =
         scratch.write("snapshot.json", R"({"stream": {"debug": {"global.capacity.peak": 7}}})");
+    const current_directory inside(scratch.path());
     const command what{.executable = copy,
                        .argv = {"oru-tlm-tool", "-q"},
-                       .environment = {"ORU_SNAPSHOT=" + snapshot}};
+                       .environment = {"ORU_SNAPSHOT=snapshot.json"}};
     ASSERT_TRUE(run(what).out.starts_with("MaxBufferBytes=7\n"));
 
+    // Whoever it runs as may read the snapshot.
     ASSERT_EQ(chmod(scratch.path().c_str(), 0755), 0);
+    ASSERT_EQ(chmod(snapshot.c_str(), 0644), 0);
     ASSERT_EQ(chown(copy.c_str(), 65534, 65534), 0);
     ASSERT_EQ(chmod(copy.c_str(), 04755), 0);
     EXPECT_FALSE(run(what).out.starts_with("MaxBufferBytes=7\n"));

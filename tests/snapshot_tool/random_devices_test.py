@@ -13,6 +13,8 @@ import sys
 import tempfile
 import xml.dom.minidom
 
+sys.dont_write_bytecode = True  # beside the generator, among the sources
+
 
 def run(*command, given=b""):
     return subprocess.run(command, input=given, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60)

@@ -1,5 +1,11 @@
 #include "snapshot_tool/recording.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -8,8 +14,8 @@
 
 #include <gtest/gtest.h>
 
-#include "snapshot_tool/command.h"
-#include "snapshot_tool/fake_service.h"
+#include "snapshot/fake_service.h"
+#include "support/temp_directory.h"
 
 namespace {
 
@@ -63,6 +69,38 @@ fake_value text(std::string held) {
 fake_value number(std::uint32_t held) {
     return native_value(held);
 }
+
+// What is written to a stream, kept in a file. GoogleTest's own would be in /tmp whatever $TMPDIR
+// says.
+class captured {
+  public:
+    explicit captured(FILE* stream)
+        : stream_(stream), path_(scratch_.write("text", "")), before_(dup(fileno(stream))) {
+        std::fflush(stream_);
+        const int file = open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+        EXPECT_GE(dup2(file, fileno(stream_)), 0);
+        close(file);
+    }
+    captured(const captured&) = delete;
+    captured& operator=(const captured&) = delete;
+    ~captured() {
+        std::fflush(stream_);
+        dup2(before_, fileno(stream_));
+        close(before_);
+    }
+
+    std::string text() const {
+        std::fflush(stream_);
+        std::ifstream file(path_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+  private:
+    FILE* stream_;
+    temp_directory scratch_;
+    std::string path_;
+    int before_;
+};
 
 TEST_F(recording, says_of_each_question_without_an_answer_that_it_failed) {
     service.stream_quota = fake_failure{"no quota"};
@@ -239,9 +277,9 @@ TEST_F(recording, stops_counting_after_1024_inputs_that_do_not_exist) {
     service.channel_info = one("input.count", number(4294967295));
     service.channels_of_inputs = std::vector{of_type(0, number(5000))};
     service.inputs[3] = fake_input();
-    testing::internal::CaptureStderr();
+    const captured errors(stderr);
     recorded();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(errors.text(),
               "oru-snapshot: 4294967295 inputs counted, 1024 in a row do not exist: further ones "
               "are recorded only if a channel names them\n");
     ASSERT_EQ(service.inputs_asked_for.size(), 1028U);
@@ -415,9 +453,9 @@ TEST_F(recording, names_each_value_of_another_kind_on_standard_error) {
     service.streams = std::vector{stream};
     service.mode = fake_answer<fake_map>(
         fake_map{{"a", fake_other{R"("\ud800 \u0000 x")"}}, {"b", fake_other{"-0"}}});
-    testing::internal::CaptureStderr();
+    const captured errors(stderr);
     const std::string all = recorded();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(errors.text(),
               "oru-snapshot: mode info: 'a' is of a kind without a form, recorded as JSON\n"
               "oru-snapshot: mode info: 'b' is of a kind without a form, recorded as JSON\n"
               "oru-snapshot: stream 7: debug: 'two\\nlines' is of a kind without a form, recorded "
@@ -452,7 +490,7 @@ TEST_F(recording, redacts_identities_and_messages) {
     service.channels_of_inputs = fake_failure{"Friedrich"};
     service.output = fake_failure{"Gustav"};
 
-    testing::internal::CaptureStderr();
+    const captured errors(stderr);
     EXPECT_EQ(recorded({.about = "by Heinrich", .is_redacted = true}), R"({
     "about": "by Heinrich",
     "system": { "$error": "redacted" },
@@ -515,7 +553,7 @@ TEST_F(recording, redacts_identities_and_messages) {
     "formats": {}
 }
 )");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(errors.text(),
               "oru-snapshot: mode info: 'identity' is of a kind without a form, recorded as JSON\n"
               "oru-snapshot: mode info: 'identity[0]' is of a kind without a form, recorded as "
               "JSON\n");
@@ -549,9 +587,9 @@ TEST_F(recording, redacts_no_message_of_a_service_that_answers_nothing) {
 // Returns what a command prints.
 std::string printed(command_function* command, const char* name) {
     char* arguments[] = {const_cast<char*>(name), nullptr};
-    testing::internal::CaptureStdout();
+    const captured output(stdout);
     EXPECT_EQ(command(1, arguments), 0);
-    return testing::internal::GetCapturedStdout();
+    return output.text();
 }
 
 class more_than_a_file_contains : public recording {
@@ -571,14 +609,13 @@ class more_than_a_file_contains : public recording {
 
 TEST_F(more_than_a_file_contains, is_shown) {
     const std::string all = printed(show, "show");
-    EXPECT_EQ(
-        lines_from(all, "7  gate", 4),
-        "     7  gate\\xff  x\\xe4   -                   -    -         -         -       -  "
-        "     -        2\n"
-        "    debug failed\n"
-        "     7  -         NV12    -                   -    -         -         -       -  "
-        "     -        5\n"
-        "    debug failed\n");
+    EXPECT_EQ(lines_from(all, "7  gate", 4),
+              "     7  gate\\xff  x\\xe4   -                   -    -         -         -       -  "
+              "     -        2\n"
+              "    debug failed\n"
+              "     7  -         NV12    -                   -    -         -         -       -  "
+              "     -        5\n"
+              "    debug failed\n");
     EXPECT_EQ(lines_from(all, "k\\xff", 1), "k\\xff                   4\n");
 }
 

@@ -79,7 +79,7 @@ TEST(replace_file, takes_a_path_in_the_current_directory) {
 }
 
 TEST(replace_file, refuses_what_is_no_regular_file) {
-    const temp_directory scratch(short_path);
+    const socket_directory scratch;
     const std::string at = scratch.path();
     ASSERT_EQ(mkdir((at + "/directory").c_str(), 0755), 0);
     ASSERT_EQ(mkfifo((at + "/fifo").c_str(), 0644), 0);

@@ -349,17 +349,16 @@ std::string shown_on_terminal(const members& has, const std::vector<std::string>
     EXPECT_GE(terminal, 0);
     EXPECT_EQ(grantpt(terminal), 0);
     EXPECT_EQ(unlockpt(terminal), 0);
-    // Held open, so that what was written is still there when the program is gone.
-    const int held = open(ptsname(terminal), O_RDWR | O_NOCTTY);
-    EXPECT_GE(held, 0);
     const result got = oru_snapshot_beside(
         device_with(has), {"show"}, {.environment = environment, .stdout_to = ptsname(terminal)});
     EXPECT_EQ(got, ended(0, ""));
-    char text[4096];
-    const ssize_t length = read(terminal, text, sizeof text);
-    close(held);
+    // What was written arrives in pieces. After the last one, reading fails: the program is gone.
+    std::string shown;
+    char piece[4096];
+    for (ssize_t length = 0; (length = read(terminal, piece, sizeof piece)) > 0;) {
+        shown.append(piece, static_cast<std::size_t>(length));
+    }
     close(terminal);
-    std::string shown(text, length < 0 ? 0 : static_cast<std::size_t>(length));
     std::erase(shown, '\r');
     return shown;
 }

@@ -10,14 +10,11 @@
 
 #include <stdlib.h>
 
-// For sockets, whose paths must be short.
-inline const std::filesystem::path short_path = "/tmp";
-
 class temp_directory {
   public:
     explicit temp_directory(
-        const std::filesystem::path& in = std::filesystem::temp_directory_path()) {
-        std::string pattern = in / "oru-test-XXXXXX";
+        const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+        std::string pattern = parent / "oru-test-XXXXXX";
         if (mkdtemp(pattern.data()) == nullptr) {
             throw std::runtime_error("mkdtemp " + pattern);
         }
@@ -35,6 +32,8 @@ class temp_directory {
     // Writes the file `name` and returns its path.
     std::string write(std::string_view name, std::string_view text) const {
         const std::string path = path_ / name;
+        // A file that is emptied and written anew is forced to the disk by some file systems.
+        std::filesystem::remove(path);
         std::ofstream file(path, std::ios::binary);
         file.write(text.data(), static_cast<std::streamsize>(text.size()));
         file.close();
@@ -46,4 +45,9 @@ class temp_directory {
 
   private:
     std::filesystem::path path_;
+};
+
+// A directory for sockets: the path of a socket has at most 107 bytes, and $TMPDIR may be longer.
+struct socket_directory : temp_directory {
+    socket_directory() : temp_directory("/tmp") {}
 };

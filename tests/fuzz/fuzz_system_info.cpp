@@ -53,6 +53,8 @@ json_text json_of(const qw::value& value) {
             return number_of(*value.get_if<std::uint16_t>());
         case qw::kind::uint32:
             return number_of(*value.get_if<std::uint32_t>());
+        case qw::kind::unwritable:
+            break;  // never in a file
     }
     return {};
 }

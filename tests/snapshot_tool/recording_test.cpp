@@ -14,7 +14,8 @@
 
 #include <gtest/gtest.h>
 
-#include "snapshot/fake_service.h"
+#include "snapshot_tool/command.h"
+#include "snapshot_tool/fake_service.h"
 #include "support/temp_directory.h"
 
 namespace {

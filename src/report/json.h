@@ -89,9 +89,13 @@ glz::merge<const Parts&...> merged(const Parts&... parts) {
     return {glz::tie(parts...)};
 }
 
-// Writes `value` compactly into `out`, whose old text goes. Returns false when glaze reports an
-// error; the text is then not to be printed.
+// Each replaces `out` by the text of `value`: in compact form, or in that of the feeder tool's
+// documents. Returns false if glaze reports an error; the text must not be printed then.
 template <class Value>
 bool write_compact(const Value& value, std::string& out) {
     return !glz::write_json(value, out);
+}
+template <class Value>
+bool write_document(const Value& value, std::string& out) {
+    return !glz::write<document_options{}>(value, out);
 }

@@ -47,7 +47,7 @@ void list_available_resolutions() {
         oru_map_set_string(filter.get(), "select", "available");
         print("        {\"channel\":\"" + std::to_string(oru_channel_get_id(channel)) + "\",");
         owned_error error;
-        const owned_block resolutions{
+        owned_block resolutions{
             oru_channel_get_resolutions(channel, filter.get(), std::out_ptr(error))};
         if (resolutions == nullptr) {
             g_print("\nFailed to get resolutions: %s\n", message_of(error.get()));
@@ -55,6 +55,7 @@ void list_available_resolutions() {
         }
         print("\"resolutions\":\"");
         print_resolutions(native_resolutions(resolutions.get()));
+        resolutions.reset();
         print("\"}");
         print(link->next != nullptr ? ",\n" : "\n");
     }

@@ -19,14 +19,16 @@ namespace {
 
 owned_object_list input_channels() {
     const owned_object<OruMap> filter{oru_map_new()};
+    if (filter == nullptr) {
+        g_print("Failed to create new OruMap.\n");
+        return nullptr;
+    }
     oru_map_set_string(filter.get(), "key", "input");
     owned_error error;
     owned_object_list channels{oru_channel_get_filtered(filter.get(), std::out_ptr(error))};
-    if (error != nullptr) {
+    if (channels == nullptr && error != nullptr) {
         g_print("Failed to get inputs: %s\n", message_of(error.get()));
-        return nullptr;
-    }
-    if (channels == nullptr) {
+    } else if (channels == nullptr) {
         g_print("No inputs.\n");
     }
     return channels;

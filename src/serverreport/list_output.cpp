@@ -62,15 +62,15 @@ void list_output() {
         return;
     }
     const owned_object<OruOutput> output{oru_output_new(0, std::out_ptr(error))};
-    if (output == nullptr) {
+    if (error != nullptr || output == nullptr) {
         serverreport_fatal("Failed to get output: {}", error.get());
     }
     const owned_object<OruMap> settings{oru_output_get_settings(output.get(), std::out_ptr(error))};
-    if (settings == nullptr) {
+    if (error != nullptr || settings == nullptr) {
         serverreport_fatal("Failed to get output settings: {}", error.get());
     }
     const owned_object<OruMap> info{oru_output_get_info(output.get(), std::out_ptr(error))};
-    if (info == nullptr) {
+    if (error != nullptr || info == nullptr) {
         serverreport_fatal("Failed to get output info: {}", error.get());
     }
 

@@ -56,11 +56,11 @@ namespace {
 
 void list_streams() {
     owned_error error;
+    std::vector<stream_snapshot_entry> kept;
     const owned_object_list streams{oru_stream_get_all(std::out_ptr(error))};
     if (error != nullptr) {
         serverreport_fatal("Failed to get all streams: {}", error.get());
     }
-    std::vector<stream_snapshot_entry> kept;
     for (const GList* link = streams.get(); link != nullptr; link = link->next) {
         keep_stream(object_in<OruStream>(link), kept);
     }

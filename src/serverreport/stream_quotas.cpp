@@ -86,12 +86,12 @@ bool print_figures(OruMap* map, std::initializer_list<figure> figures) {
 void print_stream_quotas() {
     owned_error quota_error;
     const owned_object<OruMap> quota{oru_stream_get_quota(std::out_ptr(quota_error))};
-    if (quota == nullptr) {
+    if (quota_error != nullptr || quota == nullptr) {
         serverreport_fatal("Failed to get quota: {}", quota_error.get());
     }
     owned_error limit_error;
     const owned_object<OruMap> limit{oru_stream_get_limit(std::out_ptr(limit_error))};
-    if (limit == nullptr) {
+    if (limit_error != nullptr || limit == nullptr) {
         serverreport_fatal("Failed to get limit: {}", limit_error.get());
     }
     const owned_object<OruMap> debug = figures_in_use();

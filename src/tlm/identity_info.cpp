@@ -19,7 +19,7 @@ void print_identity_info() {
         return;
     }
     const owned_object<OruMap> counters{oru_map_filter_prefix(debug.get(), prefix)};
-    if (oru_map_empty(counters.get()) != FALSE) {
+    if (counters == nullptr || oru_map_empty(counters.get()) != FALSE) {
         return;
     }
 
@@ -33,8 +33,7 @@ void print_identity_info() {
 
     std::string text;
     text.reserve(512);
-    if (glz::write<document_options{}>(document, text)) {
-        return;
+    if (write_document(document, text)) {
+        print_line("{}", text);
     }
-    print_line("{}", text);
 }

@@ -79,8 +79,7 @@ void print_system_info() {
 
     std::string text;
     text.reserve(512);
-    if (!write_compact(report, text)) {
-        return;
+    if (write_compact(report, text)) {
+        print_line("{}", glz::prettify_json<document_options{}>(text));
     }
-    print_line("{}", glz::prettify_json<document_options{}>(text));
 }

@@ -1,5 +1,3 @@
-#include "serverreport/list_output.h"
-
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -13,19 +11,20 @@
 #include "applet/fatal.h"
 #include "report/json.h"
 #include "report/output.h"
+#include "serverreport/sections.h"
 #include "video/owned.h"
 
 namespace {
 
-// Never with a comma, wherever the device stands.
+// Returns what printf's "%f" prints in the C locale.
 std::string six_decimals(double value) {
     if (std::isnan(value)) {
-        return std::signbit(value) ? "-nan" : "nan";  // C++ libraries differ in what they write
+        return std::signbit(value) ? "-nan" : "nan";  // C++ libraries write it differently
     }
     char text[std::numeric_limits<double>::max_exponent10 + 10];
-    const auto written =
-        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 6);
-    return std::string(text, written.ptr);
+    char* const end =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 6).ptr;
+    return {text, end};
 }
 
 std::map<std::string_view, std::string> output_state(OruMap* settings, OruMap* info) {

@@ -1,5 +1,3 @@
-#include "tlm/identity_info.h"
-
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -8,6 +6,7 @@
 
 #include "report/json.h"
 #include "report/output.h"
+#include "tlm/sections.h"
 #include "video/native.h"
 #include "video/owned.h"
 

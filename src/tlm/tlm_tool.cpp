@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -12,9 +11,7 @@
 #include "applet/fatal.h"
 #include "report/options.h"
 #include "report/output.h"
-#include "tlm/identity_info.h"
-#include "tlm/stream_max_stats.h"
-#include "tlm/system_info.h"
+#include "tlm/sections.h"
 #include "video/owned.h"
 
 namespace {
@@ -43,8 +40,8 @@ constexpr const char* description =
     "  oru-tlm-tool --identity-info\n"
     "  oru-tlm-tool --system-info\n";
 
-// Returns the switch to which the argument attaches a value, --system-info for --system-info=no, or
-// the empty text.
+// Returns the switch to which the argument attaches a value, such as --system-info for
+// --system-info=no, otherwise the empty text.
 std::string switch_with_value(std::string_view argument) {
     for (const GOptionEntry* entry = options; entry->long_name != nullptr; ++entry) {
         const std::string name = std::string("--") + entry->long_name;
@@ -55,18 +52,18 @@ std::string switch_with_value(std::string_view argument) {
     return "";
 }
 
-// Parses the command line. GLib ignores a value attached to a switch; here it is an error. GLib
-// gets only the arguments before it, because the first one that is wrong or asks for help decides.
+// Sets the switches that the command line contains. A value attached to a switch is an error; GLib
+// would ignore it. The first argument that is wrong or asks for help decides, so GLib gets only the
+// arguments before the value.
 owned_error parse(GOptionContext* context, int argc, char** argv) {
     char** const end = std::find_if(argv + 1, argv + argc, [](std::string_view argument) {
         return argument == "--" || !switch_with_value(argument).empty();
     });
     const std::string name = end != argv + argc ? switch_with_value(*end) : "";
 
-    owned_error error;
-    const gboolean is_parsed = parse_switches(context, options, static_cast<int>(end - argv), argv,
-                                              "oru-tlm-tool: Exception: ", std::out_ptr(error));
-    if (is_parsed != FALSE && !name.empty()) {
+    owned_error error =
+        parse_options(context, static_cast<int>(end - argv), argv, "oru-tlm-tool: Exception: ");
+    if (error == nullptr && !name.empty()) {
         error.reset(g_error_new(G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
                                 "Option %s takes no value", name.c_str()));
     }
@@ -80,6 +77,7 @@ void run(int argc, char** argv) {
     }
     g_option_context_set_summary(context.get(), summary);
     g_option_context_set_description(context.get(), description);
+    g_option_context_add_main_entries(context.get(), options, nullptr);
     owned_error error = parse(context.get(), argc, argv);
     if (error != nullptr) {
         tlm_fatal(std::move(error), std::move(context));
@@ -105,7 +103,7 @@ int tlm_tool_main(int argc, char** argv) {
     } catch (const std::exception& exception) {
         tlm_fatal(exception);
     } catch (...) {
-        throw;  // nobody further up handles it, and without a handler nothing would be released
+        throw;  // no caller catches it, and without a handler here no owner would release anything
     }
     return 0;
 }

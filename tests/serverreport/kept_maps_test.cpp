@@ -7,10 +7,8 @@
 #include <gtest/gtest.h>
 #include <oru.h>
 
-#include "serverreport/list_streams.h"
-#include "serverreport/stream_settings.h"
-#include "serverreport/stream_statistics.h"
-#include "serverreport/stream_summary.h"
+#include "serverreport/sections.h"
+#include "serverreport/stream_snapshot.h"
 #include "support/failing_allocations.h"
 
 namespace {

@@ -6,9 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "support/option_context.h"
-#include "tlm/identity_info.h"
-#include "tlm/stream_max_stats.h"
-#include "tlm/system_info.h"
+#include "tlm/sections.h"
 #include "tlm/tlm_tool.h"
 
 void print_stream_max_stats() {

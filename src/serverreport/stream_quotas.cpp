@@ -45,9 +45,9 @@ owned_object<OruMap> debug_of(const GList* link) {
         oru_stream_get_debug(object_in<OruStream>(link), std::out_ptr(error))};
 }
 
-// Returns the debug map of a stream, which contains the service-wide figures in use: that of the
-// first encoded stream, or, if this query fails, that of the first stream. Returns NULL if there is
-// none.
+// Returns a stream's debug map, which contains the service-wide figures in use: that of the first
+// encoded stream, or that of the first stream if none is encoded or the query fails. Returns NULL
+// if there is no stream or the last query fails.
 owned_object<OruMap> figures_in_use() {
     owned_error error;
     const owned_object_list streams{oru_stream_get_all(std::out_ptr(error))};

@@ -15,8 +15,7 @@ struct calls {
     // Every query of the service, every change of a map, every release and every text that was
     // printed through GLib, in their order; at the end what was never released.
     std::string queries = {};
-    // The same, and every text that was printed by other means; texts that follow each other are
-    // one.
+    // The same with every text that was printed by other means. Consecutive texts are joined.
     std::string steps = {};
     // What was read of maps that were held: which key of which, by which getter, with which
     // default. A "find" is a look-up in the native map.

@@ -10,10 +10,7 @@
 #include <oru.h>
 
 #include "report/number.h"
-#include "serverreport/stream_settings.h"
 #include "serverreport/stream_snapshot.h"
-#include "serverreport/stream_statistics.h"
-#include "serverreport/stream_summary.h"
 #include "video/native.h"
 #include "video/owned.h"
 #include "snapshot/load.h"

@@ -33,7 +33,7 @@ def lines(none, failed):
 
 
 NO_CHANNELS = lines("No channels.", "Failed to get all channels: ")
-NO_INPUTS = lines("No inputs.", "Failed to get inputs: ")
+NO_INPUTS = [*lines("No inputs.", "Failed to get inputs: "), Kind(None, "", "Failed to create new OruMap.")]
 
 # In the order in which they are printed; what is printed for one switch in one row.
 ROWS = [
@@ -162,7 +162,8 @@ def read_section(report, at):
         except ValueError as error:  # malformed, or closed by the end of a later section
             malformed = f"not JSON: {error}"
     end = next_section(report, start, row)
-    broken = BREAK.search(report, start, end)
+    # One of these lines may also stand in the place of the inputs: then it is at the end.
+    broken = BREAK.search(report, start, max(end, report.find("\n", end)))
     if broken:
         end = next_section(report, broken.start(), row)
         return end, kind.title, None, report[broken.start() : end].removesuffix("\n")

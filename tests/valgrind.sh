@@ -1,15 +1,12 @@
 #!/bin/sh
 # Runs both tools under valgrind, with all switches, the recorder and the probe, on every snapshot
 # named: valgrind.sh BIN SNAPSHOT...
-# Any error, and any block that is lost, ends in a failure; tests/support/valgrind.supp names the
-# only exception. Blocks that are lost "indirectly" hang on one that is lost and is told of, or is
-# the exception: a client may give its maps memory whenever they are asked for something. Blocks that
-# are "possibly" lost are not: the C++ library's arenas are held by their last bytes alone, which is
-# what that means.
+# Any error, and any block that is lost, ends in a failure. A block that is lost "indirectly" is
+# reported with the lost block that refers to it. A block that is "possibly" lost is not lost: the C++
+# library's arenas are referred to by their last bytes alone.
 set -eu
 bin=$1
 shift
-here=$(dirname "$0")
 status=0
 runs=0
 
@@ -22,7 +19,7 @@ check() {
     result=0
     ORU_SNAPSHOT=$snapshot valgrind -q --error-exitcode=99 --leak-check=full \
         --errors-for-leak-kinds=definite --show-leak-kinds=definite --num-callers=40 \
-        --suppressions="$here/support/valgrind.supp" "$bin/$program" "$@" >/dev/null 2>"$log" ||
+        "$bin/$program" "$@" >/dev/null 2>"$log" ||
         result=$?
     runs=$((runs + 1))
     if [ "$result" -gt 1 ]; then

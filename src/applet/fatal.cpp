@@ -23,9 +23,10 @@ void tlm_fatal(const char* message) {
     fatal(tlm_prefix, message);
 }
 
-void tlm_fatal(owned_error option_error) {
+void tlm_fatal(owned_error option_error, owned_option_context context) {
     const auto message = std::string("Option parsing failed: ") + message_of(option_error.get());
     option_error.reset();
+    context.reset();
     fatal(tlm_prefix, message);
 }
 

@@ -1,4 +1,4 @@
-// The program's entry: picks the tool by the name under which the program was started.
+// The program's entry. Selects the tool by the name under which the program was started.
 
 #include <assert.h>
 
@@ -10,8 +10,9 @@
 #include "serverreport/serverreport_tool.h"
 #include "tlm/tlm_tool.h"
 
-// assert() spelt out: compilers differ in how they write main's signature, and the file they name
-// would carry the build's path. It stays on in every build type.
+// Prints what assert() prints, with the same text for every compiler and build folder: compilers
+// write the signature of main differently, and __FILE__ contains a path. Active in every build
+// type.
 #define APPLET_ASSERT(expression) \
     ((expression)                 \
          ? void()                 \
@@ -33,7 +34,7 @@ int main(int argc, char** argv) {
         std::fputs("oru-cgi-applet: Invoke 'oru-tlm-tool' or 'oru-serverreport-tool'!\n", stderr);
         return EXIT_FAILURE;
     } catch (const std::exception& exception) {
-        // The programs that start the tools rely on status 0 here.
+        // The programs that start the tools rely on status 0.
         std::fprintf(stderr, "oru-cgi-applet: %s\n", exception.what());
         return EXIT_SUCCESS;
     }

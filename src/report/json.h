@@ -1,6 +1,6 @@
-// JSON for the reports, through glaze, with the two text forms that are the reports' own hooked
-// in: numbers held as double (see number.h) and strings. Whoever writes JSON includes this header,
-// so that every part of the program writes the same forms.
+// JSON for the reports, written by glaze. Two text forms are the reports' own: numbers of type
+// double (see number.h) and strings. Every file that writes JSON must include this header, so that
+// all use these forms.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@
 
 #include "report/number.h"
 
-// The two forms come before glaze's JSON headers, which use the string form themselves.
+// The two forms must be defined before glaze's JSON headers, which use the one for strings.
 namespace glz {
 
 template <>
@@ -26,8 +26,8 @@ struct to<JSON, double> {
     }
 };
 
-// glaze's own string writer puts two NULs in place of a control character that has no short escape;
-// the reports copy such a byte as it is.
+// glaze's own writer replaces a control character without a short escape by two NULs. The reports
+// contain such a byte unchanged.
 template <>
 struct to<JSON, std::string_view> {
     template <auto Options>
@@ -52,7 +52,7 @@ struct to<JSON, std::string_view> {
         position = static_cast<std::size_t>(out - &buffer[0]);
     }
 
-    // What follows the backslash, for each byte that is escaped.
+    // The character after the backslash for each byte that is escaped, otherwise 0.
     static constexpr auto short_escapes = [] {
         std::array<char, 256> table{};
         table['"'] = '"';
@@ -73,25 +73,30 @@ struct to<JSON, std::string> : to<JSON, std::string_view> {};
 
 #include <glaze/json.hpp>
 
-// A JSON value; objects keep their members in ascending byte order of the keys.
+// A JSON value. The members of an object are in ascending byte order of their keys.
 using json = glz::generic_json<glz::num_mode::f64, glz::generic_sorted_map>;
 
-// What the two documents of the feeder tool look like.
+// The layout of the feeder tool's two documents.
 struct document_options : glz::opts {
     bool prettify = true;
     uint8_t indentation_width = 4;
     bool new_lines_in_arrays = false;
 };
 
-// Returns a view of the objects `parts` that is written as one object, their members in turn.
+// Returns a view of the objects `parts` that glaze writes as one object: the members of the first,
+// then those of the second, and so on.
 template <class... Parts>
 glz::merge<const Parts&...> merged(const Parts&... parts) {
     return {glz::tie(parts...)};
 }
 
-// Writes `value` compactly into `out`, whose old text goes. Returns false when glaze reports an
-// error; the text is then not to be printed.
+// These replace `out` by the text of `value`, in compact form or with the layout of the feeder
+// tool's documents. They return false if glaze reports an error; `out` must not be printed then.
 template <class Value>
 bool write_compact(const Value& value, std::string& out) {
     return !glz::write_json(value, out);
+}
+template <class Value>
+bool write_document(const Value& value, std::string& out) {
+    return !glz::write<document_options{}>(value, out);
 }

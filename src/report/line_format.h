@@ -1,5 +1,5 @@
-// A text with one {} for a value. std::format would do, but brings the tables of locales and the
-// writing of every kind of number: a quarter of a tool, mapped and relocated at each start.
+// A text with one {} for a value. std::format would add a quarter to the size of a tool, mapped and
+// relocated at each start: tables of locales, and writers for every type of number.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 class line_format {
   public:
-    // Does not compile for a text without a {} or with another brace. Keeps `text`.
+    // Does not compile if `text` has no {} or another brace. `text` must outlive the object.
     consteval line_format(const char* text) : text_(text), place_(text_.find("{}")) {
         if (place_ == std::string_view::npos || text_.find_first_of("{}") != place_ ||
             text_.find_first_of("{}", place_ + 2) != std::string_view::npos) {
@@ -15,7 +15,7 @@ class line_format {
         }
     }
 
-    // Returns the text with `value` in place of its {}.
+    // Returns the text with its {} replaced by `value`.
     std::string with(std::string_view value) const {
         return std::string(text_.substr(0, place_)).append(value).append(text_.substr(place_ + 2));
     }

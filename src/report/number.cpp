@@ -15,7 +15,7 @@ char* put(char* out, std::string_view text) {
     return out + text.size();
 }
 
-// `digits` without trailing zeros, the first of them worth 10^exponent.
+// Writes `digits`, which have no trailing zeros. The first one has the place value 10^exponent.
 char* put_digits(char* out, std::string_view digits, int exponent) {
     const int count = static_cast<int>(digits.size());
     if (exponent >= count || exponent < -4) {
@@ -60,7 +60,7 @@ char* write_number(double value, char* out) {
     }
 
     char text[significant_digits + 8];  // d.ddddddddddddddddde-ddd
-    // Nearly every figure is a whole number that has no more digits than these: nothing to round.
+    // Most numbers are whole and have at most 17 digits, so that nothing has to be rounded.
     if (constexpr double first_longer = 1e17; value < first_longer) {
         const auto whole = static_cast<std::uint64_t>(value);
         if (static_cast<double>(whole) == value) {
@@ -78,6 +78,6 @@ char* write_number(double value, char* out) {
     if (mark[1] == '-') {
         exponent = -exponent;
     }
-    text[1] = text[0];  // closes the gap of the point
+    text[1] = text[0];  // removes the point
     return put_digits(out, without_trailing_zeros({text + 1, significant_digits}), exponent);
 }

@@ -5,21 +5,22 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 
 #include "report/output.h"
 
 namespace {
 
-const char* lost_help_prefix = nullptr;  // set while GLib may print its help
+const char* error_prefix = nullptr;  // set while GLib may print the help
 
-void check_help() {
-    if (lost_help_prefix == nullptr) {
+void check_help_at_exit() {
+    if (error_prefix == nullptr) {
         return;
     }
     try {
         check_standard_output();
     } catch (const std::exception& error) {
-        std::fputs(lost_help_prefix, stderr);
+        std::fputs(error_prefix, stderr);
         std::fputs(error.what(), stderr);
         std::fputs("\n", stderr);
         _exit(EXIT_FAILURE);
@@ -28,12 +29,11 @@ void check_help() {
 
 }  // namespace
 
-gboolean parse_switches(GOptionContext* context, const GOptionEntry* switches, int argc,
-                        char** argv, const char* lost_help, GError** error) {
-    g_option_context_add_main_entries(context, switches, nullptr);
-    lost_help_prefix = lost_help;
-    std::atexit(check_help);
-    const gboolean parsed = g_option_context_parse(context, &argc, &argv, error);
-    lost_help_prefix = nullptr;
-    return parsed;
+owned_error parse_options(GOptionContext* context, int argc, char** argv, const char* help_error) {
+    error_prefix = help_error;
+    std::atexit(check_help_at_exit);
+    owned_error error;
+    g_option_context_parse(context, &argc, &argv, std::out_ptr(error));
+    error_prefix = nullptr;
+    return error;
 }

@@ -1,14 +1,12 @@
-// The command lines of the tools: plain switches, read by GLib.
+// The command lines of the tools.
 #pragma once
 
-#include <glib.h>
+#include "video/owned.h"
 
-// Adds `switches`, a table of G_OPTION_ARG_NONE entries that ends in an all-zero one, to `context`
-// and sets the targets of those given on the command line. Returns FALSE and sets `error`, unless
-// that is NULL, when GLib refuses the command line.
+// Parses the command line, sets the switches that it contains, and returns the error if GLib
+// rejects it, otherwise NULL.
 //
-// GLib prints its help itself and then ends the process with status 0. When that help does not
-// reach standard output, the exit says so: `lost_help` and the reason on standard error, status 1.
-// `lost_help` must outlive the process.
-gboolean parse_switches(GOptionContext* context, const GOptionEntry* switches, int argc,
-                        char** argv, const char* lost_help, GError** error);
+// GLib prints the help itself and then ends the process with status 0. If the help text cannot be
+// written to standard output, the status is 1, after `help_error` and the reason on standard error.
+// `help_error` must outlive the process.
+owned_error parse_options(GOptionContext* context, int argc, char** argv, const char* help_error);

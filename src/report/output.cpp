@@ -36,8 +36,7 @@ void print_line(line_format format, std::uint32_t value) {
     print_line(format, std::to_string(value));
 }
 
-// The frames go through GLib, which sends on what was printed so far: a run that ends badly has at
-// least told how far it came.
+// g_print() flushes the stream, so that a run which is killed has written its sections so far.
 void print_section_header(const char* title) {
     g_print("----- %s -----\n\n", title);
 }
@@ -51,7 +50,7 @@ void check_standard_output() {
     if (std::fflush(stdout) != 0) {
         throw_output_error(errno);
     }
-    // GLib ignores a failed write; the stream remembers it, without the reason.
+    // GLib ignores a write that fails. The stream keeps the fact, but not the reason.
     if (std::ferror(stdout) != 0) {
         throw_output_error(EIO);
     }

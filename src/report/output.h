@@ -1,5 +1,5 @@
-// The pieces through which report text reaches standard output. Everything goes through the one
-// stdio stream, so that GLib's own prints keep their place among ours.
+// Functions that print report text to standard output. All of them write to the one stdio stream,
+// as GLib's own prints do, so that every text comes out in the order in which it was printed.
 #pragma once
 
 #include <cstdint>
@@ -7,19 +7,20 @@
 
 #include "report/line_format.h"
 
-// Prints `text` as it is. A write that fails is thrown as a std::system_error.
+// Prints `text`. Throws a std::system_error if the write fails.
 void print(std::string_view text);
 
-// Prints one line: `text`, or the format with `value` in place of its {}. Throws like print().
+// These print one line: `text`, or `format` with its {} replaced by `value`. They throw as print()
+// does.
 void print_line(std::string_view text);
 void print_line(line_format format, std::string_view value);
 void print_line(line_format format, std::uint32_t value);
 
-// The frame of a report section: its title line and an empty line before, an empty line after. A
-// write that fails here is told by check_standard_output().
+// These print the title line of a section and an empty line, and the empty line after the section.
+// check_standard_output() reports a write that fails here.
 void print_section_header(const char* title);
 void print_section_end();
 
-// Flushes standard output and throws a std::system_error when anything printed so far, GLib's
-// prints included, did not arrive.
+// Flushes standard output. Throws a std::system_error if any text printed so far, by GLib too,
+// could not be written.
 void check_standard_output();

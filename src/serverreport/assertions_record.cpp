@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t cut_off = std::string_view::npos;
 
-// Returns the end of the string, comment or single byte that begins at `start`, or cut_off when the
+// Returns the end of the string, comment or single byte that begins at `start`, or cut_off if the
 // text ends within a block comment.
 std::size_t end_of_token(std::string_view text, std::size_t start) {
     const std::string_view rest = text.substr(start);
@@ -32,26 +32,27 @@ std::size_t end_of_token(std::string_view text, std::size_t start) {
     return start + 1;
 }
 
-// Returns the text with a blank for every comment, or nothing when it ends within one.
+// Returns the text with every comment replaced by a blank, or nothing if it ends within a block
+// comment.
 std::optional<std::string> without_comments(std::string_view text) {
-    std::string kept;
-    kept.reserve(text.size());
+    std::string result;
+    result.reserve(text.size());
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t end = end_of_token(text, start);
         if (end == cut_off) {
             return std::nullopt;
         }
         const std::string_view token = text.substr(start, end - start);
-        kept += token.starts_with("//") || token.starts_with("/*") ? " " : token;
+        result += token.starts_with("//") || token.starts_with("/*") ? " " : token;
         start = end;
     }
-    return kept;
+    return result;
 }
 
 }  // namespace
 
 std::string compact_record(std::string record) {
-    // The minifier stops at a comment without a word, so it gets none to see.
+    // The minifier stops at a comment without an error.
     std::optional<std::string> plain = without_comments(record);
     if (!plain || glz::validate_json(*plain)) {
         return record;

@@ -1,5 +1,3 @@
-#include "serverreport/available_resolutions.h"
-
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,14 +6,15 @@
 
 #include "report/output.h"
 #include "serverreport/channel_list.h"
+#include "serverreport/sections.h"
 #include "video/error_message.h"
 #include "video/native.h"
 #include "video/owned.h"
 
 namespace {
 
-// The first resolution is followed by a comma even when it is the only one: the readers of the
-// report count on it.
+// A comma follows the first resolution even if it is the only one. The readers of the report rely
+// on it.
 void print_resolutions(const std::vector<native_resolution>& resolutions) {
     for (std::size_t index = 0; index < resolutions.size(); ++index) {
         print(std::to_string(resolutions[index].width) + 'x' +
@@ -47,7 +46,7 @@ void list_available_resolutions() {
         oru_map_set_string(filter.get(), "select", "available");
         print("        {\"channel\":\"" + std::to_string(oru_channel_get_id(channel)) + "\",");
         owned_error error;
-        const owned_block resolutions{
+        owned_block resolutions{
             oru_channel_get_resolutions(channel, filter.get(), std::out_ptr(error))};
         if (resolutions == nullptr) {
             g_print("\nFailed to get resolutions: %s\n", message_of(error.get()));
@@ -55,6 +54,7 @@ void list_available_resolutions() {
         }
         print("\"resolutions\":\"");
         print_resolutions(native_resolutions(resolutions.get()));
+        resolutions.reset();
         print("\"}");
         print(link->next != nullptr ? ",\n" : "\n");
     }

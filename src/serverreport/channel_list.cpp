@@ -10,11 +10,9 @@
 owned_object_list all_channels() {
     owned_error error;
     owned_object_list channels{oru_channel_get_all(std::out_ptr(error))};
-    if (error != nullptr) {
+    if (channels == nullptr && error != nullptr) {
         g_print("Failed to get all channels: %s\n", message_of(error.get()));
-        return nullptr;
-    }
-    if (channels == nullptr) {
+    } else if (channels == nullptr) {
         g_print("No channels.\n");
     }
     return channels;

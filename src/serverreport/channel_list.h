@@ -1,8 +1,7 @@
-// The service's channels, as two sections of the server report walk them.
+// The list of channels, which two sections print.
 #pragma once
 
 #include "video/owned.h"
 
-// Returns all channels. When there are none, or they cannot be had, says so on standard output and
-// returns NULL.
+// Returns all channels. Prints a line and returns NULL if there are none or the query fails.
 owned_object_list all_channels();

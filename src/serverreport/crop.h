@@ -1,4 +1,4 @@
-// A crop rectangle as the channel and the input section report it.
+// The record of a crop rectangle, which the sections of the channels and of the inputs print.
 #pragma once
 
 #include <cstdint>
@@ -17,17 +17,16 @@ struct crop {
     std::uint32_t max_height = 0;
 };
 
-// What is printed of it, members in their order; without the figures where there is no crop.
+// The members of the record in the order in which they are printed. Without crop, there are no
+// figures.
 struct crop_state {
     std::string_view crop;
     std::optional<double> height = {}, maxheight = {}, maxwidth = {}, width = {}, x = {}, y = {};
 };
 
-// A state under the name of its channel or input, such as id/0.
+// The state under the name of its channel or input, such as id/0.
 using crop_record = std::map<std::string, crop_state>;
 
-// Returns the record of a channel or input that can be cropped.
+// Return the record of a channel or input that can be cropped, and of one that cannot.
 crop_record crop_record_of(std::uint32_t number, const crop& crop);
-
-// Returns the record of one that cannot.
 crop_record no_crop_record_of(std::uint32_t number);

@@ -1,5 +1,3 @@
-#include "serverreport/list_channels.h"
-
 #include <memory>
 #include <string>
 
@@ -9,19 +7,21 @@
 #include "report/output.h"
 #include "serverreport/channel_list.h"
 #include "serverreport/crop.h"
+#include "serverreport/sections.h"
 #include "video/error_message.h"
 #include "video/native.h"
 #include "video/owned.h"
 
 namespace {
 
-// The channel's crop, all zero when either part of it cannot be had.
+// Returns the channel's crop. All figures are 0 if one of the two queries fails.
 crop crop_of(OruChannel* channel) {
-    crop read;
-    if (oru_channel_get_crop(channel, &read.x, &read.y, &read.width, &read.height, nullptr) !=
-            FALSE &&
-        oru_channel_get_crop_max(channel, &read.max_width, &read.max_height, nullptr) != FALSE) {
-        return read;
+    crop rectangle;
+    if (oru_channel_get_crop(channel, &rectangle.x, &rectangle.y, &rectangle.width,
+                             &rectangle.height, nullptr) != FALSE &&
+        oru_channel_get_crop_max(channel, &rectangle.max_width, &rectangle.max_height, nullptr) !=
+            FALSE) {
+        return rectangle;
     }
     return {};
 }
@@ -40,7 +40,7 @@ void list_channels() {
     bool separator_due = false;
     std::string text;
     for (const GList* link = channels.get(); link != nullptr; link = link->next) {
-        // Before the query, so that its failure line has a line of its own.
+        // Before the query: if it fails, its message gets a line of its own.
         if (separator_due) {
             print(",\n");
             separator_due = false;

@@ -1,5 +1,3 @@
-#include "serverreport/list_inputs.h"
-
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -11,6 +9,7 @@
 #include "report/json.h"
 #include "report/output.h"
 #include "serverreport/crop.h"
+#include "serverreport/sections.h"
 #include "video/error_message.h"
 #include "video/native.h"
 #include "video/owned.h"
@@ -19,33 +18,36 @@ namespace {
 
 owned_object_list input_channels() {
     const owned_object<OruMap> filter{oru_map_new()};
+    if (filter == nullptr) {
+        g_print("Failed to create new OruMap.\n");
+        return nullptr;
+    }
     oru_map_set_string(filter.get(), "key", "input");
     owned_error error;
     owned_object_list channels{oru_channel_get_filtered(filter.get(), std::out_ptr(error))};
-    if (error != nullptr) {
+    if (channels == nullptr && error != nullptr) {
         g_print("Failed to get inputs: %s\n", message_of(error.get()));
-        return nullptr;
-    }
-    if (channels == nullptr) {
+    } else if (channels == nullptr) {
         g_print("No inputs.\n");
     }
     return channels;
 }
 
-// The input's record, or none when its crop rectangle cannot be had.
+// Returns the input's record, or nothing if the query for its crop rectangle fails.
 std::optional<crop_record> record_of(std::uint32_t number, OruInput* input, OruMap* info) {
     if (oru_map_get_boolean(info, "crop.possible", FALSE) == FALSE) {
         return no_crop_record_of(number);
     }
-    crop read;
-    if (oru_input_get_crop(input, &read.x, &read.y, &read.width, &read.height, nullptr) == FALSE) {
+    crop rectangle;
+    if (oru_input_get_crop(input, &rectangle.x, &rectangle.y, &rectangle.width, &rectangle.height,
+                           nullptr) == FALSE) {
         return std::nullopt;
     }
     constexpr std::uint64_t no_maximum = std::numeric_limits<std::uint64_t>::max();
     const auto [width, height] = halves_of(oru_map_get_pair32u(info, "crop.max", no_maximum));
-    read.max_width = width;
-    read.max_height = height;
-    return crop_record_of(number, read);
+    rectangle.max_width = width;
+    rectangle.max_height = height;
+    return crop_record_of(number, rectangle);
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include "serverreport/list_output.h"
-
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -13,19 +11,20 @@
 #include "applet/fatal.h"
 #include "report/json.h"
 #include "report/output.h"
+#include "serverreport/sections.h"
 #include "video/owned.h"
 
 namespace {
 
-// Never with a comma, wherever the device stands.
+// Returns what printf's "%f" prints in the C locale.
 std::string six_decimals(double value) {
     if (std::isnan(value)) {
-        return std::signbit(value) ? "-nan" : "nan";  // C++ libraries differ in what they write
+        return std::signbit(value) ? "-nan" : "nan";  // C++ libraries write it differently
     }
     char text[std::numeric_limits<double>::max_exponent10 + 10];
-    const auto written =
-        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 6);
-    return std::string(text, written.ptr);
+    char* const end =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 6).ptr;
+    return {text, end};
 }
 
 std::map<std::string_view, std::string> output_state(OruMap* settings, OruMap* info) {
@@ -62,15 +61,15 @@ void list_output() {
         return;
     }
     const owned_object<OruOutput> output{oru_output_new(0, std::out_ptr(error))};
-    if (output == nullptr) {
+    if (error != nullptr || output == nullptr) {
         serverreport_fatal("Failed to get output: {}", error.get());
     }
     const owned_object<OruMap> settings{oru_output_get_settings(output.get(), std::out_ptr(error))};
-    if (settings == nullptr) {
+    if (error != nullptr || settings == nullptr) {
         serverreport_fatal("Failed to get output settings: {}", error.get());
     }
     const owned_object<OruMap> info{oru_output_get_info(output.get(), std::out_ptr(error))};
-    if (info == nullptr) {
+    if (error != nullptr || info == nullptr) {
         serverreport_fatal("Failed to get output info: {}", error.get());
     }
 

@@ -1,5 +1,3 @@
-#include "serverreport/previous_assertions.h"
-
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -10,13 +8,14 @@
 #include "report/json.h"
 #include "report/output.h"
 #include "serverreport/assertions_record.h"
+#include "serverreport/sections.h"
 
 namespace {
 
 constexpr const char* record_directory = "/etc/oru/";
 constexpr const char* record_name = "dsp-assertion";
 
-void complain(const std::filesystem::path& path, const glz::error_ctx& error) {
+void print_read_error(const std::filesystem::path& path, const glz::error_ctx& error) {
     const std::string line =
         "Failed reading '" + path.native() + "': " + glz::format_error(error) + '\n';
     if (std::fputs(line.c_str(), stderr) == EOF) {
@@ -24,17 +23,18 @@ void complain(const std::filesystem::path& path, const glz::error_ctx& error) {
     }
 }
 
-// Returns the record's text, empty after a complaint when it cannot be read.
-std::string read_record(const std::filesystem::path& path, const std::filesystem::file_status& is) {
+// Returns the record's text, or the empty text, after an error line, if it cannot be read.
+std::string read_record(const std::filesystem::path& path,
+                        const std::filesystem::file_status& status) {
     std::string record;
     glz::error_ctx error{.ec = glz::error_code::file_open_failure};
-    std::error_code unknown_size;
-    if (std::filesystem::is_regular_file(is) &&  // anything else could keep the report waiting
-        std::filesystem::file_size(path, unknown_size) <= record.max_size()) {
+    std::error_code size_error;
+    if (std::filesystem::is_regular_file(status) &&  // a read from anything else could block
+        std::filesystem::file_size(path, size_error) <= record.max_size()) {
         error.ec = glz::file_to_buffer(record, path.native());
     }
     if (error) {
-        complain(path, error);
+        print_read_error(path, error);
         record.clear();
     }
     return record;
@@ -46,7 +46,7 @@ void print_previous_assertions() {
     const auto path = std::filesystem::path(record_directory) / record_name;
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
-    // A record whose size or date is beyond what 32 bits hold is there, and cannot be read.
+    // With 32 bits, a status with a larger size or date cannot be read. The record exists, though.
     if (!std::filesystem::exists(status) && error != std::errc::value_too_large) {
         return;
     }

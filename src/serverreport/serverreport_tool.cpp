@@ -3,20 +3,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <memory>
 
 #include <glib.h>
 #include <glib/gprintf.h>
 
 #include "report/options.h"
 #include "report/output.h"
-#include "serverreport/available_resolutions.h"
-#include "serverreport/list_channels.h"
-#include "serverreport/list_inputs.h"
-#include "serverreport/list_output.h"
-#include "serverreport/list_streams.h"
-#include "serverreport/previous_assertions.h"
-#include "serverreport/stream_quotas.h"
+#include "serverreport/sections.h"
 #include "video/owned.h"
 
 namespace {
@@ -40,59 +33,62 @@ struct switches {
     gboolean stream_quotas = FALSE;
     gboolean list_output = FALSE;
     gboolean list_channels = FALSE;
-    gboolean list_resolutions = FALSE;  // accepted for its callers; no section answers to it
+    gboolean list_resolutions = FALSE;  // accepted, but no section belongs to it
     gboolean list_available_resolutions = FALSE;
     gboolean list_inputs = FALSE;
 };
 
-void parse_options(GOptionContext* context, switches& given, int argc, char** argv) {
+switches parse(GOptionContext* context, int argc, char** argv) {
+    switches requested;
     const GOptionEntry options[] = {
-        {"list-streams", 'l', 0, G_OPTION_ARG_NONE, &given.list_streams, "List existing streams",
-         nullptr},
-        {"stream-quotas", 'q', 0, G_OPTION_ARG_NONE, &given.stream_quotas,
+        {"list-streams", 'l', 0, G_OPTION_ARG_NONE, &requested.list_streams,
+         "List existing streams", nullptr},
+        {"stream-quotas", 'q', 0, G_OPTION_ARG_NONE, &requested.stream_quotas,
          "Display quotas and limits for streams", nullptr},
-        {"list-output", 'o', 0, G_OPTION_ARG_NONE, &given.list_output,
+        {"list-output", 'o', 0, G_OPTION_ARG_NONE, &requested.list_output,
          "Display information about HDMI", nullptr},
-        {"list-channels", 'c', 0, G_OPTION_ARG_NONE, &given.list_channels, "List existing channels",
-         nullptr},
-        {"list-resolutions", 'r', 0, G_OPTION_ARG_NONE, &given.list_resolutions,
+        {"list-channels", 'c', 0, G_OPTION_ARG_NONE, &requested.list_channels,
+         "List existing channels", nullptr},
+        {"list-resolutions", 'r', 0, G_OPTION_ARG_NONE, &requested.list_resolutions,
          "List resolutions for encoded formats and YUV", nullptr},
-        {"list-available-resolutions", 'a', 0, G_OPTION_ARG_NONE, &given.list_available_resolutions,
-         "List available resolutions", nullptr},
-        {"list-inputs", 'i', 0, G_OPTION_ARG_NONE, &given.list_inputs, "List existing inputs",
+        {"list-available-resolutions", 'a', 0, G_OPTION_ARG_NONE,
+         &requested.list_available_resolutions, "List available resolutions", nullptr},
+        {"list-inputs", 'i', 0, G_OPTION_ARG_NONE, &requested.list_inputs, "List existing inputs",
          nullptr},
         {},
     };
     g_option_context_set_summary(context, summary);
     g_option_context_set_description(context, description);
+    g_option_context_add_main_entries(context, options, nullptr);
 
-    owned_error error;
-    if (parse_switches(context, options, argc, argv, "oru-serverreport-tool: Exception ",
-                       std::out_ptr(error)) == FALSE) {
-        // The wording and the missing newline are what the callers know.
+    const owned_error error =
+        parse_options(context, argc, argv, "oru-serverreport-tool: Exception ");
+    if (error != nullptr) {
+        // The callers rely on this wording and on the missing newline.
         g_fprintf(stderr, "oru-serverreport-tool: Failed t parse options: %s.", error->message);
         std::exit(EXIT_FAILURE);
     }
+    return requested;
 }
 
-void run_sections(const switches& given) {
+void run_sections(const switches& requested) {
     print_previous_assertions();
-    if (given.list_streams != FALSE) {
+    if (requested.list_streams != FALSE) {
         list_streams();
     }
-    if (given.stream_quotas != FALSE) {
+    if (requested.stream_quotas != FALSE) {
         print_stream_quotas();
     }
-    if (given.list_output != FALSE) {
+    if (requested.list_output != FALSE) {
         list_output();
     }
-    if (given.list_channels != FALSE) {
+    if (requested.list_channels != FALSE) {
         list_channels();
     }
-    if (given.list_available_resolutions != FALSE) {
+    if (requested.list_available_resolutions != FALSE) {
         list_available_resolutions();
     }
-    if (given.list_inputs != FALSE) {
+    if (requested.list_inputs != FALSE) {
         list_inputs();
     }
     check_standard_output();
@@ -110,9 +106,7 @@ int serverreport_tool_main(int argc, char** argv) {
         std::exit(EXIT_FAILURE);
     }
     try {
-        switches given;
-        parse_options(context.get(), given, argc, argv);
-        run_sections(given);
+        run_sections(parse(context.get(), argc, argv));
     } catch (const std::exception& exception) {
         g_fprintf(stderr, "oru-serverreport-tool: Exception %s\n", exception.what());
         std::exit(EXIT_FAILURE);

@@ -1,5 +1,3 @@
-#include "serverreport/stream_quotas.h"
-
 #include <cstdint>
 #include <initializer_list>
 #include <map>
@@ -12,6 +10,7 @@
 #include "applet/fatal.h"
 #include "report/json.h"
 #include "report/output.h"
+#include "serverreport/sections.h"
 #include "serverreport/stream_snapshot.h"
 #include "video/native.h"
 #include "video/owned.h"
@@ -19,8 +18,8 @@
 namespace {
 
 struct figure {
-    const char* printed;
-    const char* read;
+    const char* name;  // in the report
+    const char* key;   // in the map
 };
 
 bool is_encoded(OruStream* stream) {
@@ -46,8 +45,9 @@ owned_object<OruMap> debug_of(const GList* link) {
         oru_stream_get_debug(object_in<OruStream>(link), std::out_ptr(error))};
 }
 
-// The service-wide figures in use, as any stream's debug map holds them: the first encoded stream's
-// for preference. NULL when there is none.
+// Returns a stream's debug map, which contains the service-wide figures in use: that of the first
+// encoded stream, or that of the first stream if none is encoded or the query fails. Returns NULL
+// if there is no stream or the last query fails.
 owned_object<OruMap> figures_in_use() {
     owned_error error;
     const owned_object_list streams{oru_stream_get_all(std::out_ptr(error))};
@@ -65,12 +65,12 @@ owned_object<OruMap> figures_in_use() {
     return debug_of(streams.get());
 }
 
-// Prints the line of one array's object. Returns false, with nothing printed, when it cannot be
-// written.
+// Prints the line of one array's object. Returns false and prints nothing if it cannot be written
+// as JSON.
 bool print_figures(OruMap* map, std::initializer_list<figure> figures) {
     std::map<std::string_view, std::string> object;
-    for (const auto& [printed, read] : figures) {
-        object[printed] = std::to_string(oru_map_get_uint32(map, read, 0));
+    for (const auto& [name, key] : figures) {
+        object[name] = std::to_string(oru_map_get_uint32(map, key, 0));
     }
     std::string text;
     if (!write_compact(object, text)) {
@@ -86,12 +86,12 @@ bool print_figures(OruMap* map, std::initializer_list<figure> figures) {
 void print_stream_quotas() {
     owned_error quota_error;
     const owned_object<OruMap> quota{oru_stream_get_quota(std::out_ptr(quota_error))};
-    if (quota == nullptr) {
+    if (quota_error != nullptr || quota == nullptr) {
         serverreport_fatal("Failed to get quota: {}", quota_error.get());
     }
     owned_error limit_error;
     const owned_object<OruMap> limit{oru_stream_get_limit(std::out_ptr(limit_error))};
-    if (limit == nullptr) {
+    if (limit_error != nullptr || limit == nullptr) {
         serverreport_fatal("Failed to get limit: {}", limit_error.get());
     }
     const owned_object<OruMap> debug = figures_in_use();

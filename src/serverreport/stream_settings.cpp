@@ -1,5 +1,3 @@
-#include "serverreport/stream_settings.h"
-
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -8,11 +6,12 @@
 
 #include "report/json.h"
 #include "report/output.h"
+#include "serverreport/stream_snapshot.h"
 #include "video/native.h"
 
-// The groups, members in the order in which they are printed; one without a value is left out.
-// Figures and switches are doubles, whose form the report's readers know; the source of the
-// picture, which stands last, is none.
+// The groups. Their members are printed in this order; one without a value is left out. Numbers and
+// booleans are doubles, because the readers of the report expect that form. Only the source of the
+// picture, the last member, is an integer.
 struct stream_basic {
     double channel;
     std::optional<double> compression = {};
@@ -56,7 +55,8 @@ struct stream_leanflow {
 
 namespace {
 
-// The service's codes in words, from 0 on; every further code is `other`.
+// Returns the word for a code, of which 0 has the first word. Returns `other` for a code without
+// one.
 const char* word_for(std::uint32_t code, std::span<const char* const> words, const char* other) {
     return code < words.size() ? words[code] : other;
 }
@@ -67,15 +67,15 @@ constexpr const char* h264_profiles[] = {"baseline", "main", "high"};
 constexpr const char* other_profiles[] = {"main", "main 10bit"};
 constexpr const char* fixed[] = {"fixed"};
 constexpr const char* drop[] = {"drop"};
-// Percent; the steps are smaller between 20 and 30.
+// Percent, by code.
 constexpr double strengths[] = {0, 10, 20, 25, 30, 40, 50, 60, 70, 80, 90, 100};
 
 bool is_uncompressed(std::uint32_t format) {
     return format == format_code::raw || format == 8 || format == 9;
 }
 
-// Whether the encoder's groups are printed: of the formats with an encoder, only these have groups
-// that the report's readers know.
+// Returns whether the groups of the encoder are printed. The readers of the report know them for
+// these formats only.
 bool shows_encoder(std::uint32_t format) {
     return format == format_code::h264 || format == format_code::h265 || format == format_code::av1;
 }
@@ -99,7 +99,7 @@ stream_basic basic_group(const stream_snapshot_entry& entry, const stream_pictur
             basic.is_signed = number_of("sign");
         }
     }
-    // Where the picture comes from: the first of these that the service names.
+    // The source of the picture: the first of these keys that the map contains.
     for (const auto& [source, member] : {std::pair{"input", &stream_basic::input},
                                          {"view", &stream_basic::view},
                                          {"warp", &stream_basic::warp}}) {

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Appends the number in `width` digits or more.
+// Appends the number with leading zeros up to `width` digits.
 void append_padded(std::string& text, std::uint64_t number, std::size_t width, int base) {
     char digits[20];
     const char* end = std::to_chars(digits, digits + sizeof digits, number, base).ptr;
@@ -21,7 +21,7 @@ void append_padded(std::string& text, std::uint64_t number, std::size_t width, i
 
 stream_picture picture_of(const stream_snapshot_entry& entry) {
     const std::uint32_t format = native_map_get_uint(entry.settings, "format", format_code::none);
-    // A raw stream's size follows its source, so the service keeps it with what changes.
+    // The size of a raw stream depends on its source, so the info map contains it.
     const bool is_raw = format == format_code::raw;
     OruMap* size = is_raw ? entry.info : entry.settings;
     return {

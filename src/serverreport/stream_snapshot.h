@@ -1,4 +1,4 @@
-// What the stream section keeps of one stream, and what its three arrays have in common.
+// A stream in the stream section, and what the section's three arrays have in common.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 #include <oru.h>
 
-// Codes of the service's video formats that the report treats in ways of their own.
+// The codes of the service's video formats that the report treats differently.
 namespace format_code {
 inline constexpr std::uint32_t h264 = 0;
 inline constexpr std::uint32_t h265 = 1;
@@ -18,8 +18,7 @@ inline constexpr std::uint32_t av1 = 10;
 inline constexpr std::uint32_t none = 0xFFFFFFFF;
 }  // namespace format_code
 
-// One reported stream. The maps are plain references that nobody releases: they live until the
-// process ends.
+// A reported stream. Its maps are never released.
 struct stream_snapshot_entry {
     std::uint32_t id;
     OruMap* info;
@@ -27,26 +26,32 @@ struct stream_snapshot_entry {
     OruMap* debug;
 };
 
-// The picture of a stream as its summary and its settings tell it.
+// These print the element of `entry` in the arrays "streams" (one line: what the stream is and how
+// it runs), "streaminfo" (its configuration in up to three groups) and "streamstatistics" (one
+// line: its counters and those of its clients). The element of the stream with the id `last_id` is
+// the last one.
+void print_stream_summary(const stream_snapshot_entry& entry, std::uint32_t last_id);
+void print_stream_settings(const stream_snapshot_entry& entry, std::uint32_t last_id);
+void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t last_id);
+
+// The picture of a stream in its summary and its settings.
 struct stream_picture {
-    std::uint32_t format;    // the code, format_code::none when not set
-    std::string name;        // the format's name; of a raw stream, its subformat
+    std::uint32_t format;    // the code, or format_code::none
+    std::string name;        // the format's name, or the subformat of a raw stream
     std::string resolution;  // such as 1920x1080
 };
 stream_picture picture_of(const stream_snapshot_entry& entry);
 
-// Returns a figure of a map as the double that the records hold it as, 0 when it is absent.
+// Returns the number under `key` as the double that the records contain, 0 if it is absent.
 inline double figure_of(OruMap* map, const char* key) {
     return oru_map_get_uint32(map, key, 0);
 }
 
-// Returns the name under which a stream stands in each array, such as id/0x0001.
+// Returns the name of a stream in each array, such as id/0x0001.
 std::string stream_label(std::uint32_t id);
 
-// Returns hours, minutes and seconds of a time, such as 100:00:59, whole seconds, hours not
-// wrapped.
+// Returns the whole seconds of a duration as hours, minutes and seconds, such as 100:00:59.
 std::string duration_text(std::int64_t microseconds);
 
-// Prints a stream's element of an array that has one element a line: its label over `text`. The
-// stream with the id `last_id` ends the array.
+// Prints an element that takes one line: the stream's label and `text`.
 void print_stream_line(std::uint32_t id, std::string_view text, std::uint32_t last_id);

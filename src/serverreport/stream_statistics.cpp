@@ -1,14 +1,14 @@
-#include "serverreport/stream_statistics.h"
-
 #include <array>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "report/json.h"
+#include "serverreport/stream_snapshot.h"
 #include "video/native.h"
 
-// The line's first members in the order in which they are printed, all of them doubles.
+// The first members of the line in the order in which they are printed, all of them doubles.
 struct stream_counters {
     double actual_framerate;
     double bitrate;
@@ -29,13 +29,22 @@ struct stream_counters {
 
 namespace {
 
-// The service counts for eight clients at most; the number stands in the fifth place of a key.
-template <class Read>
-void for_each_client(std::string key, const Read& read) {
-    for (char& number = key[4]; number < '8'; ++number) {
-        read(key);
-    }
-}
+// The keys of a client's data. The service reports eight clients at most.
+struct client_keys {
+    const char* duration;
+    const char* reclaim_count;
+    const char* reclaim_histogram;
+};
+constexpr client_keys clients[] = {
+    {"tlm[0].duration", "tlm[0].reclaim_count", "tlm[0].reclaim_histogram"},
+    {"tlm[1].duration", "tlm[1].reclaim_count", "tlm[1].reclaim_histogram"},
+    {"tlm[2].duration", "tlm[2].reclaim_count", "tlm[2].reclaim_histogram"},
+    {"tlm[3].duration", "tlm[3].reclaim_count", "tlm[3].reclaim_histogram"},
+    {"tlm[4].duration", "tlm[4].reclaim_count", "tlm[4].reclaim_histogram"},
+    {"tlm[5].duration", "tlm[5].reclaim_count", "tlm[5].reclaim_histogram"},
+    {"tlm[6].duration", "tlm[6].reclaim_count", "tlm[6].reclaim_histogram"},
+    {"tlm[7].duration", "tlm[7].reclaim_count", "tlm[7].reclaim_histogram"},
+};
 
 stream_counters counters_of(const stream_snapshot_entry& entry) {
     stream_counters counters{
@@ -54,40 +63,32 @@ stream_counters counters_of(const stream_snapshot_entry& entry) {
     return counters;
 }
 
-std::map<std::string, std::string> durations_of(OruMap* debug) {
-    std::map<std::string, std::string> durations;
-    for_each_client("tlm[0].duration", [&](const std::string& key) {
-        const std::int64_t duration = oru_map_get_int64(debug, key.c_str(), -1);
-        if (duration >= 0) {
-            durations.insert_or_assign(key, duration_text(duration));
-        }
-    });
-    return durations;
-}
-
 }  // namespace
 
 void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t last_id) {
-    const stream_counters counters = counters_of(entry);
-    const auto durations = durations_of(entry.debug);
-    std::map<std::string, std::uint32_t> reclaim_counts;
-    std::map<std::string, glz::raw_json> reclaim_histograms;
-    for_each_client("tlm[0].reclaim_histogram", [&](const std::string& key) {
-        const char* histogram = oru_map_get_string(entry.debug, key.c_str(), nullptr, nullptr);
+    std::map<std::string_view, std::string> durations;
+    std::map<std::string_view, std::uint32_t> reclaim_counts;
+    std::map<std::string_view, glz::raw_json> reclaim_histograms;
+    for (const client_keys& client : clients) {
+        const std::int64_t duration = oru_map_get_int64(entry.debug, client.duration, -1);
+        if (duration >= 0) {
+            durations[client.duration] = duration_text(duration);
+        }
+        const char* histogram =
+            oru_map_get_string(entry.debug, client.reclaim_histogram, nullptr, nullptr);
         if (histogram == nullptr) {
-            return;
+            continue;
         }
-        const std::string count_key = key.substr(0, key.find('.')) + ".reclaim_count";
-        const std::uint32_t count = oru_map_get_uint32(entry.debug, count_key.c_str(), 0);
-        if (count == 0) {
-            return;
+        const std::uint32_t count = oru_map_get_uint32(entry.debug, client.reclaim_count, 0);
+        if (count != 0) {
+            reclaim_counts[client.reclaim_count] = count;
+            reclaim_histograms[client.reclaim_histogram] = '[' + std::string(histogram) + ']';
         }
-        reclaim_counts.insert_or_assign(count_key, count);
-        reclaim_histograms.insert_or_assign(key, '[' + std::string(histogram) + ']');
-    });
+    }
 
     std::string text;
-    if (write_compact(merged(counters, durations, reclaim_counts, reclaim_histograms), text)) {
+    if (write_compact(merged(counters_of(entry), durations, reclaim_counts, reclaim_histograms),
+                      text)) {
         print_stream_line(entry.id, text, last_id);
     }
 }

@@ -1,14 +1,13 @@
-#include "serverreport/stream_summary.h"
-
 #include <array>
 #include <map>
 #include <string>
 #include <string_view>
 
 #include "report/json.h"
+#include "serverreport/stream_snapshot.h"
 
-// The line's members in the order in which they are printed: these, the names of the stream's
-// clients, and the rest.
+// The members of the line in the order in which they are printed: these, then the identities of the
+// stream's clients, then the rest.
 struct stream_summary {
     std::uint32_t bitrate;
     std::uint32_t channel;
@@ -26,13 +25,13 @@ struct stream_summary_rest {
 
 namespace {
 
-// The service names eight clients of a stream at most.
-constexpr std::array identities = {"identity[0]", "identity[1]", "identity[2]", "identity[3]",
-                                   "identity[4]", "identity[5]", "identity[6]", "identity[7]"};
+// The keys of the identities of a stream's clients. The service reports eight at most.
+constexpr std::array identity_keys = {"identity[0]", "identity[1]", "identity[2]", "identity[3]",
+                                      "identity[4]", "identity[5]", "identity[6]", "identity[7]"};
 
 std::map<std::string_view, std::string_view> clients_of(OruMap* info) {
     std::map<std::string_view, std::string_view> clients;
-    for (const char* key : identities) {
+    for (const char* key : identity_keys) {
         if (const char* identity = oru_map_get_string(info, key, nullptr, nullptr)) {
             clients[key] = identity;
         }

@@ -1,5 +1,3 @@
-#include "tlm/identity_info.h"
-
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -8,6 +6,7 @@
 
 #include "report/json.h"
 #include "report/output.h"
+#include "tlm/sections.h"
 #include "video/native.h"
 #include "video/owned.h"
 
@@ -19,7 +18,7 @@ void print_identity_info() {
         return;
     }
     const owned_object<OruMap> counters{oru_map_filter_prefix(debug.get(), prefix)};
-    if (oru_map_empty(counters.get()) != FALSE) {
+    if (counters == nullptr || oru_map_empty(counters.get()) != FALSE) {
         return;
     }
 
@@ -33,8 +32,7 @@ void print_identity_info() {
 
     std::string text;
     text.reserve(512);
-    if (glz::write<document_options{}>(document, text)) {
-        return;
+    if (write_document(document, text)) {
+        print_line("{}", text);
     }
-    print_line("{}", text);
 }

@@ -1,11 +1,10 @@
-#include "tlm/stream_max_stats.h"
-
 #include <cstdint>
 #include <memory>
 
 #include <oru.h>
 
 #include "report/output.h"
+#include "tlm/sections.h"
 #include "video/owned.h"
 
 void print_stream_max_stats() {

@@ -1,5 +1,3 @@
-#include "tlm/system_info.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <string>
@@ -8,15 +6,17 @@
 
 #include "report/json.h"
 #include "report/output.h"
+#include "tlm/sections.h"
 #include "video/native.h"
 #include "video/owned.h"
 
-// The document, members in the order in which they are written. A table that could not be had stays
-// empty, and its member is then written without a value (raw_json would become null).
+// The document; its members are written in this order. A table that the service does not report
+// stays empty, and its member is written without a value (a glz::raw_json would be written as
+// null).
 struct SystemInfoReport {
     std::uint32_t inputs = 0;
-    glz::text capturemodes;  // from input name to resolution, as JSON
-    glz::text viewmode;      // the mode information that is not about capture, as JSON
+    glz::text capturemodes;  // JSON: the resolution of each input
+    glz::text viewmode;      // JSON: the mode information that is not about capture
 };
 
 namespace {
@@ -29,7 +29,7 @@ void read_inputs(SystemInfoReport& report) {
     report.inputs = oru_map_get_uint32(channels.get(), "input.count", 1);
 
     native_table capture_modes;
-    // 64 bits, so that the walk ends for the largest count as well.
+    // 64 bits, so that the loop ends for the largest count.
     for (std::uint64_t number = 1; number <= report.inputs; ++number) {
         const owned_object<OruInput> input{
             oru_input_new(static_cast<std::uint32_t>(number), nullptr)};
@@ -65,7 +65,7 @@ void read_view_mode(SystemInfoReport& report) {
     for (const std::string& key : native.keys()) {
         std::string name = key;
         std::ranges::replace(name, '.', '_');
-        view_mode.insert(name, native, key);  // of two keys that become one, the first stays
+        view_mode.insert(name, native, key);  // the first of two equal names stays
     }
     report.viewmode.str = view_mode.to_json();
 }
@@ -79,8 +79,7 @@ void print_system_info() {
 
     std::string text;
     text.reserve(512);
-    if (!write_compact(report, text)) {
-        return;
+    if (write_compact(report, text)) {
+        print_line("{}", glz::prettify_json<document_options{}>(text));
     }
-    print_line("{}", glz::prettify_json<document_options{}>(text));
 }

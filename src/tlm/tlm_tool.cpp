@@ -1,20 +1,17 @@
 #include "tlm/tlm_tool.h"
 
+#include <algorithm>
 #include <exception>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include <glib.h>
 
 #include "applet/fatal.h"
 #include "report/options.h"
 #include "report/output.h"
-#include "tlm/identity_info.h"
-#include "tlm/stream_max_stats.h"
-#include "tlm/system_info.h"
+#include "tlm/sections.h"
 #include "video/owned.h"
 
 namespace {
@@ -43,41 +40,47 @@ constexpr const char* description =
     "  oru-tlm-tool --identity-info\n"
     "  oru-tlm-tool --system-info\n";
 
-// GLib ignores a value attached to a switch, as in --system-info=no; here it is an error. Returns
-// it, or NULL.
-owned_error attached_value(const std::vector<std::string_view>& arguments) {
-    for (const std::string_view argument : arguments) {
-        if (argument == "--") {
-            break;  // what follows is no option
-        }
-        for (const GOptionEntry* entry = options; entry->long_name != nullptr; ++entry) {
-            const std::string name = std::string("--") + entry->long_name;
-            if (argument.starts_with(name + '=')) {
-                return owned_error{g_error_new(G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
-                                               "Option %s takes no value", name.c_str())};
-            }
+// Returns the switch to which the argument attaches a value, such as --system-info for
+// --system-info=no, otherwise the empty text.
+std::string switch_with_value(std::string_view argument) {
+    for (const GOptionEntry* entry = options; entry->long_name != nullptr; ++entry) {
+        const std::string name = std::string("--") + entry->long_name;
+        if (argument.starts_with(name + '=')) {
+            return name;
         }
     }
-    return nullptr;
+    return "";
+}
+
+// Sets the switches that the command line contains. A value attached to a switch is an error; GLib
+// would ignore it. The first argument that is wrong or asks for help decides, so GLib gets only the
+// arguments before the value.
+owned_error parse(GOptionContext* context, int argc, char** argv) {
+    char** const end = std::find_if(argv + 1, argv + argc, [](std::string_view argument) {
+        return argument == "--" || !switch_with_value(argument).empty();
+    });
+    const std::string name = end != argv + argc ? switch_with_value(*end) : "";
+
+    owned_error error =
+        parse_options(context, static_cast<int>(end - argv), argv, "oru-tlm-tool: Exception: ");
+    if (error == nullptr && !name.empty()) {
+        error.reset(g_error_new(G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
+                                "Option %s takes no value", name.c_str()));
+    }
+    return error;
 }
 
 void run(int argc, char** argv) {
-    const std::vector<std::string_view> arguments(argv + 1, argv + argc);  // GLib changes argv
-
     owned_option_context context{g_option_context_new(parameters)};
     if (context == nullptr) {
         tlm_fatal("Failed creating option context");
     }
     g_option_context_set_summary(context.get(), summary);
     g_option_context_set_description(context.get(), description);
-    owned_error error;
-    if (parse_switches(context.get(), options, argc, argv,
-                       "oru-tlm-tool: Exception: ", std::out_ptr(error)) != FALSE) {
-        error = attached_value(arguments);
-    }
+    g_option_context_add_main_entries(context.get(), options, nullptr);
+    owned_error error = parse(context.get(), argc, argv);
     if (error != nullptr) {
-        context.reset();
-        tlm_fatal(std::move(error));
+        tlm_fatal(std::move(error), std::move(context));
     }
 
     if (stream_max_stats != FALSE) {
@@ -100,7 +103,7 @@ int tlm_tool_main(int argc, char** argv) {
     } catch (const std::exception& exception) {
         tlm_fatal(exception);
     } catch (...) {
-        throw;  // nobody further up handles it, and without a handler nothing would be released
+        throw;  // no caller catches it, and without a handler here no owner would release anything
     }
     return 0;
 }

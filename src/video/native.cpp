@@ -55,8 +55,8 @@ std::uint32_t native_map_get_uint(OruMap* map, const char* key, std::uint32_t de
     if (value == nullptr) {
         return def;
     }
-    if (const auto narrow = value->get_if<std::uint16_t>()) {
-        return *narrow;
+    if (const auto narrow_value = value->get_if<std::uint16_t>()) {
+        return *narrow_value;
     }
     return value->get_if<std::uint32_t>().value_or(def);
 }
@@ -87,14 +87,14 @@ std::string native_map::to_json() const {
     return json_of(as_map(map_));
 }
 
-// Kept in the order of the names: a map of the bus puts each further entry at its end then, which
-// takes no time to speak of however many there are.
+// Sorted by name, so that to_json() appends each entry at the end of the bus's map. An insertion
+// before others would take time in proportion to their number.
 struct native_table::content {
-    struct held {
+    struct row {
         std::string text;
-        const qw::value* copied;  // in place of the text, unless NULL
+        const qw::value* copied;  // replaces the text unless NULL
     };
-    std::map<std::string, held, std::less<>> rows;
+    std::map<std::string, row, std::less<>> rows;
 };
 
 native_table::native_table() : content_(std::make_unique<content>()) {}
@@ -103,19 +103,19 @@ native_table::~native_table() = default;
 
 void native_table::assign(std::string_view name, std::string_view text) {
     content_->rows.insert_or_assign(std::string{name},
-                                    content::held{.text = std::string{text}, .copied = nullptr});
+                                    content::row{.text = std::string{text}, .copied = nullptr});
 }
 
 void native_table::insert(std::string_view name, const native_map& from, std::string_view key) {
     content_->rows.try_emplace(std::string{name},
-                               content::held{.text = {}, .copied = as_map(from.map_).find(key)});
+                               content::row{.text = {}, .copied = as_map(from.map_).find(key)});
 }
 
 std::string native_table::to_json() const {
     qw::map map;
-    for (const auto& [name, held] : content_->rows) {
+    for (const auto& [name, row] : content_->rows) {
         map.insert(name,
-                   held.copied != nullptr ? *held.copied : qw::value(std::string_view{held.text}));
+                   row.copied != nullptr ? *row.copied : qw::value(std::string_view{row.text}));
     }
     return json_of(map);
 }
@@ -134,7 +134,7 @@ std::uint64_t native_resolution_count(const void* set) {
 }
 
 std::vector<native_resolution> native_resolutions(const void* set, std::uint64_t most) {
-    // They stand after their count.
+    // The resolutions follow their count.
     const std::uint64_t count = std::min(native_resolution_count(set), most);
     std::vector<native_resolution> resolutions;
     if (count > resolutions.max_size()) {

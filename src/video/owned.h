@@ -1,6 +1,5 @@
-// Scope-bound owners of what GLib and the video service hand out: each releases exactly once, on
-// every path, and none when it is empty. A GError out-parameter is written as std::out_ptr(error)
-// of a fresh owned_error.
+// Scope-bound owners of the objects, lists, errors and blocks that GLib and the video service
+// return. Pass std::out_ptr(error) of an owned_error as a GError out-parameter.
 #pragma once
 
 #include <memory>
@@ -10,7 +9,7 @@
 struct release_object {
     void operator()(gpointer object) const noexcept { g_object_unref(object); }
 };
-// Objects that were taken out of their links before are not released again.
+// A link whose object was taken contains NULL.
 struct release_object_list {
     void operator()(GList* list) const noexcept {
         g_list_free_full(list, [](gpointer object) {

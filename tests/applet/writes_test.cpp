@@ -201,6 +201,22 @@ TEST_P(each_switch, writes_to_a_pipe_without_reader) {
     expect_exception_line(tool, ignored);
 }
 
+// The section goes through GLib in no part, which would drop the reason.
+TEST(writes, the_reason_is_that_of_the_system) {
+    const temp_directory scratch;
+    const tool_run tool("oru-tlm-tool", {"-q"}, scratch.write("snapshot.json", "{}"));
+    const std::string start = "oru-tlm-tool: Exception: cannot write standard output: ";
+    EXPECT_EQ(tool.with_limited(&command::stdout_to, &result::out, 10),
+              ended(1, "MaxBufferB", start + "File too large\n"));
+    for (const auto& [stream, reason] :
+         {std::pair<std::string, std::string>{"/dev/full", "No space left on device"},
+          {closed_stream, "Bad file descriptor"}}) {
+        command what = tool.what();
+        what.stdout_to = stream;
+        EXPECT_EQ(run(what), ended(1, "", start + reason + "\n"));
+    }
+}
+
 // Returns `item` for each number from 1 to 500, in which # stands for it.
 std::string five_hundred(std::string_view item) {
     std::string items;

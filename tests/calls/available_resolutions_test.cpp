@@ -39,6 +39,41 @@ g_option_context_free
     EXPECT_EQ(made.classes, "");
 }
 
+TEST(calls_of_available_resolutions, the_block_is_freed_before_its_text_is_closed) {
+    EXPECT_EQ(report_calls(R"({"channel": {"all": [
+        {"id": 4, "resolutions": {"available": [[1, 2], [3, 4]]}},
+        {"id": 5, "resolutions": {"available": []}}]}})",
+                           {"--list-available-resolutions"})
+                  .steps,
+              R"(g_option_context_new
+oru_channel_get_all(&error) -> channel 4, channel 5
+print("----- Available resolutions -----\n\n{\n    \"available_resolutions\" : [\n")
+oru_map_new() -> new map
+oru_map_set_string(new map, "select", "available")
+oru_channel_get_id(channel 4) -> 4
+print("        {\"channel\":\"4\",")
+oru_channel_get_resolutions(channel 4, new map, &error) -> channel 4 resolutions
+print("\"resolutions\":\"1x2,3x4")
+g_free(channel 4 resolutions)
+print("\"},\n")
+release new map
+oru_map_new() -> new map#2
+oru_map_set_string(new map#2, "select", "available")
+oru_channel_get_id(channel 5) -> 5
+print("        {\"channel\":\"5\",")
+oru_channel_get_resolutions(channel 5, new map#2, &error) -> channel 5 resolutions
+print("\"resolutions\":\"")
+g_free(channel 5 resolutions)
+print("\"}\n")
+release new map#2
+print("    ]\n}\n")
+g_list_free_full(list of oru_channel_get_all)
+release channel 4
+release channel 5
+g_option_context_free
+)");
+}
+
 TEST(calls_of_available_resolutions, of_a_channel_that_does_not_answer) {
     EXPECT_EQ(report_calls(R"({"channel": {"all": [
         {"id": 4, "resolutions": {"available": {"$error": "x"}}},

@@ -17,11 +17,20 @@ TEST(calls_of_command_line, without_a_section) {
     }
 }
 
+TEST(calls_of_command_line, the_context_gets_its_texts_in_order_and_no_translation_domain) {
+    for (const calls& made : {tlm_calls(snapshot, {}), report_calls(snapshot, {})}) {
+        EXPECT_EQ(made.command_line,
+                  "g_option_context_set_summary\n"
+                  "g_option_context_set_description\n"
+                  "g_option_context_add_main_entries(NULL)\n");
+    }
+}
+
 TEST(calls_of_command_line, with_an_unknown_switch) {
     EXPECT_EQ(tlm_calls(snapshot, {"--foo"}).queries,
               "g_option_context_new\n"
-              "g_option_context_free\n"
-              "g_error_free(another error)\n");
+              "g_error_free(another error)\n"
+              "g_option_context_free\n");
     EXPECT_EQ(report_calls(snapshot, {"--foo"}).queries, "g_option_context_new\n");
 }
 

@@ -39,6 +39,17 @@ TEST(calls_of_identity_info, without_identities) {
     EXPECT_EQ(made.reads, lines_of("oru_map_empty(part of stream debug)\n"));
 }
 
+TEST(calls_of_identity_info, without_a_filtered_map) {
+    EXPECT_EQ(tlm_calls(R"({"stream": {"debug": {"identity.a": 1}}})", {"-i"},
+                        {"ORU_STRICT_NULL=oru_map_filter_prefix"})
+                  .queries,
+              "g_option_context_new\n"
+              "oru_stream_get_debug(NULL, NULL) -> stream debug\n"
+              "oru_map_filter_prefix(stream debug, \"identity.\") -> NULL\n"
+              "release stream debug\n"
+              "g_option_context_free\n");
+}
+
 TEST(calls_of_identity_info, without_a_debug_map) {
     const calls made = calls_with(R"({"$error": "x"})");
     EXPECT_EQ(made.queries,

@@ -123,6 +123,16 @@ release channel 4
 )" + released_early);
 }
 
+TEST(calls_of_list_inputs, without_a_filter) {
+    EXPECT_EQ(report_calls(R"({"channel": {"all": []}})", {"-i"}, {"ORU_STRICT_NULL=oru_map_new"})
+                  .queries,
+              R"(g_option_context_new
+oru_map_new() -> NULL
+g_print("Failed to create new OruMap.\n")
+g_option_context_free
+)");
+}
+
 TEST(calls_of_list_inputs, without_inputs) {
     EXPECT_EQ(report_calls(R"({"channel": {"all": []}})", {"-i"}).queries, R"(g_option_context_new
 oru_map_new() -> new map

@@ -58,12 +58,16 @@ TEST(no_error, where_the_section_ends) {
               ended(0, inputs + "Failed to get input 1: \n"));
     EXPECT_EQ(report_without("oru_input_get_info", "-i"),
               ended(0, inputs + "Failed to get input info: \n"));
+    EXPECT_EQ(report_without("oru_map_new", "-a"),
+              ended(0, resolutions + "Failed to create new OruMap.\n"));
+    EXPECT_EQ(report_without("oru_map_new", "-i"), ended(0, "Failed to create new OruMap.\n"));
 }
 
 TEST(no_error, where_nothing_is_said) {
     EXPECT_EQ(report_without("oru_system_new", "-o"), ended(0, ""));
     EXPECT_EQ(report_without("oru_system_get_caps", "-o"), ended(0, ""));
     EXPECT_EQ(tlm_without("oru_stream_get_debug", "-i"), ended(0, ""));
+    EXPECT_EQ(tlm_without("oru_map_filter_prefix", "-i"), ended(0, ""));
     EXPECT_EQ(tlm_without("oru_stream_get_debug", "-q"),
               ended(0, "MaxBufferBytes=-1\nMaxEncodeStreams=-1\nMaxRawStreams=-1\nVersion=1\n"));
     EXPECT_EQ(tlm_without("oru_mode_new", "-s"), tlm_without("oru_mode_get_info", "-s"));

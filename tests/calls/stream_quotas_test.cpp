@@ -83,6 +83,21 @@ release stream 5
                                 released_last);
 }
 
+TEST(calls_of_stream_quotas, the_first_stream_is_asked_again_if_it_is_the_encoded_one) {
+    EXPECT_EQ(calls_of(R"(, "all": [{"id": 4, "settings": {"format": 0}}, {"id": 5}])").queries,
+              asked_first + R"(oru_stream_get_all(&error) -> stream 4, stream 5
+oru_stream_get_settings(stream 4, NULL) -> stream 4 settings
+release stream 4 settings
+oru_stream_get_debug(stream 4, &error) -> failed
+g_error_free(error of oru_stream_get_debug)
+oru_stream_get_debug(stream 4, &error) -> failed
+g_error_free(error of oru_stream_get_debug#2)
+g_list_free_full(list of oru_stream_get_all)
+release stream 4
+release stream 5
+)" + frame + released_last);
+}
+
 TEST(calls_of_stream_quotas, with_other_streams_alone) {
     EXPECT_EQ(calls_of(R"(, "all": [{"id": 4, "settings": {"format": 3}}])").queries,
               asked_first + R"(oru_stream_get_all(&error) -> stream 4

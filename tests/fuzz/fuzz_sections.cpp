@@ -14,16 +14,9 @@
 #include "fuzz/json_text.h"
 #include "fuzz/require.h"
 #include "fuzz/snapshot_input.h"
-#include "serverreport/available_resolutions.h"
-#include "serverreport/list_channels.h"
-#include "serverreport/list_inputs.h"
-#include "serverreport/list_output.h"
-#include "serverreport/list_streams.h"
-#include "serverreport/stream_quotas.h"
+#include "serverreport/sections.h"
 #include "support/live_objects.h"
-#include "tlm/identity_info.h"
-#include "tlm/stream_max_stats.h"
-#include "tlm/system_info.h"
+#include "tlm/sections.h"
 #include "video/owned.h"
 
 namespace {

@@ -15,7 +15,7 @@
 #include "fuzz/json_text.h"
 #include "fuzz/require.h"
 #include "fuzz/snapshot_input.h"
-#include "tlm/system_info.h"
+#include "tlm/sections.h"
 #include "video/owned.h"
 
 namespace {

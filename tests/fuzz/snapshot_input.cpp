@@ -84,7 +84,7 @@ void tlm_fatal(const char* message) {
     throw fatal_exit{message};
 }
 
-void tlm_fatal(owned_error option_error) {
+void tlm_fatal(owned_error option_error, owned_option_context) {
     throw fatal_exit{message_of(option_error.get())};
 }
 

@@ -85,7 +85,7 @@ SOURCES = {
     "src/tlm": ["oru-tlm-tool.1"],
 }
 PRINTS = re.compile(r"\b(?:g_)?(?:f?puts|f?printf?|print_line|print_section_header|format|error_new"
-                    r"|tlm_fatal|serverreport_fatal|system_error|throw_output_error|parse_switches)\(")
+                    r"|tlm_fatal|serverreport_fatal|system_error|throw_output_error|parse_options)\(")
 LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
 
 

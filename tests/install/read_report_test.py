@@ -175,6 +175,16 @@ CASES = {
             "Failed to create new OruMap.",
         ),
     ],
+    "no map at all": [
+        broken(
+            RESOLUTIONS,
+            '{\n    "available_resolutions" : [\nFailed to create new OruMap.\n',
+            "Failed to create new OruMap.",
+        ),
+        line("Failed to create new OruMap."),
+    ],
+    "no map for the inputs": [RESOLUTION, line("Failed to create new OruMap.")],
+    "no map for the inputs alone": [line("Failed to create new OruMap.")],
     "input": [
         broken(
             INPUTS,

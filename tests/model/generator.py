@@ -286,7 +286,7 @@ def command_line(seed, tool):
     drawn = [draw.choice(("-" + draw.choice(letters), "--" + draw.choice(names), "--" + draw.choice(names),
                           "-" + "".join(draw.sample(letters, draw.randrange(1, len(letters) + 1)))))
              for _ in range(draw.choice((0, 1, 1, 2, 2, 3, 6)))]
-    if draw.chance(0.2):
+    for _ in range(draw.choice((0, 0, 0, 0, 1, 2))):
         drawn.insert(draw.randrange(len(drawn) + 1), draw.choice((
             "-h", "--help", "--help-all", "-?", "--help-x", "-x", "-qx", "-xq", "-ih", "-i?x", "--", "-", "---",
             "--foo", "--foo=1", "-\u00e9", "", "operand", "--" + names[0][:-1], "--" + names[0].upper(),

@@ -158,8 +158,8 @@ ESCAPES = str.maketrans({"\b": "\\b", "\t": "\\t", "\n": "\\n", "\f": "\\f", "\r
 
 
 def g_print(text):
-    """GLib converts what it prints to the locale's character set. The tools never set a locale, so
-    that is ASCII whatever the environment says: every other character becomes a question mark."""
+    """GLib converts what it prints to the character set that $CHARSET names, otherwise to ASCII, because the tools
+    never set a locale. No run that is compared sets it: every character beyond ASCII becomes a question mark."""
     return re.sub("[^\x00-\x7f]", "?", text)
 
 

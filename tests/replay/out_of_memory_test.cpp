@@ -1,63 +1,12 @@
 // Every allocation that reading a snapshot makes is made to fail, one after the other.
-#include <new>
 #include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include "snapshot/load.h"
+#include "support/failing_allocations.h"
 #include "support/snapshot_file.h"
-
-namespace {
-
-long allocations_left = -1;  // before the one that fails; none fails when negative
-
-void* allocate(std::size_t size) {
-    if (allocations_left >= 0 && allocations_left-- == 0) {
-        throw std::bad_alloc();
-    }
-    void* memory = malloc(size ? size : 1);
-    if (!memory) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    return allocate(size);
-}
-
-void* operator new[](std::size_t size) {
-    return allocate(size);
-}
-
-// A sanitizer's form of this one would not go through the one above.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    try {
-        return allocate(size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}
-
-void operator delete(void* memory) noexcept {
-    free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-    free(memory);
-}
-
-void operator delete[](void* memory) noexcept {
-    free(memory);
-}
-
-void operator delete[](void* memory, std::size_t) noexcept {
-    free(memory);
-}
 
 namespace {
 

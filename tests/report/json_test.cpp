@@ -8,6 +8,18 @@
 
 #include <gtest/gtest.h>
 
+struct unwritable {};
+
+namespace glz {
+template <>
+struct to<JSON, unwritable> {
+    template <auto Options>
+    static void op(unwritable, is_context auto&& context, auto&&, auto&) {
+        context.error = error_code::invalid_partial_key;
+    }
+};
+}  // namespace glz
+
 namespace {
 
 template <class Value>
@@ -86,6 +98,12 @@ TEST(json, merged_objects_stand_in_turn_in_one_pair_of_braces) {
     EXPECT_EQ(written(merged(numbers, none, counts)), R"({"a":1,"z":1e+1,"k":20})");
 }
 
+TEST(json, an_error_of_the_writer_is_returned) {
+    std::string text;
+    EXPECT_FALSE(write_compact(unwritable(), text));
+    EXPECT_FALSE(write_document(unwritable(), text));
+}
+
 TEST(json, documents_are_indented_by_four_with_arrays_on_one_line) {
     json document;
     document["outer"]["number"] = 30;
@@ -93,7 +111,7 @@ TEST(json, documents_are_indented_by_four_with_arrays_on_one_line) {
     document["outer"]["empty"] = json::object_t{};
     document["outer"]["none"] = json::array_t{};
     std::string text;
-    ASSERT_FALSE(glz::write<document_options{}>(document, text));
+    ASSERT_TRUE(write_document(document, text));
     EXPECT_EQ(text, R"({
     "outer": {
         "empty": {},

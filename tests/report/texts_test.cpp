@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/temp_directory.h"
 #include "support/tools.h"
 
 namespace {
@@ -64,6 +65,24 @@ TEST(texts, messages_that_glib_prints_are_in_its_character_set) {
               ended(1, "",
                     "oru-serverreport-tool: Failed to get all streams: "
                     "na\xC3\xAFve \xE2\x98\x83\n"));
+}
+
+// GLib marks a message that is not UTF-8, and escapes all of it that is not ASCII. The message
+// holds the path of the snapshot.
+TEST(texts, a_message_that_is_not_utf8_is_escaped_by_glib) {
+    const temp_directory etc;
+    command what{.executable = program("oru-serverreport-tool"),
+                 .argv = {"oru-serverreport-tool", "--list-channels"},
+                 .environment = etc_oru_in(etc.path())};
+    what.environment.emplace_back("ORU_SNAPSHOT=/nowhere/na\xC3\xAFve \xE2\x98\x83\xFF");
+    EXPECT_EQ(run(what),
+              ended(0,
+                    "[Invalid UTF-8] Failed to get all channels: /nowhere/na\\xc3\\xafve "
+                    "\\xe2\\x98\\x83\\xff: No such file or directory\n"));
+    what.environment.emplace_back("CHARSET=UTF-8");
+    EXPECT_EQ(run(what), ended(0,
+                               "Failed to get all channels: /nowhere/na\xC3\xAFve "
+                               "\xE2\x98\x83\xFF: No such file or directory\n"));
 }
 
 // A value of a kind that the getters do not know: none of them gives it, but its key is there.

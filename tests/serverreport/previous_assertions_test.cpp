@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -23,10 +24,12 @@ result report_on(const std::string& record) {
 }
 
 // Runs the tool with what is in `etc` in the place of /etc/oru.
-result report_in(const std::string& etc) {
-    return run({.executable = program("oru-serverreport-tool"),
-                .argv = {"oru-serverreport-tool"},
-                .environment = etc_oru_in(etc)});
+result report_in(const std::string& etc, const std::vector<std::string>& environment = {}) {
+    command what{.executable = program("oru-serverreport-tool"),
+                 .argv = {"oru-serverreport-tool"},
+                 .environment = etc_oru_in(etc)};
+    what.environment.insert(what.environment.end(), environment.begin(), environment.end());
+    return run(what);
 }
 
 TEST(previous_assertions, no_record_no_section) {
@@ -40,6 +43,15 @@ TEST(previous_assertions, no_record_no_section) {
     std::filesystem::create_symlink("dsp-assertion", circle.path() + "/dsp-assertion");
     EXPECT_EQ(report_in(circle.path()), ended(0, ""));
     EXPECT_EQ(report_in(directory.write("file", "") + "/below"), ended(0, ""));
+}
+
+TEST(previous_assertions, a_folder_that_may_not_be_searched_holds_no_record) {
+    const temp_directory directory;
+    directory.write("dsp-assertion", "{}");
+    chmod(directory.path().c_str(), 0600);
+    const result got = report_in(directory.path());
+    chmod(directory.path().c_str(), 0700);
+    EXPECT_EQ(got, ended(0, ""));
 }
 
 TEST(previous_assertions, an_empty_record) {
@@ -89,6 +101,16 @@ TEST(previous_assertions, nothing_is_lost_of_a_record_that_is_no_json) {
     }
 }
 
+// A comment is a blank: it does not join what it separates.
+TEST(previous_assertions, a_record_without_a_value_or_a_comma_is_printed_as_it_stands) {
+    for (const char* record :
+         {" ", "\n\t\r\n", "// nothing\n", "/* a */ // b", "[1/**/2]", "[true/* or */false]",
+          "[1/**/2, 3]", "\"a\"/**/\"b\"", "{\"a\":1/**/\"b\":2}"}) {
+        EXPECT_EQ(report_on(record), ended(0, header + record + "\n\n")) << record;
+    }
+    EXPECT_EQ(report_on("[1/**/,/**/2]"), ended(0, header + "[1,2]\n\n"));
+}
+
 // The JSON library follows no deeper, and takes no half of a character.
 TEST(previous_assertions, a_record_beyond_the_library_is_printed_as_it_stands) {
     const auto nested = [](std::size_t levels) {
@@ -120,6 +142,16 @@ TEST(previous_assertions, a_record_that_cannot_be_read) {
     EXPECT_EQ(report_in(directory.path()), ended(0, header + "\n\n", unreadable));
 }
 
+TEST(previous_assertions, nothing_is_printed_of_a_record_whose_read_fails) {
+    const temp_directory directory;
+    directory.write("dsp-assertion", "[1, 2, 3, 4, 5, 6, 7, 8]");
+    for (const char* bytes : {"0", "1", "12", "23"}) {
+        EXPECT_EQ(report_in(directory.path(), {std::string("ORU_TEST_READ_FAILS=") + bytes}),
+                  ended(0, header + "\n\n", unreadable))
+            << bytes;
+    }
+}
+
 TEST(previous_assertions, a_directory_in_its_place) {
     const temp_directory directory;
     std::filesystem::create_directory(directory.path() + "/dsp-assertion");
@@ -149,6 +181,19 @@ TEST(previous_assertions, a_record_beyond_the_memory) {
     const std::string path = directory.write("dsp-assertion", "{}");
     ASSERT_EQ(truncate(path.c_str(), 4294967298), 0);  // of which 32 bits hold 2
     EXPECT_EQ(report_in(directory.path()), ended(0, header + "\n\n", unreadable));
+}
+#endif
+
+#ifndef ORU_TEST_SANITIZED  // a sanitizer's own allocator cannot be made to fail
+TEST(previous_assertions, memory_that_runs_out_is_an_exception_of_the_tool) {
+    const temp_directory directory;
+    directory.write("dsp-assertion", std::string(200000, ' '));
+    command what{.executable = program("oru-serverreport-tool"),
+                 .argv = {"oru-serverreport-tool"},
+                 .environment = etc_oru_in(directory.path())};
+    what.environment[0] += ":" ORU_LIMIT_MALLOC;
+    what.environment.emplace_back("ORU_TEST_MALLOC_LIMIT=110000");
+    EXPECT_EQ(run(what), ended(1, "", "oru-serverreport-tool: Exception std::bad_alloc\n"));
 }
 #endif
 

@@ -334,6 +334,9 @@ TEST(stream_settings, frame_rates) {
                                      {"5e-324", "4.9406564584124654e-324"},
                                      {R"({"double": 29.97})", "29.969999999999999"},
                                      {R"({"double": 30})", "3e+1"},
+                                     {R"({"double": "nan"})", "null"},
+                                     {R"({"double": "inf"})", "null"},
+                                     {R"({"double": "-inf"})", "null"},
                                      // Other kinds.
                                      {"-30", "0"},
                                      {R"({"int64": 30})", "0"},

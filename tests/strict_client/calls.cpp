@@ -66,9 +66,21 @@ void log(std::string_view line) {
     }
 }
 
+namespace {
+
+bool is_named_by(const char* variable, std::string_view call) {
+    const char* name = std::getenv(variable);
+    return name != nullptr && name == call;
+}
+
+}  // namespace
+
 bool gives_null(std::string_view call) {
-    const char* named = std::getenv("ORU_STRICT_NULL");
-    return named != nullptr && named == call;
+    return is_named_by("ORU_STRICT_NULL", call);
+}
+
+bool gives_error(std::string_view call) {
+    return is_named_by("ORU_STRICT_ERROR", call);
 }
 
 bool is_planted(std::string_view fault) {
@@ -366,7 +378,19 @@ std::string shown(std::string_view call, always_null argument) {
 
 void call::fails(GError** error, const std::string& message) const {
     log(text_ + " -> failed");
-    if (error == nullptr || gives_null(name_)) {
+    if (!gives_null(name_)) {
+        set_error(error, message);
+    }
+}
+
+void call::succeeds(GError** error) const {
+    if (gives_error(name_)) {
+        set_error(error, "an error beside an answer");
+    }
+}
+
+void call::set_error(GError** error, const std::string& message) const {
+    if (error == nullptr || *error != nullptr) {
         return;
     }
     static const GQuark domain = g_quark_from_static_string("strict-error-quark");

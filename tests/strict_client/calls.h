@@ -3,10 +3,13 @@
 // after the release, or a release too many, is told from all else. A mistake is told in one line on
 // standard error that names the call, and the process aborts.
 //
-//   ORU_STRICT_LOG=FILE   log each call, each release, and at the end what was never released. The
-//                         list at the end goes nowhere else: standard error is the tools' own.
+//   ORU_STRICT_LOG=FILE   log each call, each release, each text that the tools write to standard
+//                         output, and at the end what was never released. The list at the end goes
+//                         nowhere else: standard error is the tools' own.
 //   ORU_STRICT_EXACT=1    a typed getter returns its default for every kind but its own
 //   ORU_STRICT_NULL=NAME  the operation of that name gives NULL or FALSE, and no error
+//   ORU_STRICT_ERROR=NAME the query of that name sets its error although it succeeds
+//   ORU_STRICT_WRITE=N    the Nth JSON text fails to be written; see failing_writer/report/json.h
 //   ORU_STRICT_FAULT=NAME the fault of that name is in the library; see faults.cpp
 #pragma once
 
@@ -27,8 +30,10 @@ void log(std::string_view line);
 std::string quoted(std::string_view text);
 void log_native_read(const qw::map& map, const std::string& key);
 
-// Whether $ORU_STRICT_NULL names the operation, or $ORU_STRICT_FAULT the fault.
+// Whether $ORU_STRICT_NULL or $ORU_STRICT_ERROR names the operation, or $ORU_STRICT_FAULT the
+// fault.
 bool gives_null(std::string_view call);
+bool gives_error(std::string_view call);
 bool is_planted(std::string_view fault);
 
 // --- What is handed out -------------------------------------------------------------------------
@@ -123,7 +128,12 @@ class call {
     // names another operation.
     void fails(GError** error, const std::string& message) const;
 
+    // Sets the error of a call that succeeds, if $ORU_STRICT_ERROR names it.
+    void succeeds(GError** error) const;
+
   private:
+    void set_error(GError** error, const std::string& message) const;
+
     std::string name_;
     std::string text_;
 };

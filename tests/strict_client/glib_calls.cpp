@@ -1,6 +1,8 @@
-// GLib's part: what the tools release through it and print with it. The linker puts these functions
-// in the place of those that the tools call (--wrap); each passes on what it was given.
+// What the tools call of GLib and of the C library: what they release, print, and say of their
+// command line. The linker puts these functions in the place of those that the tools call (--wrap);
+// each passes on what it was given.
 #include <cstdarg>
+#include <cstdio>
 #include <string>
 
 #include <glib-object.h>
@@ -18,6 +20,11 @@ void __real_g_type_class_unref(gpointer type);
 void __real_g_print(const gchar* format, ...);
 GOptionContext* __real_g_option_context_new(const gchar* parameters);
 void __real_g_option_context_free(GOptionContext* context);
+void __real_g_option_context_set_summary(GOptionContext* context, const gchar* summary);
+void __real_g_option_context_set_description(GOptionContext* context, const gchar* description);
+void __real_g_option_context_add_main_entries(GOptionContext* context, const GOptionEntry* entries,
+                                              const gchar* domain);
+std::size_t __real_fwrite(const void* text, std::size_t size, std::size_t count, std::FILE* file);
 
 void __wrap_g_free(gpointer block) {
     strict::release_block(block);
@@ -59,6 +66,31 @@ GOptionContext* __wrap_g_option_context_new(const gchar* parameters) {
 void __wrap_g_option_context_free(GOptionContext* context) {
     strict::log("g_option_context_free");
     __real_g_option_context_free(context);
+}
+
+void __wrap_g_option_context_set_summary(GOptionContext* context, const gchar* summary) {
+    strict::log("g_option_context_set_summary");
+    __real_g_option_context_set_summary(context, summary);
+}
+
+void __wrap_g_option_context_set_description(GOptionContext* context, const gchar* description) {
+    strict::log("g_option_context_set_description");
+    __real_g_option_context_set_description(context, description);
+}
+
+void __wrap_g_option_context_add_main_entries(GOptionContext* context, const GOptionEntry* entries,
+                                              const gchar* domain) {
+    strict::log("g_option_context_add_main_entries(" +
+                (domain == nullptr ? "NULL" : strict::quoted(domain)) + ')');
+    __real_g_option_context_add_main_entries(context, entries, domain);
+}
+
+std::size_t __wrap_fwrite(const void* text, std::size_t size, std::size_t count, std::FILE* file) {
+    if (file == stdout && strict::is_logged()) {
+        strict::log("fwrite(" + strict::quoted({static_cast<const char*>(text), size * count}) +
+                    ')');
+    }
+    return __real_fwrite(text, size, count, file);
 }
 
 void __wrap_g_print(const gchar* format, ...) {

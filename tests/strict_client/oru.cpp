@@ -76,6 +76,7 @@ const T* recorded(const call& made, const answer<T>& is, const std::string& what
         return nullptr;
     }
     if (const T* given = std::get_if<T>(&is)) {
+        made.succeeds(error);
         return given;
     }
     made.fails(error, what + " not recorded");

@@ -180,6 +180,9 @@ void oru_map_remove_prefix(OruMap* map, const gchar* prefix) {
 
 OruMap* oru_map_filter_prefix(OruMap* map, const gchar* prefix) {
     const call made("oru_map_filter_prefix", map, prefix);
+    if (gives_null(made.name())) {
+        return made.gives<OruMap*>(nullptr, "NULL");
+    }
     qw::map part = content(made, map).native;
     erase_if(part, [&](const auto& entry) { return !entry.first.starts_with(prefix); });
     return made.gives_object(new_map("part of " + name_of(map), std::move(part)));

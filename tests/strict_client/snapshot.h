@@ -1,5 +1,5 @@
 // What a snapshot says, for the client that forgives nothing. It shares no line with the reader in
-// src/video/snapshot, and reads with another JSON library: what the two take a file to say is
+// src/snapshot, and reads with another JSON library: what the two take a file to say is
 // compared by every test that runs on both.
 #pragma once
 

@@ -19,6 +19,8 @@ endforeach()
 oru_add_tool_test(calls_test
     SOURCES calls/available_resolutions_test.cpp
             calls/command_line_test.cpp
+            calls/error_beside_answer_test.cpp
+            calls/failed_writes_test.cpp
             calls/identity_info_test.cpp
             calls/list_channels_test.cpp
             calls/list_inputs_test.cpp

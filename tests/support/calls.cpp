@@ -17,15 +17,34 @@ bool starts_with_any(std::string_view line, const auto& beginnings) {
 constexpr std::array reads = {"oru_map_get_", "oru_map_contains(", "oru_map_empty(",
                               "oru_map_native_ref(", "find("};
 constexpr std::array classes = {"g_type_class_"};
+constexpr std::array command_line = {"g_option_context_set_", "g_option_context_add_"};
+constexpr std::array prints = {"g_print(", "fwrite("};
+
+// Appends a line of the log. A text that was printed joins the one before it.
+void append_step(std::string& steps, std::string_view line) {
+    static constexpr std::string_view end_of_print = "\")\n";
+    if (!starts_with_any(line, prints)) {
+        steps += std::string(line) + '\n';
+        return;
+    }
+    line.remove_prefix(line.find('"') + 1);
+    const std::size_t last_line = steps.rfind('\n', steps.size() - 2) + 1;
+    if (steps.compare(last_line, 6, "print(") == 0) {
+        steps.resize(steps.size() - end_of_print.size());
+    } else {
+        steps += "print(\"";
+    }
+    steps += std::string(line) + '\n';
+}
 
 using run_tool = result(std::string_view, const std::vector<std::string>&, const run_options&);
 
 calls calls_of(run_tool tool, std::string_view snapshot, const std::vector<std::string>& arguments,
-               const std::vector<std::string>& more) {
+               const std::vector<std::string>& more, const std::string& stdout_to) {
     setenv("ORU_TEST_BIN_DIR", ORU_STRICT_BIN_DIR, 0);
     const temp_directory directory;
     const std::string log = directory.path() + "/log";
-    run_options options{.environment = {"ORU_STRICT_LOG=" + log}};
+    run_options options{.stdout_to = stdout_to, .environment = {"ORU_STRICT_LOG=" + log}};
     options.environment.insert(options.environment.end(), more.begin(), more.end());
 
     calls made{.ended = tool(snapshot, arguments, options)};
@@ -35,8 +54,13 @@ calls calls_of(run_tool tool, std::string_view snapshot, const std::vector<std::
             made.reads.insert(line);
         } else if (starts_with_any(line, classes)) {
             made.classes += line + '\n';
+        } else if (starts_with_any(line, command_line)) {
+            made.command_line += line + '\n';
         } else {
-            made.queries += line + '\n';
+            append_step(made.steps, line);
+            if (!line.starts_with("fwrite(")) {
+                made.queries += line + '\n';
+            }
         }
     }
     return made;
@@ -45,13 +69,13 @@ calls calls_of(run_tool tool, std::string_view snapshot, const std::vector<std::
 }  // namespace
 
 calls tlm_calls(std::string_view snapshot, const std::vector<std::string>& arguments,
-                const std::vector<std::string>& more) {
-    return calls_of(tlm, snapshot, arguments, more);
+                const std::vector<std::string>& more, const std::string& stdout_to) {
+    return calls_of(tlm, snapshot, arguments, more, stdout_to);
 }
 
 calls report_calls(std::string_view snapshot, const std::vector<std::string>& arguments,
-                   const std::vector<std::string>& more) {
-    return calls_of(report, snapshot, arguments, more);
+                   const std::vector<std::string>& more, const std::string& stdout_to) {
+    return calls_of(report, snapshot, arguments, more, stdout_to);
 }
 
 std::set<std::string> lines_of(std::string_view text) {

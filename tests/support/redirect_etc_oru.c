@@ -1,6 +1,7 @@
 /* Preloaded into a tool under test: every path under /etc/oru/ is looked up in $ORU_TEST_ETC, so
-   that a test decides what is there. A file without any read permission cannot be opened, not even
-   by root.
+   that a test decides what is there. A file without any read permission cannot be opened, and
+   nothing in a directory without any search permission can be looked up, not even by root. With
+   $ORU_TEST_READ_FAILS=N, a file under it can be read as far as N bytes, and then fails.
 
    With $ORU_TEST_MAIN set, main is called as no shell would: "argc" (no argument at all), "argv"
    (no vector) or "argv[0]" (a vector without its first entry). */
@@ -30,15 +31,24 @@ static const char* redirect(const char* path, char* buffer, size_t size) {
     return buffer;
 }
 
-/* Whether the redirected file may not be read. */
-static int refused(const char* original, const char* path) {
+static int lacks_permissions(const char* path, unsigned permissions) {
     struct statx status;
-    if (path == original || syscall(SYS_statx, AT_FDCWD, path, 0, STATX_MODE, &status) != 0 ||
-        (status.stx_mode & 0444) != 0) {
+    if (syscall(SYS_statx, AT_FDCWD, path, 0, STATX_MODE, &status) != 0 ||
+        (status.stx_mode & permissions) != 0) {
         return 0;
     }
     errno = EACCES;
     return 1;
+}
+
+/* Whether the redirected file may not be looked up. */
+static int hidden(const char* original, const char* path) {
+    return path != original && lacks_permissions(getenv("ORU_TEST_ETC"), 0111);
+}
+
+/* Whether the redirected file may not be read. */
+static int refused(const char* original, const char* path) {
+    return hidden(original, path) || (path != original && lacks_permissions(path, 0444));
 }
 
 #define REAL(name) ((__typeof__(&name))(uintptr_t)dlsym(RTLD_NEXT, #name))
@@ -65,23 +75,55 @@ static int refused(const char* original, const char* path) {
         return refused(original, path) ? -1 : REAL(name)(directory, path, flags, mode); \
     }
 
-#define FOPEN(name)                                                     \
-    FILE* name(const char* original, const char* mode) {                \
-        char buffer[4096];                                              \
-        const char* path = redirect(original, buffer, sizeof buffer);   \
-        return refused(original, path) ? NULL : REAL(name)(path, mode); \
+static size_t readable; /* bytes before a read fails */
+
+static ssize_t read_then_fail(void* file, char* buffer, size_t size) {
+    if (readable == 0) {
+        errno = EIO;
+        return -1;
+    }
+    size_t count = fread(buffer, 1, size < readable ? size : readable, file);
+    readable -= count;
+    return (ssize_t)count;
+}
+
+static int close_file(void* file) {
+    return fclose(file);
+}
+
+static FILE* failing(FILE* file) {
+    const char* limit = getenv("ORU_TEST_READ_FAILS");
+    if (limit == NULL || file == NULL) {
+        return file;
+    }
+    readable = strtoul(limit, NULL, 10);
+    return fopencookie(file, "r",
+                       (cookie_io_functions_t){.read = read_then_fail, .close = close_file});
+}
+
+#define FOPEN(name)                                                   \
+    FILE* name(const char* original, const char* mode) {              \
+        char buffer[4096];                                            \
+        const char* path = redirect(original, buffer, sizeof buffer); \
+        if (refused(original, path)) {                                \
+            return NULL;                                              \
+        }                                                             \
+        FILE* file = REAL(name)(path, mode);                          \
+        return path == original ? file : failing(file);               \
     }
 
-#define STAT(name, type)                                                      \
-    int name(const char* original, struct type* status) {                     \
-        char buffer[4096];                                                    \
-        return REAL(name)(redirect(original, buffer, sizeof buffer), status); \
+#define STAT(name, type)                                               \
+    int name(const char* original, struct type* status) {              \
+        char buffer[4096];                                             \
+        const char* path = redirect(original, buffer, sizeof buffer);  \
+        return hidden(original, path) ? -1 : REAL(name)(path, status); \
     }
 
-#define FSTATAT(name, type)                                                                     \
-    int name(int directory, const char* original, struct type* status, int flags) {             \
-        char buffer[4096];                                                                      \
-        return REAL(name)(directory, redirect(original, buffer, sizeof buffer), status, flags); \
+#define FSTATAT(name, type)                                                              \
+    int name(int directory, const char* original, struct type* status, int flags) {      \
+        char buffer[4096];                                                               \
+        const char* path = redirect(original, buffer, sizeof buffer);                    \
+        return hidden(original, path) ? -1 : REAL(name)(directory, path, status, flags); \
     }
 
 OPEN(open)
@@ -99,7 +141,8 @@ FSTATAT(fstatat64, stat64)
 
 int statx(int directory, const char* original, int flags, unsigned mask, struct statx* status) {
     char buffer[4096];
-    return REAL(statx)(directory, redirect(original, buffer, sizeof buffer), flags, mask, status);
+    const char* path = redirect(original, buffer, sizeof buffer);
+    return hidden(original, path) ? -1 : REAL(statx)(directory, path, flags, mask, status);
 }
 
 int access(const char* original, int mode) {

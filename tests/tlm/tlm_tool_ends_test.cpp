@@ -1,20 +1,21 @@
 // How the feeder tool ends where a run of the program cannot show it, and what it gives back then.
 // Its sections are this test's own.
 #include <csignal>
+#include <new>
 
 #include <gtest/gtest.h>
 
 #include "support/option_context.h"
-#include "tlm/identity_info.h"
-#include "tlm/stream_max_stats.h"
-#include "tlm/system_info.h"
+#include "tlm/sections.h"
 #include "tlm/tlm_tool.h"
 
 void print_stream_max_stats() {
     throw 42;
 }
 
-void print_system_info() {}
+void print_system_info() {
+    throw std::bad_alloc();
+}
 
 void print_identity_info() {}
 
@@ -31,15 +32,20 @@ TEST(tlm_tool_ends, a_thrown_object_of_another_kind_leaves_nothing_behind) {
     EXPECT_EXIT(run("-q"), testing::KilledBySignal(SIGABRT), "^context released; ");
 }
 
+TEST(tlm_tool_ends, a_standard_exception_of_any_type_is_reported) {
+    EXPECT_EXIT(run("-s"), testing::ExitedWithCode(1),
+                "^context released; oru-tlm-tool: Exception: std::bad_alloc\n$");
+}
+
 TEST(tlm_tool_ends, a_parse_error_leaves_nothing_behind) {
     EXPECT_EXIT(run("--foo"), testing::ExitedWithCode(1),
-                "^context released; error released; "
+                "^error released; context released; "
                 "oru-tlm-tool: Option parsing failed: Unknown option --foo\n$");
 }
 
 TEST(tlm_tool_ends, a_value_of_a_switch_leaves_nothing_behind) {
     EXPECT_EXIT(run("--system-info=no"), testing::ExitedWithCode(1),
-                "^context released; error released; "
+                "^error released; context released; "
                 "oru-tlm-tool: Option parsing failed: Option --system-info takes no value\n$");
 }
 

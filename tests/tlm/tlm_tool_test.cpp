@@ -84,6 +84,21 @@ TEST(tlm_tool, a_value_attached_to_a_switch_is_refused) {
     }
 }
 
+TEST(tlm_tool, of_an_attached_value_and_another_mistake_the_first_is_reported) {
+    const std::string start = "oru-tlm-tool: Option parsing failed: ";
+    const std::string value = start + "Option --system-info takes no value\n";
+    for (const char* later : {"--foo", "--help", "--help-all", "-h", "-?", "-z", "-sz", "-q=1",
+                              "--identity-info=no", "--system-info=yes", "-s", "word", "--"}) {
+        EXPECT_EQ(tlm(snapshot, {"-q", "--system-info=no", later}), ended(1, "", value)) << later;
+    }
+    for (const char* first : {"--foo", "-z", "-sz", "-q=1"}) {
+        EXPECT_EQ(tlm(snapshot, {first, "--system-info=no"}),
+                  ended(1, "", start + "Unknown option " + first + "\n"));
+    }
+    EXPECT_EQ(tlm(snapshot, {"--help", "--system-info=no"}), tlm(snapshot, {"--help"}));
+    EXPECT_EQ(tlm(snapshot, {"-q", "--", "--system-info=no"}), ended(0, statistics));
+}
+
 TEST(tlm_tool, help) {
     for (const char* option : {"--help", "-h", "-?", "--help-all"}) {
         const result got = tlm(snapshot, {"-q", option});

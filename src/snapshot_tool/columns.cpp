@@ -6,6 +6,9 @@ namespace snapshot_tool {
 namespace {
 
 std::size_t columns_of_character(gunichar character) {
+    if (character < 0x80) {
+        return 1;  // nearly every character is one
+    }
     if (g_unichar_iszerowidth(character) != FALSE) {
         return 0;
     }

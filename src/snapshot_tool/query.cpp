@@ -272,8 +272,10 @@ answer<std::vector<Record>> queries::list(Query query, Record (queries::*copy)(O
 
 map_entries queries::entries(OruMap* map) {
     const native_map native{map};
+    const std::vector<native_entry> all = native.entries();
     std::vector<snapshot::entry> entries;
-    for (const native_entry& each : native.entries()) {
+    entries.reserve(all.size());
+    for (const native_entry& each : all) {
         const auto value_of = [&](const auto& held) -> snapshot::value {
             using held_type = std::remove_cvref_t<decltype(held)>;
             if constexpr (std::is_same_v<held_type, std::string>) {

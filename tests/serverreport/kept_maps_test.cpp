@@ -92,7 +92,7 @@ TEST(kept_maps, are_neither_lost_nor_released_twice_when_memory_runs_out) {
         for (std::size_t i = 0; i < streams_asked; ++i) {
             const bool is_added = i + 1 < streams_asked;
             for (GObject* map : maps[i]) {
-                ASSERT_EQ(map->ref_count, is_added ? 2 : 1)
+                ASSERT_EQ(map->ref_count, is_added ? 2U : 1U)
                     << "stream " << i << ", failure " << failures;
                 g_object_unref(map);
             }
@@ -101,7 +101,7 @@ TEST(kept_maps, are_neither_lost_nor_released_twice_when_memory_runs_out) {
     EXPECT_GT(failures, 3);
     for (const maps_of_stream& kept : maps) {
         for (GObject* map : kept) {
-            ASSERT_EQ(map->ref_count, 2);
+            ASSERT_EQ(map->ref_count, 2U);
             g_object_unref(map);
         }
     }

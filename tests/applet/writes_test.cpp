@@ -266,6 +266,13 @@ TEST(writes, to_a_device_that_is_full) {
         const result got = run(what);
         EXPECT_EQ(got.status, 1) << got;
         expect_exception_line(tool, got);
+        // What fits is whole buffers: the statement whose output fills the next one fails.
+        const std::size_t end = std::min(plain.out.size(), 4 * stdio_buffer);
+        for (std::size_t size = stdio_buffer; size < end; size += stdio_buffer) {
+            const result cut = section.with_limited(&command::stdout_to, &result::out, size);
+            EXPECT_EQ(cut.status, 1) << cut.err;
+            expect_exception_line(tool, cut);
+        }
     }
 }
 

@@ -28,7 +28,7 @@ mkdir "$scratch/source"
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=OFF -S "$scratch/source" \
     -B "$scratch/build" >/dev/null
 "$cmake" --build "$scratch/build"
-echo dispatch tlm serverreport golden device no_files arguments writes | tr ' ' '\n' |
+echo dispatch tlm serverreport golden device snapshot_program arguments writes | tr ' ' '\n' |
     ORU_TEST_BIN_DIR=$scratch/build/bin xargs -P 2 -I NAME env "$tests/NAME_test" --gtest_brief=1
 # The tests of such a build are described without an error; they are those that just ran.
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=ON -S "$scratch/source" \

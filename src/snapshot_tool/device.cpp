@@ -119,6 +119,11 @@ bool is_set(map_entries map, std::string_view key) {
 
 // --- Streams ------------------------------------------------------------------------------------
 
+// The clients of a stream whose identities are shown.
+constexpr std::string_view client_keys[] = {"identity[0]", "identity[1]", "identity[2]",
+                                            "identity[3]", "identity[4]", "identity[5]",
+                                            "identity[6]", "identity[7]"};
+
 stream_info info_of(map_entries map) {
     stream_info info{
         .channel = found_number(map, "channel"),
@@ -132,8 +137,8 @@ stream_info info_of(map_entries map) {
         .raw_size = found_size(map),
         .client_identities = {},
     };
-    for (int client = 0; client < 8; ++client) {
-        if (auto name = found_text(map, std::format("identity[{}]", client))) {
+    for (const std::string_view key : client_keys) {
+        if (auto name = found_text(map, key)) {
             info.client_identities.push_back(std::move(*name));
         }
     }

@@ -19,8 +19,8 @@ struct placed_key {
     std::size_t item;
 };
 
-// Sort by key, then by place. If a key in the text repeats another, sort_ids() returns the first such
-// key, otherwise NULL; sort_names() complains about it.
+// Sort by key, then by place. If a key in the text repeats another, sort_ids() returns the first
+// such key, otherwise NULL; sort_names() complains about it.
 const placed_key<std::uint32_t>* sort_ids(std::vector<placed_key<std::uint32_t>>& ids);
 void sort_names(std::vector<placed_key<std::string_view>>& names);
 

@@ -1,6 +1,6 @@
-// The least that a program of the tools' kind costs: it parses its options with GOption, makes and
-// releases one object of the kind that the client interface hands out, and prints as many bytes as
-// one of the tools printed. What is measured against it is the tools' own work alone.
+// The smallest program of the tools' kind: it parses its options with GOption, creates and releases
+// one object of the base type of the client interface, and prints as many bytes as one of the tools
+// printed. The difference to it is the tools' own work.
 
 #include <glib-object.h>
 

@@ -1,5 +1,5 @@
-// The peer for reading and printing: glaze reads a JSON file into a generic value with sorted
-// members and writes it again, in its own forms and with nothing of ours in between.
+// For comparison: glaze reads a JSON file into a generic value with sorted members and writes it
+// again.
 
 #include <cstdio>
 #include <string>

@@ -1,10 +1,11 @@
-// measure ROUNDS COMMAND...: runs the command lines in turn, ROUNDS times over, and prints one line
-// for each: median, lower and upper quartile of the wall time, median of the processor time, all in
-// microseconds, and the largest resident size in KiB. Running in turn lets a disturbance hit all of
-// them alike. Words are parted by blanks; there is no shell, and standard output is thrown away.
+// measure ROUNDS COMMAND...: runs the command lines in turn, ROUNDS times, and prints one line for
+// each: median, lower and upper quartile of the wall time, median of the processor time, all in
+// microseconds, and the largest resident size in KiB. They run in turn so that other load on the
+// machine affects all of them alike. Blanks separate words; there is no shell, and standard output
+// is discarded.
 //
-// A small program of its own, because Linux counts the pages of the process that starts another
-// into the peak of the one it starts.
+// It is a small program of its own because Linux counts the pages of a parent process into the peak
+// of its children.
 
 #define _GNU_SOURCE
 #include <fcntl.h>

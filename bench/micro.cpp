@@ -1,5 +1,5 @@
-// The pieces of a run, each on its own: the number writer, one stream's three records, and the
-// snapshot reader. $ORU_SNAPSHOT names the snapshot that the last two work on.
+// The parts of a run, each measured alone: the number writer, one stream's three records, and the
+// snapshot reader. The last two use the snapshot at $ORU_SNAPSHOT.
 
 #include <cstdint>
 #include <cstdio>
@@ -11,9 +11,9 @@
 
 #include "report/number.h"
 #include "serverreport/stream_snapshot.h"
+#include "snapshot/load.h"
 #include "video/native.h"
 #include "video/owned.h"
-#include "snapshot/load.h"
 
 namespace {
 
@@ -40,15 +40,15 @@ void stream_records(benchmark::State& state) {
     const stream_snapshot_entry entry{oru_stream_get_id(stream), info.get(), settings.get(),
                                       debug.get()};
 
-    // The records go where the report goes; the benchmark's own table has its own way out.
+    // The records are printed to stdout. The benchmark prints its table elsewhere.
     std::FILE* const report = std::fopen("/dev/null", "w");
-    std::FILE* const before = std::exchange(stdout, report);
+    std::FILE* const terminal = std::exchange(stdout, report);
     for ([[maybe_unused]] auto _ : state) {
         print_stream_summary(entry, 0);
         print_stream_settings(entry, 0);
         print_stream_statistics(entry, 0);
     }
-    stdout = before;
+    stdout = terminal;
     std::fclose(report);
 }
 BENCHMARK(stream_records);
@@ -57,12 +57,12 @@ void snapshot_reader(benchmark::State& state) {
     const std::string path = std::getenv("ORU_SNAPSHOT");
     std::size_t bytes = 0;
     for ([[maybe_unused]] auto _ : state) {
-        const snapshot::loaded read = snapshot::load(path);
-        if (!read) {
-            state.SkipWithError(read.error().c_str());
+        const snapshot::loaded loaded = snapshot::load(path);
+        if (!loaded) {
+            state.SkipWithError(loaded.error().c_str());
             break;
         }
-        bytes = (*read)->text.size();
+        bytes = (*loaded)->text.size();
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Measures the built tools and prints one table: table.py RELEASE_BIN STATIC_BIN WORK_DIRECTORY.
+"""Measures the built programs and prints tables: table.py RELEASE_BIN STATIC_BIN WORK_DIRECTORY.
 
-What is compared runs in turn in one go, so that the ratios hold whatever else the machine does.
+Programs that are compared run in turn, so that other load on the machine changes all alike.
 """
 
 import os
@@ -38,11 +38,11 @@ def measure(rounds, *commands):
 
 
 def instructions(command):
-    said = subprocess.run(
+    report = subprocess.run(
         ["valgrind", "--tool=cachegrind", "--cache-sim=no", "--cachegrind-out-file=/dev/null",
          *command.split()], text=True, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
         check=True).stderr
-    return int(re.search(r"I +refs: +([\d,]+)", said)[1].replace(",", ""))
+    return int(re.search(r"I +refs: +([\d,]+)", report)[1].replace(",", ""))
 
 
 def row(*cells):
@@ -63,7 +63,7 @@ def times(wall, low, high, processor):
 def start_up():
     snapshot(16)
     head("Start-up: every switch on 16 streams, 4 channels and 4 inputs, against the floor that "
-         "prints as many bytes; at last that floor and the program alone in turn", "program",
+         "prints as many bytes; in the last column the floor and this program alone in turn", "program",
          "wall time", "quartiles", "processor", "peak", "wall / floor", "processor / floor",
          "peak - floor", "wall / floor, two in turn")
     for tool in (REPORT, FEEDER):
@@ -78,6 +78,25 @@ def start_up():
         for name, (*time, peak), alone in zip(names, results, in_turn):
             row(name, *times(*time), f"{peak} KiB", f"{time[0] / base[0]:.2f}",
                 f"{time[3] / base[3]:.2f}", f"{peak - base[4]} KiB", alone)
+
+
+def commands():
+    head("Commands of oru-snapshot: the snapshot read by our client library and by the program itself, "
+         "against the floor that prints as many bytes", "streams", "command", "wall time", "quartiles",
+         "processor", "peak", "wall / floor", "processor / floor", "instructions")
+    for streams, rounds in ((16, 1000), (1000, 50)):
+        path = snapshot(streams)
+        for command in ("show", "metrics"):
+            program = f"{RELEASE}/oru-snapshot {command}"
+            lines = {f"ORU_SNAPSHOT=FILE oru-snapshot {command}": program,
+                     f"oru-snapshot {command} FILE": f"{program} {path}"}
+            floor = f"{RELEASE}/floor --bytes {printed(program)}"
+            base, *results = measure(rounds, floor, *lines.values())
+            row(f"{streams:,}", f"floor for {command}", *times(*base[:4]), f"{base[4]} KiB", "1.00",
+                "1.00", f"{instructions(floor):,}")
+            for (name, line), (*time, peak) in zip(lines.items(), results):
+                row(f"{streams:,}", name, *times(*time), f"{peak} KiB", f"{time[0] / base[0]:.2f}",
+                    f"{time[3] / base[3]:.2f}", f"{instructions(line):,}")
 
 
 def work():
@@ -109,5 +128,6 @@ def peers():
 
 WORK.mkdir(parents=True, exist_ok=True)
 start_up()
+commands()
 work()
 peers()

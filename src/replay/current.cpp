@@ -12,11 +12,11 @@ namespace {
 constexpr auto default_socket = "/run/oru/snapshot.sock";
 constexpr auto default_file = "/run/oru/snapshot.json";
 
-// Returns where the snapshot is.
-const char* path() {
-    const char* named = secure_getenv("ORU_SNAPSHOT");
-    if (named != nullptr && *named != '\0') {
-        return named;
+// Returns the path of the snapshot.
+const char* find_path() {
+    const char* path = secure_getenv("ORU_SNAPSHOT");
+    if (path != nullptr && *path != '\0') {
+        return path;
     }
     struct stat status{};
     return stat(default_socket, &status) == 0 && S_ISSOCK(status.st_mode) ? default_socket
@@ -32,8 +32,8 @@ read_snapshot* current_snapshot = nullptr;
 
 const read_snapshot& read_once() {
     if (current_snapshot == nullptr) {
-        const char* found = path();
-        current_snapshot = new read_snapshot{found, snapshot::load(found)};
+        const char* path = find_path();
+        current_snapshot = new read_snapshot{path, snapshot::load(path)};
     }
     return *current_snapshot;
 }

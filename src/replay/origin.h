@@ -1,5 +1,5 @@
-// Where our client library's answers come from. Programs ask the video service through oru.h alone;
-// this is for oru-snapshot, which shows a person that the answers are recorded.
+// The origin of the answers of our client library. Programs query the video service through oru.h
+// alone; this is for oru-snapshot, which shows its user that the answers are recorded.
 #pragma once
 
 #include <optional>
@@ -9,7 +9,7 @@ namespace replay {
 
 struct origin {
     std::string path;
-    std::optional<std::string> about;  // what the snapshot says about itself
+    std::optional<std::string> about;  // the text for people in the snapshot
 };
 
 // Returns the origin of all answers, or nothing if no snapshot can be read.

@@ -9,7 +9,7 @@ GType register_formats() {
     if (loaded && (*loaded)->formats) {
         formats = *(*loaded)->formats;
     }
-    // The type refers to its values for as long as the process lives.
+    // The type refers to its values until the process ends.
     auto* values = g_new0(GEnumValue, formats.size() + 1);
     for (GEnumValue* value = values; const auto& format : formats) {
         const char* nick = g_intern_string(format.nick.data());

@@ -10,7 +10,7 @@ namespace replay {
 
 OruMap* new_map(qw::map map) {
     OruMap* created = oru_map_new();
-    created->held = std::move(map);
+    created->content = std::move(map);
     return created;
 }
 
@@ -18,17 +18,17 @@ OruMap* new_map(qw::map map) {
 
 namespace {
 
-// Returns the value under `key` when it is of T's own kind.
+// Returns the value under `key` if it is of T's own kind.
 template <class T>
 std::optional<T> stored(OruMap* map, const gchar* key) {
-    const qw::value* value = map->held.find(key);
+    const qw::value* value = map->content.find(key);
     return value != nullptr ? value->get_if<T>() : std::nullopt;
 }
 
-// The same, but a value that widens into T will do; `def` if there is none.
+// Returns the value under `key` if it is a T or widens into one, otherwise `def`.
 template <class T>
 T widened(OruMap* map, const gchar* key, T def) {
-    const qw::value* value = map->held.find(key);
+    const qw::value* value = map->content.find(key);
     return value != nullptr ? snapshot::widened<T>(*value).value_or(def) : def;
 }
 
@@ -39,7 +39,7 @@ OruMap* oru_map_new(void) {
 }
 
 void oru_map_set_string(OruMap* map, const gchar* key, const gchar* value) {
-    map->held.assign(key, std::string_view(value));
+    map->content.assign(key, std::string_view(value));
 }
 
 guint32 oru_map_get_uint32(OruMap* map, const gchar* key, guint32 def) {
@@ -73,25 +73,25 @@ guint64 oru_map_get_pair32u(OruMap* map, const gchar* key, guint64 def) {
 }
 
 gboolean oru_map_contains(OruMap* map, const gchar* key) {
-    return map->held.find(key) != nullptr;
+    return map->content.find(key) != nullptr;
 }
 
 void oru_map_remove(OruMap* map, const gchar* key) {
-    map->held.erase(key);
+    map->content.erase(key);
 }
 
 void oru_map_remove_prefix(OruMap* map, const gchar* prefix) {
-    map->held.erase_prefix(prefix);
+    map->content.erase_prefix(prefix);
 }
 
 OruMap* oru_map_filter_prefix(OruMap* map, const gchar* prefix) {
-    return replay::new_map(map->held.filter_prefix(prefix));
+    return replay::new_map(map->content.filter_prefix(prefix));
 }
 
 gboolean oru_map_empty(OruMap* map) {
-    return map->held.empty();
+    return map->content.empty();
 }
 
 const qw::map* oru_map_native_ref(OruMap* map) {
-    return &map->held;
+    return &map->content;
 }

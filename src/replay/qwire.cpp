@@ -12,13 +12,13 @@
 
 namespace qw {
 
-// What one or several maps hold. The entries are `own`, once the map was changed; until then they
-// stand somewhere in what `base` keeps alive.
+// The content of one or several maps. Once a map was changed, its entries are in `own`; until then,
+// they are in memory that `base` keeps alive.
 struct map::content {
     std::span<const entry> entries;
     std::vector<entry> own;
     std::forward_list<std::string> texts;  // of the entries that were inserted or assigned
-    std::shared_ptr<const void> base;      // keeps alive everything else that the entries point to
+    std::shared_ptr<const void> base;      // owns everything else that the entries point to
 };
 
 namespace {
@@ -31,25 +31,25 @@ const map::entry* at_or_after(std::span<const map::entry> entries, std::string_v
 std::span<const map::entry> with_prefix(std::span<const map::entry> entries,
                                         std::string_view prefix) {
     const map::entry* first = at_or_after(entries, prefix);
-    const map::entry* last =
-        std::partition_point(first, entries.data() + entries.size(),
-                             [&](const map::entry& e) { return e.key.starts_with(prefix); });
+    const map::entry* last = std::partition_point(
+        first, entries.data() + entries.size(),
+        [&](const map::entry& entry) { return entry.key.starts_with(prefix); });
     return {first, last};
 }
 
-// Returns `text` as a view of a copy in `texts`, where a NUL follows it.
+// Returns a view of a copy of `text` in `texts`, which a NUL follows.
 std::string_view keep(std::forward_list<std::string>& texts, std::string_view text) {
     return texts.emplace_front(text);
 }
 
-value keep(std::forward_list<std::string>& texts, const value& held) {
-    if (const auto text = held.get_if<std::string_view>()) {
+value keep(std::forward_list<std::string>& texts, const value& original) {
+    if (const auto text = original.get_if<std::string_view>()) {
         return keep(texts, *text);
     }
-    if (const auto unknown = held.get_if<other>()) {
+    if (const auto unknown = original.get_if<other>()) {
         return other{keep(texts, unknown->json)};
     }
-    return held;
+    return original;
 }
 
 template <class Number>
@@ -79,39 +79,39 @@ void append_text(std::string& out, std::string_view text) {
     out += '"';
 }
 
-// Returns false, with nothing appended, when JSON has no form for the value.
-bool append_value(std::string& out, const value& held) {
-    switch (held.kind()) {
+// Returns false and appends nothing if JSON has no form for the value.
+bool append_value(std::string& out, const value& value) {
+    switch (value.kind()) {
         case kind::boolean:
-            out += *held.get_if<bool>() ? "true" : "false";
+            out += *value.get_if<bool>() ? "true" : "false";
             break;
         case kind::string:
-            append_text(out, *held.get_if<std::string_view>());
+            append_text(out, *value.get_if<std::string_view>());
             break;
         case kind::int64:
-            append_number(out, *held.get_if<std::int64_t>());
+            append_number(out, *value.get_if<std::int64_t>());
             break;
         case kind::float64:
-            if (!std::isfinite(*held.get_if<double>())) {
+            if (!std::isfinite(*value.get_if<double>())) {
                 return false;
             }
-            append_number(out, *held.get_if<double>());
+            append_number(out, *value.get_if<double>());
             break;
         case kind::pair32u:
             out += '[';
-            append_number(out, held.get_if<pair32u>()->first);
+            append_number(out, value.get_if<pair32u>()->first);
             out += ',';
-            append_number(out, held.get_if<pair32u>()->second);
+            append_number(out, value.get_if<pair32u>()->second);
             out += ']';
             break;
         case kind::other:
-            out += held.get_if<other>()->json;
+            out += value.get_if<other>()->json;
             break;
         case kind::uint16:
-            append_number(out, *held.get_if<std::uint16_t>());
+            append_number(out, *value.get_if<std::uint16_t>());
             break;
         case kind::uint32:
-            append_number(out, *held.get_if<std::uint32_t>());
+            append_number(out, *value.get_if<std::uint32_t>());
             break;
         case kind::unwritable:
             return false;
@@ -169,8 +169,8 @@ void map::assign(std::string_view key, const qw::value& value) {
         return;
     }
     content& changed = own();
-    const entry* there = at_or_after(changed.own, key);
-    changed.own[static_cast<std::size_t>(there - changed.own.data())].value =
+    const entry* existing = at_or_after(changed.own, key);
+    changed.own[static_cast<std::size_t>(existing - changed.own.data())].value =
         keep(changed.texts, value);
     changed.entries = changed.own;
 }
@@ -189,9 +189,9 @@ void map::erase_prefix(std::string_view prefix) {
         return;
     }
     content& changed = own();
-    const auto gone = with_prefix(changed.own, prefix);
-    const auto first = changed.own.begin() + (gone.data() - changed.own.data());
-    changed.own.erase(first, first + static_cast<std::ptrdiff_t>(gone.size()));
+    const auto erased = with_prefix(changed.own, prefix);
+    const auto first = changed.own.begin() + (erased.data() - changed.own.data());
+    changed.own.erase(first, first + static_cast<std::ptrdiff_t>(erased.size()));
     changed.entries = changed.own;
 }
 
@@ -202,14 +202,14 @@ map map::filter_prefix(std::string_view prefix) const {
 
 std::expected<void, std::string> map::to_json(std::string& out) const {
     std::string text = "{";
-    for (const entry& e : *this) {
+    for (const entry& entry : *this) {
         if (text.size() > 1) {
             text += ',';
         }
-        append_text(text, e.key);
+        append_text(text, entry.key);
         text += ':';
-        if (!append_value(text, e.value)) {
-            return std::unexpected("the value of '" + std::string(e.key) +
+        if (!append_value(text, entry.value)) {
+            return std::unexpected("the value of '" + std::string(entry.key) +
                                    "' is not finite: JSON has no form for it");
         }
     }

@@ -1,9 +1,10 @@
-// A snapshot: the answers of the video service at one moment, read from a file or queried. It does
-// not change once it is made, and is held by std::shared_ptr<const answers>.
+// A snapshot: the answers of the video service at one moment, read from a file or queried. Once
+// made, it is owned by std::shared_ptr<const answers> and does not change.
 //
-// What a service answers can be more than a file can contain: ids and nicks may repeat, texts and
-// keys may be any bytes, a map may have a text under `$error`, and a value of another kind may have
-// no JSON text. The reader never returns such answers, and the writer rejects them.
+// A service can answer more than a file can contain: ids may repeat, several codes may share a
+// nick, texts and keys may be any bytes, a map may have a text under `$error`, and a value of
+// another kind may have no JSON text. The reader never returns such answers, and the writer rejects
+// them.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +28,7 @@ struct failure {
     const char* message;  // may be empty
 };
 
-// A query to a service is never left out; a file may leave out any answer.
+// A file may leave out any answer. A service never does.
 template <class T>
 using answer = std::variant<left_out, failure, T>;
 
@@ -46,7 +47,7 @@ struct rectangle {
     bool operator==(const rectangle&) const = default;
 };
 
-// One of several answers that differ by a name; lists of these ascend by name.
+// One of several answers to a query that takes a name. Lists of these ascend by name.
 template <class T>
 struct named_answer {
     std::string_view name;
@@ -73,7 +74,7 @@ using mode_resolution = named_answer<resolution>;
 
 struct input_record {
     std::uint32_t id = 0;
-    std::optional<failure> fails = {};  // to be opened
+    std::optional<failure> fails = {};  // if it cannot be opened
     answer<map_entries> info = {};
     answer<rectangle> crop = {};
     answer<std::span<const mode_resolution>> resolution_unrotated = {};
@@ -81,7 +82,7 @@ struct input_record {
 
 struct output_record {
     std::uint32_t id = 0;
-    std::optional<failure> fails = {};  // to be opened
+    std::optional<failure> fails = {};  // if it cannot be opened
     answer<map_entries> info = {}, settings = {};
 };
 
@@ -98,7 +99,7 @@ struct format_record {
     std::uint32_t code;
 };
 
-// The formats of a file that leaves them out.
+// The formats if a file leaves them out.
 inline constexpr format_record default_formats[] = {
     {"h264", 0}, {"h265", 1}, {"jpeg", 2}, {"raw", 3}, {"av1", 10}};
 
@@ -119,13 +120,14 @@ struct records {
 struct answers : records {
     answers() = default;
 
-    // The same records, to be changed before anyone else sees them.
+    // Copies the records and shares what they point to.
     explicit answers(std::shared_ptr<const answers> original)
         : records(*original), base(std::move(original)) {}
 
-    std::string text;                     // of the file; texts without escapes stay in it
-    snapshot::arena arena;                // other texts, and the entries
-    std::shared_ptr<const answers> base;  // what the records may point into as well
+    // The records point into these three.
+    std::string text;       // of the file
+    snapshot::arena arena;  // texts that are not in a file, or with escapes there; entries
+    std::shared_ptr<const answers> base;
 };
 
 }  // namespace snapshot

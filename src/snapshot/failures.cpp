@@ -9,20 +9,20 @@ failure read_failure_text(json_reader& in) {
 failure read_failure(json_reader& in, std::string_view what) {
     in.peek();
     const char* begin = in.place();
-    std::optional<failure> fails;
+    std::optional<failure> failure;
     in.object(what, [&](const word& name) {
         if (name.text != error_member) {
             refuse_unknown(name);
         }
-        if (fails) {
+        if (failure) {
             refuse_duplicate(name);
         }
-        fails = read_failure_text(in);
+        failure = read_failure_text(in);
     });
-    if (!fails) {
+    if (!failure) {
         throw complaint{begin, expected(what) + ", found an empty object"};
     }
-    return *fails;
+    return *failure;
 }
 
 }  // namespace snapshot

@@ -1,4 +1,4 @@
-// Failures, which may stand in the place of any answer: {"$error": TEXT}.
+// Failures. Any answer may be replaced by one: {"$error": TEXT}.
 #pragma once
 
 #include <optional>
@@ -14,10 +14,10 @@ inline constexpr std::string_view error_member = "$error";
 
 failure read_failure_text(json_reader& in);
 
-// Reads an object that can be nothing but a failure; `what` was expected.
+// Reads a failure. A complaint about another object says that `what` was expected.
 failure read_failure(json_reader& in, std::string_view what);
 
-// Reads an answer that is written as an array, with `read()`, or the failure in its place.
+// Reads an answer that is an array, with `read()`, or the failure in its place.
 template <class Read>
 auto array_or_failure(json_reader& in, std::string_view what, Read&& read)
     -> answer<std::invoke_result_t<Read>> {
@@ -27,25 +27,25 @@ auto array_or_failure(json_reader& in, std::string_view what, Read&& read)
     return read();
 }
 
-// Reads an answer that is an object of any names, with `read(name)` the value of each, or the
-// failure in its place: a text under `$error`, and no other member.
+// Reads an answer that is an object of any names, with `read(name)` for the value of each, or the
+// failure in its place. A failure has a text under `$error` and no other member.
 template <class Read>
 std::optional<failure> members_or_failure(json_reader& in, std::string_view what, Read&& read) {
-    std::optional<failure> fails;
-    bool other_members = false;
+    std::optional<failure> failure;
+    bool has_other_members = false;
     in.object(what, [&](const word& name) {
-        const bool failing = name.text == error_member && *in.place() == '"';
-        if (fails || (failing && other_members)) {
+        const bool is_failure = name.text == error_member && *in.place() == '"';
+        if (failure || (is_failure && has_other_members)) {
             throw complaint{name.at, "a failure has no other member"};
         }
-        if (failing) {
-            fails = read_failure_text(in);
+        if (is_failure) {
+            failure = read_failure_text(in);
         } else {
-            other_members = true;
+            has_other_members = true;
             read(name);
         }
     });
-    return fails;
+    return failure;
 }
 
 }  // namespace snapshot

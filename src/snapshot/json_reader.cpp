@@ -14,7 +14,7 @@ namespace {
 
 constexpr glz::opts json{.null_terminated = true, .comments = false};
 
-// The bytes at which reading a string must stop to look.
+// The bytes that end the plain text of a string.
 constexpr auto ends_plain_text = [] {
     std::array<bool, 256> table{};
     for (unsigned c = 0; c < 0x20; ++c) {
@@ -24,11 +24,11 @@ constexpr auto ends_plain_text = [] {
     return table;
 }();
 
-// The same of eight bytes at once, the first one lowest: the lowest bit that is set is the high bit
-// of the first byte at which to stop.
+// The same for eight bytes at once, the first one in the lowest bits. The lowest bit that is set in
+// the result is the high bit of the first byte that ends the plain text.
 std::uint64_t ends_of_plain_text(std::uint64_t bytes) {
     constexpr auto each = [](unsigned char c) { return c * std::uint64_t{0x0101010101010101}; };
-    // What is less than a byte that it is taken from borrows from the next.
+    // A borrow changes only higher bytes than the first one found.
     const std::uint64_t quote = (bytes ^ each('"')) - each(1);
     const std::uint64_t backslash = (bytes ^ each('\\')) - each(1);
     const std::uint64_t control = bytes - each(0x20);
@@ -39,7 +39,7 @@ bool is_digit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Whether a number cannot end before this byte.
+// Returns whether a number cannot end before this byte.
 bool goes_on_in_number(char c) {
     return is_digit(c) || c == '.' || c == '+' || c == '-' || (c >= 'A' && c <= 'Z') ||
            (c >= 'a' && c <= 'z');
@@ -49,7 +49,7 @@ void check_utf8(const char* begin, const char* end) {
     if (glz::validate_utf8(begin, static_cast<std::size_t>(end - begin))) {
         return;
     }
-    // Find the place: go on from sequence to sequence, as long as its first byte says.
+    // Find the place: check one sequence after the other, each as long as its first byte says.
     const char* at = begin;
     while (at != end) {
         const int ones = std::countl_one(static_cast<unsigned char>(*at));
@@ -62,7 +62,7 @@ void check_utf8(const char* begin, const char* end) {
     throw complaint{at, "this is not valid UTF-8"};
 }
 
-// Returns the end of the comment that begins at `at`, which the text's line breaks outlive.
+// Replaces the comment at `at` by blanks, except its line breaks. Returns its end.
 char* blank_comment(char* at, char* end) {
     char* begin = at;
     if (at[1] == '/') {
@@ -88,9 +88,9 @@ void blank_comments(char* begin, char* end) {
         if (*at == '"') {
             in_string = !in_string;
         } else if (in_string && *at == '\\') {
-            ++at;  // what is escaped closes nothing
+            ++at;  // an escaped quote does not close the string
         } else if (in_string && *at == '\n') {
-            return;  // the string is not closed: reading stops there, and knows why
+            return;  // the string is not closed; reading it will complain
         } else if (!in_string && *at == '/' && (at[1] == '/' || at[1] == '*')) {
             at = blank_comment(at, end) - 1;
         }
@@ -164,7 +164,7 @@ word json_reader::string(std::string_view what) {
     return {{begin, at_ - 1}, opening};
 }
 
-// Goes on to the byte that ends a string, or is not plain text in it.
+// Advances to the byte that ends the plain text of a string.
 void json_reader::skip_plain_text() {
     while (end_ - at_ >= 8) {
         std::uint64_t bytes = 0;
@@ -183,8 +183,8 @@ void json_reader::skip_plain_text() {
     }
 }
 
-// Reads on from the first byte of a string that is not plain text. The text of the file stays as it
-// is: a line break put into it would shift every later line.
+// Reads the rest of a string from its first byte that is not plain text. Escapes are not decoded in
+// place: a decoded line break would change the line numbers of later complaints.
 std::string_view json_reader::decode(const char* begin) {
     decoded_.assign(begin, static_cast<const char*>(at_));
     while (*at_ != '"') {
@@ -199,7 +199,7 @@ std::string_view json_reader::decode(const char* begin) {
     return keep(decoded_);
 }
 
-// Complains unless the string that begins at `opening` may go on with the byte at the place.
+// Complains unless the next byte may be part of the string that begins at `opening`.
 void json_reader::check_string_byte(const char* opening) const {
     if (at_ == end_ || (*at_ == '\\' && at_ + 1 == end_)) {
         throw complaint{opening, "this string is not closed"};
@@ -235,8 +235,8 @@ void json_reader::decode_escape() {
     decoded_.append(utf8.data(), glz::code_point_to_utf8(code, utf8.data()));
 }
 
-// Reads a backslash and the letter behind it. Returns what they mean, or NUL for one that four
-// digits follow.
+// Reads a backslash and a letter. Returns the character that they mean, or NUL if four digits
+// follow.
 char json_reader::read_short_escape() {
     const char letter = at_[1];
     const char meant = glz::char_unescape_table[static_cast<unsigned char>(letter)];
@@ -259,7 +259,7 @@ std::uint32_t json_reader::read_code_unit(const char* escape) {
 
 std::string_view json_reader::any_value() {
     constexpr std::size_t deepest = 256;
-    std::string open;  // what closes each array and object that is open, the innermost last
+    std::string open;  // the closing bracket of each open array and object
     decoded_.clear();
     do {
         const char first = peek();
@@ -289,7 +289,7 @@ std::string_view json_reader::any_value() {
     return keep(decoded_);
 }
 
-// Copies the name of a member, and the colon, unless `closing` is an array's.
+// In an object, copies the name of a member and the colon.
 void json_reader::copy_name_in(char closing) {
     if (closing == ']') {
         return;
@@ -351,7 +351,7 @@ written_number json_reader::number(std::string_view what) {
     if (first != '-' && !is_digit(first)) {
         unexpected(what);
     }
-    // Nearly every number is a whole one that 64 bits hold whatever its digits are.
+    // Nearly every number is a whole one with few enough digits for 64 bits.
     constexpr std::ptrdiff_t certain_digits = 18;
     const char* begin = at_;
     const char* digits = first == '-' ? begin + 1 : begin;
@@ -462,7 +462,7 @@ bool json_reader::next_element() {
     return true;
 }
 
-// Reads on to the next of a list. Returns false when the list is closed.
+// Reads a comma, or the end of a list. Returns whether it is a comma.
 bool json_reader::another(char closing, std::string_view what) {
     const char next = peek();
     if (next != ',' && next != closing) {

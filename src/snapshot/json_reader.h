@@ -1,5 +1,5 @@
-// Reads the tokens of a JSON text and says where something is wrong with it. The text is worked on
-// in place: comments become blanks, and strings end in a NUL.
+// Reads the tokens of a JSON text and finds the place of an error. It changes the text: comments
+// become blanks, and the closing quotes of strings NULs.
 #pragma once
 
 #include <algorithm>
@@ -14,43 +14,43 @@
 
 namespace snapshot {
 
-// What is wrong, and the byte of the text that is to blame.
+// An error and its place.
 struct complaint {
-    const char* at;
+    const char* at;  // in the text; NULL if it concerns no place
     std::string reason;
 };
 
-// A string of the text, and where its opening quote stands.
+// A string of the text.
 struct word {
-    std::string_view text;  // decoded, holds no NUL, and a NUL follows it
-    const char* at = nullptr;
+    std::string_view text;     // decoded, without a NUL, but followed by one
+    const char* at = nullptr;  // its opening quote
 };
 
-// The beginning of many a complaint.
+// Returns "expected WHAT", with which many complaints begin.
 std::string expected(std::string_view what);
 
-// These complain about the name of a member.
+// Complain about the name of a member.
 [[noreturn]] void refuse_unknown(const word& name);
 [[noreturn]] void refuse_duplicate(const word& name);
 
-// A number of the text in its written form.
+// A number as it is written in the text.
 struct written_number {
     std::string_view text;
     bool whole;                         // without fraction and exponent
     std::optional<std::int64_t> value;  // of a whole number that fits
 };
 
-// Every function leaves by a complaint when the text is not as it must be.
+// Every function throws a complaint if the text is not as it must be.
 class json_reader {
   public:
-    // Checks that `text` is UTF-8 without NUL bytes and blanks out its comments. Strings that hold
+    // Checks that `text` is UTF-8 without NUL bytes and blanks out its comments. Strings with
     // escapes are decoded into `arena`.
     json_reader(std::string& text, snapshot::arena& arena);
 
     // Skips blanks. Returns the byte that begins the next token, or NUL at the end of the text.
     char peek() noexcept;
 
-    // Where the token that peek() saw begins.
+    // Returns the place of the token that peek() saw.
     const char* place() const noexcept { return at_; }
 
     // Complains about the next token: `what` was expected.
@@ -61,18 +61,18 @@ class json_reader {
     bool boolean(std::string_view what);
     written_number number(std::string_view what);
 
-    // The value of a number that number() returned, which must fit.
+    // Return the value of a number, which must be in range.
     std::int64_t whole_value(const written_number& written) const;
     double double_value(const written_number& written) const;
 
-    // A value of any form, whatever it holds. Returns its text without the blanks between the
-    // tokens; a NUL follows it.
+    // Reads a value of any form. Returns its text without blanks between the tokens, followed by a
+    // NUL.
     std::string_view any_value();
 
-    // A whole number from 0 to `max`.
+    // Reads a whole number from 0 to `max`.
     std::uint32_t natural(std::uint32_t max = UINT32_MAX);
 
-    // An array of N whole numbers from 0 to 4294967295.
+    // Reads an array of N whole numbers from 0 to 4294967295.
     template <std::size_t N>
     std::array<std::uint32_t, N> naturals(std::string_view what) {
         std::array<std::uint32_t, N> numbers;
@@ -87,7 +87,7 @@ class json_reader {
         return numbers;
     }
 
-    // Reads an object of any member names: `member(name)` reads each member's value.
+    // Reads an object of any member names, with `member(name)` for the value of each.
     template <class Member>
     void object(std::string_view what, Member&& member) {
         word name;
@@ -96,8 +96,8 @@ class json_reader {
         }
     }
 
-    // Reads an object of the members that are `known` by their `name`, each at most once:
-    // `member(known[i], name)` reads a member's value.
+    // Reads an object whose members are among `known`, each at most once, with
+    // `member(known[i], name)` for the value of each.
     template <class Known, std::size_t N, class Member>
     void object(std::string_view what, const Known (&known)[N], Member&& member) {
         static_assert(N <= 32);
@@ -116,7 +116,7 @@ class json_reader {
         });
     }
 
-    // Reads an array: `element()` reads each element.
+    // Reads an array, with `element()` for each element.
     template <class Element>
     void array(std::string_view what, Element&& element) {
         for (bool more = first_element(what); more; more = next_element()) {
@@ -127,11 +127,11 @@ class json_reader {
     // Complains unless the text ends here.
     void finish();
 
-    // Returns a copy that lives as long as the arena.
+    // Returns a copy in the arena.
     std::string_view keep(std::string_view text) { return arena_.keep(text); }
 
   private:
-    // These read up to the value of a member, or up to an element. They return whether there is
+    // Read up to the value of the next member, or up to the next element. Return whether there is
     // one.
     bool first_member(std::string_view what, word& name);
     bool next_member(word& name);
@@ -156,7 +156,8 @@ class json_reader {
     std::string decoded_;  // of the string or value being read
 };
 
-// The name as it is written in the text, for a complaint: never more than one short line.
+// Returns the text in quotes for a complaint, with control characters escaped, at most one short
+// line.
 std::string quoted(std::string_view text);
 
 }  // namespace snapshot

@@ -16,8 +16,7 @@ std::string_view without_blanks(std::string_view text) {
     return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
-// Returns where the first of this character stands that is in no string and no inner value, or
-// npos.
+// Returns the place of the first such character outside strings and inner values, or npos.
 std::size_t find_outside(std::string_view text, char wanted) {
     std::size_t depth = 0;
     bool in_string = false;
@@ -45,8 +44,7 @@ bool is_json(std::string_view text) {
     gchar* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()));
     std::string checked(valid);
     g_free(valid);
-    // glaze asks more of escapes than JSON does: the other half beside each half of a surrogate
-    // pair.
+    // Unlike JSON, glaze requires both halves of a surrogate pair.
     for (std::size_t at = 0; (at = checked.find("\\u", at)) != std::string::npos; at += 2) {
         if (at + 2 < checked.size() && (checked[at + 2] == 'd' || checked[at + 2] == 'D')) {
             checked[at + 2] = '1';

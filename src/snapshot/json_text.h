@@ -13,7 +13,7 @@ namespace snapshot {
 bool is_json(std::string_view text);
 
 // Returns the names of the members of a JSON object in their order, in UTF-8. If the text is not an
-// object, or the name or the value of a member is not JSON as above: the part that is not.
+// object, or a member's name or value is not JSON as above, returns the part that is wrong.
 std::expected<std::vector<std::string>, std::string_view> member_names(std::string_view text);
 
 }  // namespace snapshot

@@ -1,4 +1,4 @@
-// Keys that must differ from each other, with their places in the text, and lists in their order.
+// Keys that must be unique, with their places in the text, and lists sorted by such keys.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace snapshot {
 
-// A key, where it stands in the text, and which item of the list it is the key of.
+// A key, its place in the text, and the index of its item in the list.
 template <class Key>
 struct placed_key {
     Key key;
@@ -19,12 +19,12 @@ struct placed_key {
     std::size_t item;
 };
 
-// These sort by key, then by place. The first key in the text that repeats another is returned,
-// NULL when there is none, or complained about.
+// Sort by key, then by place. If a key in the text repeats another, sort_ids() returns the first
+// such key, otherwise NULL; sort_names() complains about it.
 const placed_key<std::uint32_t>* sort_ids(std::vector<placed_key<std::uint32_t>>& ids);
 void sort_names(std::vector<placed_key<std::string_view>>& names);
 
-// Items by name while they are read.
+// Collects items with names while they are read.
 template <class Item, std::string_view Item::* Name>
 class named_items {
   public:
@@ -38,19 +38,18 @@ class named_items {
         items_.push_back({item, place});
     }
 
-    // Returns a copy, ascending by name, that lives as long as the document. Complains about a name
-    // that repeats another.
-    std::span<const Item> keep(arena& into) {
+    // Returns a copy in the arena, ascending by name. Complains about a name that repeats another.
+    std::span<const Item> keep(arena& arena) {
         if (ascending_) {
-            return into.keep(items_, &placed_item::item);
+            return arena.keep(items_, &placed_item::item);
         }
         names_.clear();
         for (std::size_t i = 0; i < items_.size(); ++i) {
             names_.push_back({items_[i].item.*Name, items_[i].at, i});
         }
         sort_names(names_);
-        return into.keep(names_,
-                         [&](const auto& name) -> const Item& { return items_[name.item].item; });
+        return arena.keep(names_,
+                          [&](const auto& name) -> const Item& { return items_[name.item].item; });
     }
 
   private:

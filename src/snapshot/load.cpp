@@ -10,20 +10,20 @@
 namespace snapshot {
 namespace {
 
-// Returns what follows the path in the message: ":LINE:COLUMN: REASON", or ": REASON" where no
-// place is to blame.
-std::string located(const std::string& text, const complaint& wrong) {
-    if (wrong.at == nullptr) {
-        return ": " + wrong.reason;
+// Returns the message after the path: ":LINE:COLUMN: REASON", or ": REASON" for a complaint without
+// a place.
+std::string located(const std::string& text, const complaint& complaint) {
+    if (complaint.at == nullptr) {
+        return ": " + complaint.reason;
     }
     const char* begin = text.data();
-    const auto line = 1 + std::count(begin, wrong.at, '\n');
-    const char* line_begin = wrong.at;
+    const auto line = 1 + std::count(begin, complaint.at, '\n');
+    const char* line_begin = complaint.at;
     while (line_begin != begin && line_begin[-1] != '\n') {
         --line_begin;
     }
-    return ':' + std::to_string(line) + ':' + std::to_string(wrong.at - line_begin + 1) + ": " +
-           wrong.reason;
+    return ':' + std::to_string(line) + ':' + std::to_string(complaint.at - line_begin + 1) + ": " +
+           complaint.reason;
 }
 
 }  // namespace
@@ -34,14 +34,14 @@ loaded load(const std::string& path, const source_limits& limits) {
         if (!content) {
             return std::unexpected(path + ": " + content.error());
         }
-        auto all = std::make_shared<answers>();
-        all->text = std::move(*content);
+        auto snapshot = std::make_shared<answers>();
+        snapshot->text = std::move(*content);
         try {
-            read(*all);
-        } catch (const complaint& wrong) {
-            return std::unexpected(path + located(all->text, wrong));
+            read(*snapshot);
+        } catch (const complaint& complaint) {
+            return std::unexpected(path + located(snapshot->text, complaint));
         }
-        return all;
+        return snapshot;
     } catch (const std::bad_alloc&) {
         return std::unexpected(path + ": out of memory");
     }

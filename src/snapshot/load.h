@@ -10,7 +10,7 @@
 
 namespace snapshot {
 
-// A snapshot, or why there is none: "PATH: REASON" or "PATH:LINE:COLUMN: REASON".
+// A snapshot, or why it cannot be read: "PATH: REASON" or "PATH:LINE:COLUMN: REASON".
 using loaded = std::expected<std::shared_ptr<const answers>, std::string>;
 
 // Reads and checks the snapshot at `path`.

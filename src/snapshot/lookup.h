@@ -21,15 +21,15 @@ struct query {
     const char* name = nullptr;  // of one of several answers
 };
 
-std::string text_of(const query& asked);
+std::string text_of(const query& query);
 
-// Returns the message of a query whose answer is left out: "stream 3: settings not recorded".
-std::string not_recorded(const query& asked);
+// Returns the message of a query without an answer: "stream 3: settings not recorded".
+std::string not_recorded(const query& query);
 
 // These return NULL if there is none.
 inline const value* find(map_entries map, std::string_view key) noexcept {
-    // Most keys of a short map differ in length already: comparing all lengths costs less than
-    // ordering keys.
+    // Most keys of a short map differ in length, so comparing for equality costs less than
+    // ordering.
     constexpr std::size_t few = 16;
     while (map.size() > few) {
         const std::size_t half = map.size() / 2;
@@ -40,9 +40,9 @@ inline const value* find(map_entries map, std::string_view key) noexcept {
 }
 
 template <class T>
-const answer<T>* find(std::span<const named_answer<T>> all, std::string_view name) {
-    const auto found = std::ranges::lower_bound(all, name, {}, &named_answer<T>::name);
-    return found != all.end() && found->name == name ? &found->value : nullptr;
+const answer<T>* find(std::span<const named_answer<T>> answers, std::string_view name) {
+    const auto found = std::ranges::lower_bound(answers, name, {}, &named_answer<T>::name);
+    return found != answers.end() && found->name == name ? &found->value : nullptr;
 }
 
 // For a list that ascends by id.
@@ -52,11 +52,11 @@ const Record* find(const std::vector<Record>& records, std::uint32_t id) {
     return found != records.end() && found->id == id ? &*found : nullptr;
 }
 
-// Returns whether the snapshot answers any query that a program makes first: of an input, a stream
-// or a channel nothing can be asked if none of these is answered.
-bool is_answered(const answers& all);
+// Returns whether the snapshot answers any query. Those of a stream, a channel or an input count
+// through the lists and maps that lead to them.
+bool is_answered(const answers& answers);
 
-// Returns whether the map has this text under `key`.
+// Returns whether the map contains this text under `key`.
 bool has_text(map_entries map, std::string_view key, std::string_view text);
 
 }  // namespace snapshot

@@ -26,9 +26,9 @@ constexpr std::pair<std::string_view, double> not_finite[] = {
 
 answer<map_entries> map_reader::read() {
     entries_.clear();
-    const auto fails = members_or_failure(in_, a_map, [&](const word& key) { read_entry(key); });
-    if (fails) {
-        return *fails;
+    const auto failure = members_or_failure(in_, a_map, [&](const word& key) { read_entry(key); });
+    if (failure) {
+        return *failure;
     }
     return entries_.keep(arena_);
 }
@@ -40,8 +40,8 @@ map_entries map_reader::read_properties() {
 }
 
 void map_reader::read_entry(const word& key) {
-    const value read = read_value();
-    entries_.add({key.text, read}, key.at);
+    const value value = read_value();
+    entries_.add({key.text, value}, key.at);
 }
 
 value map_reader::read_value() {
@@ -125,14 +125,14 @@ double map_reader::read_double() {
     throw complaint{written.at, expected(what)};
 }
 
-// A string of any bytes but NUL, written as lower-case hexadecimal digits.
+// Reads a text of any bytes but NUL, written as lower-case hexadecimal digits.
 std::string_view map_reader::read_bytes() {
     constexpr auto digits = "0123456789abcdef"sv;
     const word written = in_.string("hexadecimal digits");
     bytes_.clear();
     for (std::size_t i = 0; i < written.text.size(); i += 2) {
         const auto high = digits.find(written.text[i]);
-        const auto low = digits.find(written.text.data()[i + 1]);  // the NUL behind it is none
+        const auto low = digits.find(written.text.data()[i + 1]);  // or the NUL behind the text
         if (high == std::string_view::npos || low == std::string_view::npos) {
             throw complaint{written.at, "expected pairs of lower-case hexadecimal digits"};
         }

@@ -1,4 +1,4 @@
-// Reads maps, whose values say their kind by the form in which they are written.
+// Reads maps. The form of a value determines its kind.
 #pragma once
 
 #include <string>
@@ -17,7 +17,7 @@ class map_reader {
     // Reads a map, or the failure in its place.
     answer<map_entries> read();
 
-    // Reads a map that is no answer, so that no failure can stand in its place.
+    // Reads a map that is not an answer, so that a failure cannot replace it.
     map_entries read_properties();
 
   private:
@@ -30,7 +30,7 @@ class map_reader {
 
     json_reader& in_;
     snapshot::arena& arena_;
-    // Used again by every map, so that they grow only for the largest.
+    // Reused for every map, so that they are rarely reallocated.
     named_items<entry, &entry::key> entries_;
     std::string bytes_;
 };

@@ -8,7 +8,7 @@
 namespace snapshot {
 namespace {
 
-// A character that a terminal shows as itself, in its place.
+// Returns whether a terminal shows the character as itself, in its place.
 bool is_shown(gunichar character) {
     switch (g_unichar_type(character)) {
         case G_UNICODE_LINE_SEPARATOR:
@@ -26,7 +26,7 @@ std::string escape(const char* format, unsigned code) {
             static_cast<std::size_t>(std::snprintf(text.data(), text.size(), format, code))};
 }
 
-std::string written_out(gunichar character) {
+std::string escaped(gunichar character) {
     switch (character) {
         case '\n':
             return "\\n";
@@ -45,21 +45,22 @@ std::string written_out(gunichar character) {
 }  // namespace
 
 std::string printable(std::string_view text) {
-    constexpr gunichar invalid = 0xFFFFFFFE;  // or one more: broken off
-    std::string shown;
+    constexpr gunichar invalid = 0xFFFFFFFE;  // one more: incomplete
+    std::string escaped_text;
     while (!text.empty()) {
         const gunichar character =
             g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
         if (character >= invalid) {
-            shown += escape("\\x%02x", static_cast<unsigned char>(text.front()));
+            escaped_text += escape("\\x%02x", static_cast<unsigned char>(text.front()));
             text.remove_prefix(1);
             continue;
         }
         const auto length = static_cast<std::size_t>(g_unichar_to_utf8(character, nullptr));
-        shown += is_shown(character) ? std::string{text.substr(0, length)} : written_out(character);
+        escaped_text +=
+            is_shown(character) ? std::string{text.substr(0, length)} : escaped(character);
         text.remove_prefix(length);
     }
-    return shown;
+    return escaped_text;
 }
 
 }  // namespace snapshot

@@ -1,4 +1,4 @@
-// Texts of the service for a person's eyes: a terminal shows them and obeys nothing in them.
+// Makes texts of the service safe to print on a terminal.
 #pragma once
 
 #include <string>
@@ -6,9 +6,9 @@
 
 namespace snapshot {
 
-// Returns the text in UTF-8 with everything escaped that a terminal would obey, hide or reject: a
-// control or invisible character as \n, \r, \t, \x1b or \u202e, a byte that is not valid UTF-8 as
-// \xff. A backslash stays as it is.
+// Returns the text in UTF-8 with escapes for everything that a terminal would obey, hide or reject:
+// \n, \r, \t, \x1b or \u202e for a control or invisible character, \xff for a byte that is not
+// valid UTF-8. A backslash is not escaped.
 std::string printable(std::string_view text);
 
 }  // namespace snapshot

@@ -19,13 +19,13 @@ namespace {
 
 class reader {
   public:
-    explicit reader(answers& into)
-        : all_(into), in_(into.text, into.arena), maps_(in_, into.arena) {}
+    explicit reader(answers& answers)
+        : answers_(answers), in_(answers.text, answers.arena), maps_(in_, answers.arena) {}
 
     void read();
 
   private:
-    // A member of an object: its name, and what reads its value into the object's record.
+    // A member of an object: its name, and the function that reads its value into the record.
     template <class Record>
     struct member {
         std::string_view name;
@@ -37,7 +37,7 @@ class reader {
     void read_members_or_failure(std::string_view what, const member<Record> (&members)[N],
                                  Record& record, std::string_view rule);
 
-    // Objects of which there is one.
+    // Objects that occur once.
     template <class Record>
     struct opened : Record {
         std::optional<failure> fails;
@@ -52,8 +52,8 @@ class reader {
     void read_outputs();
     std::vector<format_record> read_formats();
 
-    // Objects of which there are lists. A function that reads one returns the place of the id that
-    // no other of the list may have, or NULL if there is none.
+    // Objects in lists. A function that reads one returns the place of its id, which must be unique
+    // in the list, or NULL if it need not be.
     template <class Record>
     answer<std::vector<Record>> read_list(std::string_view what,
                                           const char* (reader::*read)(Record& record));
@@ -66,7 +66,7 @@ class reader {
                              Record& record);
     std::uint32_t read_id();
 
-    // Answers, maps apart.
+    // Answers other than maps.
     answer<rectangle> read_rectangle();
     answer<resolution> read_resolution();
     answer<std::span<const resolution>> read_resolutions();
@@ -76,12 +76,12 @@ class reader {
     answer<std::span<const named_answer<T>>> read_by_name(named_answers<T>& scratch,
                                                           answer<T> (reader::*read)());
 
-    answers& all_;
+    answers& answers_;
     json_reader in_;
     map_reader maps_;
-    const char* id_place_ = nullptr;  // in the record that is being read, once its id was read
+    const char* id_place_ = nullptr;  // of the record that is being read, once its id was read
 
-    // Used again by every list, so that they grow only for the largest.
+    // Reused for every list, so that they are rarely reallocated.
     std::vector<placed_key<std::uint32_t>> ids_;
     named_answers<std::span<const resolution>> lists_;
     named_answers<resolution> modes_;
@@ -90,16 +90,17 @@ class reader {
 
 void reader::read() {
     static constexpr member<answers> members[] = {
-        {"about", [](reader& in, answers& all) { all.about = in.in_.string("a text").text; }},
-        {"system", [](reader& in, answers& all) { all.system = in.read_system(); }},
-        {"mode", [](reader& in, answers& all) { all.mode = in.read_mode(); }},
+        {"about",
+         [](reader& in, answers& answers) { answers.about = in.in_.string("a text").text; }},
+        {"system", [](reader& in, answers& answers) { answers.system = in.read_system(); }},
+        {"mode", [](reader& in, answers& answers) { answers.mode = in.read_mode(); }},
         {"stream", [](reader& in, answers&) { in.read_streams(); }},
         {"channel", [](reader& in, answers&) { in.read_channels(); }},
         {"input", [](reader& in, answers&) { in.read_inputs(); }},
         {"output", [](reader& in, answers&) { in.read_outputs(); }},
-        {"formats", [](reader& in, answers& all) { all.formats = in.read_formats(); }},
+        {"formats", [](reader& in, answers& answers) { answers.formats = in.read_formats(); }},
     };
-    read_members("a snapshot (an object)", members, all_);
+    read_members("a snapshot (an object)", members, answers_);
     in_.finish();
 }
 
@@ -110,8 +111,8 @@ void reader::read_members(std::string_view what, const member<Record> (&members)
     in_.object(what, members, [&](const auto& member, const word&) { member.read(*this, record); });
 }
 
-// The same for an object that can fail: beside the failure it has no member but an id. `rule` is
-// the complaint about another.
+// The same for an object that can be a failure, which has no other member but an id. `rule` is the
+// complaint about others.
 template <class Record, std::size_t N>
 void reader::read_members_or_failure(std::string_view what, const member<Record> (&members)[N],
                                      Record& record, std::string_view rule) {
@@ -125,7 +126,7 @@ void reader::read_members_or_failure(std::string_view what, const member<Record>
     });
 }
 
-// --- Objects of which there is one --------------------------------------------------------------
+// --- Objects that occur once --------------------------------------------------------------------
 
 template <class Record, std::size_t N>
 answer<Record> reader::read_one(std::string_view what, const member<opened<Record>> (&members)[N]) {
@@ -158,30 +159,31 @@ answer<mode_record> reader::read_mode() {
 
 void reader::read_streams() {
     static constexpr member<answers> members[] = {
-        {"debug", [](reader& in, answers& all) { all.stream_debug = in.maps_.read(); }},
-        {"quota", [](reader& in, answers& all) { all.stream_quota = in.maps_.read(); }},
-        {"limit", [](reader& in, answers& all) { all.stream_limit = in.maps_.read(); }},
+        {"debug", [](reader& in, answers& answers) { answers.stream_debug = in.maps_.read(); }},
+        {"quota", [](reader& in, answers& answers) { answers.stream_quota = in.maps_.read(); }},
+        {"limit", [](reader& in, answers& answers) { answers.stream_limit = in.maps_.read(); }},
         {"all",
-         [](reader& in, answers& all) {
-             all.streams = in.read_list("an array of streams", &reader::read_stream);
+         [](reader& in, answers& answers) {
+             answers.streams = in.read_list("an array of streams", &reader::read_stream);
          }},
     };
-    read_members("the streams (an object)", members, all_);
+    read_members("the streams (an object)", members, answers_);
 }
 
 void reader::read_channels() {
     static constexpr member<answers> members[] = {
-        {"info", [](reader& in, answers& all) { all.channel_info = in.maps_.read(); }},
+        {"info", [](reader& in, answers& answers) { answers.channel_info = in.maps_.read(); }},
         {"all",
-         [](reader& in, answers& all) {
-             all.channels = in.read_list("an array of channels", &reader::read_channel);
+         [](reader& in, answers& answers) {
+             answers.channels = in.read_list("an array of channels", &reader::read_channel);
          }},
         {"filtered",
-         [](reader& in, answers& all) {
-             all.channels_filtered = in.read_list("an array of channels", &reader::read_channel);
+         [](reader& in, answers& answers) {
+             answers.channels_filtered =
+                 in.read_list("an array of channels", &reader::read_channel);
          }},
     };
-    read_members("the channels (an object)", members, all_);
+    read_members("the channels (an object)", members, answers_);
 }
 
 template <class Record>
@@ -194,23 +196,23 @@ void sort_by_id(answer<std::vector<Record>>& list) {
 void reader::read_inputs() {
     static constexpr member<answers> members[] = {
         {"all",
-         [](reader& in, answers& all) {
-             all.inputs = in.read_list("an array of inputs", &reader::read_input);
+         [](reader& in, answers& answers) {
+             answers.inputs = in.read_list("an array of inputs", &reader::read_input);
          }},
     };
-    read_members("the inputs (an object)", members, all_);
-    sort_by_id(all_.inputs);
+    read_members("the inputs (an object)", members, answers_);
+    sort_by_id(answers_.inputs);
 }
 
 void reader::read_outputs() {
     static constexpr member<answers> members[] = {
         {"all",
-         [](reader& in, answers& all) {
-             all.outputs = in.read_list("an array of outputs", &reader::read_output);
+         [](reader& in, answers& answers) {
+             answers.outputs = in.read_list("an array of outputs", &reader::read_output);
          }},
     };
-    read_members("the outputs (an object)", members, all_);
-    sort_by_id(all_.outputs);
+    read_members("the outputs (an object)", members, answers_);
+    sort_by_id(answers_.outputs);
 }
 
 std::vector<format_record> reader::read_formats() {
@@ -224,7 +226,7 @@ std::vector<format_record> reader::read_formats() {
     return formats;
 }
 
-// --- Objects of which there are lists -----------------------------------------------------------
+// --- Objects in lists ---------------------------------------------------------------------------
 
 template <class Record>
 answer<std::vector<Record>> reader::read_list(std::string_view what,
@@ -240,10 +242,10 @@ answer<std::vector<Record>> reader::read_list(std::string_view what,
             }
         });
         if (const auto* repeated = sort_ids(ids_); repeated != nullptr) {
-            const bool is_left_out = *repeated->at == '{';
+            const bool has_no_id = *repeated->at == '{';
             throw complaint{repeated->at,
                             "id " + std::to_string(repeated->key) + " is recorded twice" +
-                                (is_left_out ? ", which is that of a channel without one" : "")};
+                                (has_no_id ? ", which is that of a channel without one" : "")};
         }
         return records;
     });
@@ -306,7 +308,7 @@ const char* reader::read_output(output_record& output) {
     return read_with_id("an output (an object)", members, output);
 }
 
-// Reads what a program opens by its id, or the failure to open it.
+// Reads an object that programs open by its id, or the failure to open it.
 template <class Record, std::size_t N>
 const char* reader::read_with_id(std::string_view what, const member<Record> (&members)[N],
                                  Record& record) {
@@ -324,7 +326,7 @@ std::uint32_t reader::read_id() {
     return in_.natural();
 }
 
-// --- Answers, maps apart ------------------------------------------------------------------------
+// --- Answers other than maps --------------------------------------------------------------------
 
 answer<rectangle> reader::read_rectangle() {
     constexpr std::string_view what = "[x, y, width, height]";
@@ -350,28 +352,28 @@ answer<std::span<const resolution>> reader::read_resolutions() {
             const auto [width, height] = in_.naturals<2>("[width, height]");
             resolutions_.push_back({width, height});
         });
-        return all_.arena.keep(resolutions_);
+        return answers_.arena.keep(resolutions_);
     });
 }
 
-// Reads an object of any names, each with an answer that `read` reads.
+// Reads an object of any names, with `read` for the answer of each.
 template <class T>
 answer<std::span<const named_answer<T>>> reader::read_by_name(named_answers<T>& scratch,
                                                               answer<T> (reader::*read)()) {
     scratch.clear();
-    const auto fails = members_or_failure(
+    const auto failure = members_or_failure(
         in_, "the resolutions (an object)",
         [&](const word& name) { scratch.add({name.text, (this->*read)()}, name.at); });
-    if (fails) {
-        return *fails;
+    if (failure) {
+        return *failure;
     }
-    return scratch.keep(all_.arena);
+    return scratch.keep(answers_.arena);
 }
 
 }  // namespace
 
-void read(answers& into) {
-    reader(into).read();
+void read(answers& answers) {
+    reader(answers).read();
 }
 
 }  // namespace snapshot

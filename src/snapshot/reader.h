@@ -5,8 +5,8 @@
 
 namespace snapshot {
 
-// Fills in the answers from `into.text`. Throws a complaint (json_reader.h) if the text breaks a
-// rule; then only the text is of use, which contains the place that is to blame.
-void read(answers& into);
+// Reads `answers.text` into the other members. Throws a complaint (json_reader.h) if the text
+// breaks a rule; the place of the complaint is in the text.
+void read(answers& answers);
 
 }  // namespace snapshot

@@ -43,21 +43,22 @@ std::unexpected<std::string> system_reason(int code = errno) {
 
 // --- Regular files ------------------------------------------------------------------------------
 
-// Reads up to `size` bytes. Returns how many came before the end of the file, or -1 with errno set.
+// Reads up to `size` bytes, fewer at the end of the file. Returns their number, or -1 with errno
+// set.
 ssize_t read_fully(int file, char* to, std::size_t size) {
     std::size_t got = 0;
     while (got < size) {
-        const ssize_t now = read(file, to + got, size - got);
-        if (now < 0 && errno == EINTR) {
+        const ssize_t count = read(file, to + got, size - got);
+        if (count < 0 && errno == EINTR) {
             continue;
         }
-        if (now < 0) {
+        if (count < 0) {
             return -1;
         }
-        if (now == 0) {
+        if (count == 0) {
             break;
         }
-        got += static_cast<std::size_t>(now);
+        got += static_cast<std::size_t>(count);
     }
     return static_cast<ssize_t>(got);
 }
@@ -85,15 +86,14 @@ content_or_reason read_file(int file, std::uint64_t length, const source_limits&
     return content;
 }
 
-// --- What comes in its own time -----------------------------------------------------------------
+// --- Pipes, devices, sockets --------------------------------------------------------------------
 
-struct patience {
-    std::chrono::milliseconds silence;
-    std::optional<std::chrono::milliseconds> total;  // none for who sends may take their time
+struct timeouts {
+    std::chrono::milliseconds silence;               // between two bytes
+    std::optional<std::chrono::milliseconds> total;  // none: no limit
 };
 
-// Waits until there is something to read, be it the end or a failure. Returns false when the time
-// is over first.
+// Waits until data, the end or an error can be read. Returns false if the time is over first.
 bool wait_for(int file, clock::time_point end) {
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - clock::now());
@@ -115,19 +115,19 @@ std::string in_seconds(std::chrono::milliseconds time) {
     return std::string(text, written.ptr) + " seconds";
 }
 
-// Reads to the end of what `receive(to, size)` gives, as read() does.
+// Reads to the end with `receive(to, size)`, which returns what read() returns.
 template <class Receive>
-content_or_reason read_stream(int file, const patience& patience, std::size_t most,
+content_or_reason read_stream(int file, const timeouts& timeouts, std::size_t most,
                               const Receive& receive) {
     constexpr std::size_t step = std::size_t{256} * 1024;
     std::string content;
     const auto begin = clock::now();
     auto last = begin;
     for (;;) {
-        const bool in_all = patience.total && begin + *patience.total < last + patience.silence;
-        if (!wait_for(file, in_all ? begin + *patience.total : last + patience.silence)) {
-            return std::unexpected(in_all ? "is not at its end after " + in_seconds(*patience.total)
-                                          : "no byte came for " + in_seconds(patience.silence));
+        const bool in_all = timeouts.total && begin + *timeouts.total < last + timeouts.silence;
+        if (!wait_for(file, in_all ? begin + *timeouts.total : last + timeouts.silence)) {
+            return std::unexpected(in_all ? "is not at its end after " + in_seconds(*timeouts.total)
+                                          : "no byte came for " + in_seconds(timeouts.silence));
         }
         ssize_t got = 0;
         const std::size_t before = content.size();
@@ -155,14 +155,14 @@ content_or_reason read_pipe(int file, const source_limits& limits) {
                        [file](char* to, std::size_t size) { return read(file, to, size); });
 }
 
-content_or_reason read_socket(int file, const patience& patience, const source_limits& limits) {
-    return read_stream(file, patience, limits.bytes, [file](char* to, std::size_t size) {
+content_or_reason read_socket(int file, const timeouts& timeouts, const source_limits& limits) {
+    return read_stream(file, timeouts, limits.bytes, [file](char* to, std::size_t size) {
         return recv(file, to, size, MSG_DONTWAIT);
     });
 }
 
-// Connects, which may have to wait until whoever listens is through with others.
-content_or_reason ask_socket(const std::string& path, const source_limits& limits) {
+// Connects, which may have to wait until the listener accepts.
+content_or_reason read_from_listener(const std::string& path, const source_limits& limits) {
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     if (path.size() >= sizeof address.sun_path) {
         return std::unexpected("the path of a socket has at most " +
@@ -192,7 +192,7 @@ content_or_reason ask_socket(const std::string& path, const source_limits& limit
     return read_socket(socket.get(), {limits.socket_silence, limits.socket_total}, limits);
 }
 
-// Whether the path leads to the very socket that is standard input.
+// Returns whether this is the socket that is standard input.
 bool is_standard_input(const struct stat& status) {
     struct stat input{};
     return fstat(STDIN_FILENO, &input) == 0 && input.st_dev == status.st_dev &&
@@ -202,7 +202,7 @@ bool is_standard_input(const struct stat& status) {
 }  // namespace
 
 content_or_reason read_source(const std::string& path, const source_limits& limits) {
-    // Opening must not wait for the other end of a FIFO.
+    // Opening a FIFO would wait for its other end.
     const file_descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
     struct stat status{};
     if (file.get() < 0) {
@@ -212,7 +212,7 @@ content_or_reason read_source(const std::string& path, const source_limits& limi
         }
         return is_standard_input(status)
                    ? read_socket(STDIN_FILENO, {limits.pipe_silence, std::nullopt}, limits)
-                   : ask_socket(path, limits);
+                   : read_from_listener(path, limits);
     }
     if (fstat(file.get(), &status) != 0) {
         return system_reason();

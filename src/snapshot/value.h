@@ -27,15 +27,14 @@ enum class kind : std::uint8_t {
 
 using pair32u = std::pair<std::uint32_t, std::uint32_t>;
 
-// A value of a kind that has no C++ type here: its JSON text is all that is known of it.
+// A value of a kind without a C++ type, as its JSON text.
 struct other {
     std::string_view json;
 
     bool operator==(const other&) const = default;
 };
 
-// A value of such a kind without a JSON text, and why there is none. Only a service answers it: a
-// file cannot contain it.
+// A value of such a kind without a JSON text, and why there is none. A file cannot contain it.
 struct unwritable {
     std::string_view reason;
 
@@ -46,25 +45,25 @@ struct unwritable {
 // of text that the provider of the value keeps alive: for an entry of a map, the map.
 class value {
   public:
-    // NOLINTBEGIN(google-explicit-constructor): a value is written as what it holds
-    value(bool held) : bits_(held), kind_(snapshot::kind::boolean) {}
-    value(std::string_view held) : value(held, snapshot::kind::string) {}
-    value(std::int64_t held)
-        : bits_(static_cast<std::uint64_t>(held)), kind_(snapshot::kind::int64) {}
-    value(double held)
-        : bits_(std::bit_cast<std::uint64_t>(held)), kind_(snapshot::kind::float64) {}
-    value(other held) : value(held.json, snapshot::kind::other) {}
-    value(unwritable held) : value(held.reason, snapshot::kind::unwritable) {}
-    value(pair32u held)
-        : bits_(std::uint64_t{held.second} << 32 | held.first), kind_(snapshot::kind::pair32u) {}
-    value(std::uint16_t held) : bits_(held), kind_(snapshot::kind::uint16) {}
-    value(std::uint32_t held) : bits_(held), kind_(snapshot::kind::uint32) {}
+    // NOLINTBEGIN(google-explicit-constructor): values are written as their content
+    value(bool flag) : bits_(flag), kind_(snapshot::kind::boolean) {}
+    value(std::string_view text) : value(text, snapshot::kind::string) {}
+    value(std::int64_t number)
+        : bits_(static_cast<std::uint64_t>(number)), kind_(snapshot::kind::int64) {}
+    value(double number)
+        : bits_(std::bit_cast<std::uint64_t>(number)), kind_(snapshot::kind::float64) {}
+    value(other unknown) : value(unknown.json, snapshot::kind::other) {}
+    value(unwritable unknown) : value(unknown.reason, snapshot::kind::unwritable) {}
+    value(pair32u pair)
+        : bits_(std::uint64_t{pair.second} << 32 | pair.first), kind_(snapshot::kind::pair32u) {}
+    value(std::uint16_t number) : bits_(number), kind_(snapshot::kind::uint16) {}
+    value(std::uint32_t number) : bits_(number), kind_(snapshot::kind::uint32) {}
     // NOLINTEND(google-explicit-constructor)
     value(const char*) = delete;  // would become a boolean
 
     snapshot::kind kind() const noexcept { return kind_; }
 
-    // Returns the held value, or nothing if it is of another kind than T.
+    // Returns the content, or nothing if it is of another kind than T.
     template <class T>
     std::optional<T> get_if() const noexcept {
         if (kind_ != value(T{}).kind_) {
@@ -96,18 +95,18 @@ class value {
     snapshot::kind kind_;
 };
 
-// Returns the value as a T: if it is of T's own kind, or of an unsigned kind that widens into T
+// Returns the value as a T if it is of T's own kind, or of an unsigned kind that widens into T
 // without loss.
 template <class T>
-std::optional<T> widened(const value& from) noexcept {
-    if (const auto same = from.get_if<T>()) {
+std::optional<T> widened(const value& value) noexcept {
+    if (const auto same = value.get_if<T>()) {
         return same;
     }
     if constexpr (std::is_arithmetic_v<T>) {
-        if (const auto narrow = from.get_if<std::uint16_t>()) {
+        if (const auto narrow = value.get_if<std::uint16_t>()) {
             return *narrow;
         }
-        if (const auto narrow = from.get_if<std::uint32_t>()) {
+        if (const auto narrow = value.get_if<std::uint32_t>()) {
             return *narrow;
         }
     }

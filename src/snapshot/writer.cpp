@@ -26,7 +26,7 @@ bool is_utf8(std::string_view text) {
     return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
 }
 
-// Returns what keeps the text out of a file, or NULL.
+// Returns why a file cannot contain the text, or NULL if it can.
 const char* flaw_of(std::string_view text) {
     if (text.contains('\0')) {
         return "holds a NUL";
@@ -34,18 +34,18 @@ const char* flaw_of(std::string_view text) {
     return is_utf8(text) ? nullptr : "is no UTF-8";
 }
 
-// Returns what keeps the value of a map's entry out of a file.
-std::optional<std::string> flaw_of(const entry& from) {
-    const auto key = [&] { return "'" + printable(from.key) + "'"; };
-    if (const auto text = from.value.get_if<std::string_view>()) {
+// Returns why a file cannot contain the entry's value, or nothing if it can.
+std::optional<std::string> flaw_of(const entry& entry) {
+    const auto key = [&] { return "'" + printable(entry.key) + "'"; };
+    if (const auto text = entry.value.get_if<std::string_view>()) {
         if (text->contains('\0')) {
             return "the text of " + key() + " holds a NUL";
         }
-        if (from.key == "$error" && is_utf8(*text)) {
+        if (entry.key == "$error" && is_utf8(*text)) {
             return "the value of '$error' is a text, as if this were a failure";
         }
     }
-    if (const auto value = from.value.get_if<unwritable>()) {
+    if (const auto value = entry.value.get_if<unwritable>()) {
         return value->reason.empty()
                    ? "the JSON form of the value of " + key() + " is no JSON in UTF-8, or too deep"
                    : "the value of " + key() + ' ' + std::string(value->reason);
@@ -55,7 +55,7 @@ std::optional<std::string> flaw_of(const entry& from) {
 
 class writer {
   public:
-    explicit writer(const answers& all) : all_(all) {}
+    explicit writer(const answers& answers) : answers_(answers) {}
 
     std::string write();
 
@@ -70,7 +70,7 @@ class writer {
     void write_formats();
 
     template <class Record>
-    void write_list(std::string_view name, const query& asked,
+    void write_list(std::string_view name, const query& query,
                     const answer<std::vector<Record>>& list,
                     void (writer::*write_record)(const Record& record));
     void write_stream(const stream_record& stream);
@@ -78,21 +78,21 @@ class writer {
     void write_input(const input_record& input);
     void write_output(const output_record& output);
     template <class T>
-    void write_by_name(std::string_view name, const query& asked,
-                       const answer<std::span<const named_answer<T>>>& all);
+    void write_by_name(std::string_view name, const query& query,
+                       const answer<std::span<const named_answer<T>>>& answers);
 
     // Writes an answer as a member of the open object, unless it is left out.
     template <class T>
-    void member(std::string_view name, const query& asked, const answer<T>& from);
-    void write_value(const query& asked, map_entries map);
+    void member(std::string_view name, const query& query, const answer<T>& answer);
+    void write_value(const query& query, map_entries map);
     void write_value(const query&, const rectangle& area) {
         numbers({area.x, area.y, area.width, area.height});
     }
     void write_value(const query&, const resolution& size) { numbers({size.width, size.height}); }
     void write_value(const query&, std::span<const resolution> sizes);
-    void write_value(const value& from);
-    void failed(const query& asked, const failure& from);
-    void checked_text(const query& asked, std::string_view what, std::string_view text);
+    void write_value(const value& value);
+    void write_failure(const query& query, const failure& failure);
+    void checked_text(const query& query, std::string_view what, std::string_view text);
 
     // Open an object or array as a member of the open object, or an object as the next element of
     // the open array.
@@ -111,16 +111,16 @@ class writer {
     template <class Write>
     void typed(std::string_view kind, const Write& write);
 
-    const answers& all_;
+    const answers& answers_;
     std::string text_ = "{";
-    std::string open_ = "}";       // what closes each open object and array, the innermost last
+    std::string open_ = "}";       // the closing bracket of each open object and array
     std::set<std::uint32_t> ids_;  // of the list that is being written
 };
 
 std::string writer::write() {
-    if (all_.about) {
+    if (answers_.about) {
         begin_member("about");
-        checked_text({"--about"}, "the text", *all_.about);
+        checked_text({"--about"}, "the text", *answers_.about);
     }
     write_system();
     write_mode();
@@ -137,76 +137,77 @@ std::string writer::write() {
 // --- The members of the document ----------------------------------------------------------------
 
 template <class T>
-bool is_given(const answer<T>& from) {
-    return !std::holds_alternative<left_out>(from);
+bool is_given(const answer<T>& answer) {
+    return !std::holds_alternative<left_out>(answer);
 }
 
 void writer::write_system() {
-    if (const auto* system = std::get_if<system_record>(&all_.system)) {
+    if (const auto* system = std::get_if<system_record>(&answers_.system)) {
         open_object("system");
         member("caps", {"system caps"}, system->caps);
         close();
     } else {
-        member("system", {"system"}, all_.system);
+        member("system", {"system"}, answers_.system);
     }
 }
 
 void writer::write_mode() {
-    if (const auto* mode = std::get_if<mode_record>(&all_.mode)) {
+    if (const auto* mode = std::get_if<mode_record>(&answers_.mode)) {
         open_object("mode");
         member("info", {"mode info"}, mode->info);
         close();
     } else {
-        member("mode", {"mode"}, all_.mode);
+        member("mode", {"mode"}, answers_.mode);
     }
 }
 
 void writer::write_streams() {
-    if (!is_given(all_.stream_debug) && !is_given(all_.stream_quota) &&
-        !is_given(all_.stream_limit) && !is_given(all_.streams)) {
+    if (!is_given(answers_.stream_debug) && !is_given(answers_.stream_quota) &&
+        !is_given(answers_.stream_limit) && !is_given(answers_.streams)) {
         return;
     }
     open_object("stream");
-    member("debug", {"stream debug"}, all_.stream_debug);
-    member("quota", {"stream quota"}, all_.stream_quota);
-    member("limit", {"stream limit"}, all_.stream_limit);
-    write_list("all", {"streams"}, all_.streams, &writer::write_stream);
+    member("debug", {"stream debug"}, answers_.stream_debug);
+    member("quota", {"stream quota"}, answers_.stream_quota);
+    member("limit", {"stream limit"}, answers_.stream_limit);
+    write_list("all", {"streams"}, answers_.streams, &writer::write_stream);
     close();
 }
 
 void writer::write_channels() {
-    if (!is_given(all_.channel_info) && !is_given(all_.channels) &&
-        !is_given(all_.channels_filtered)) {
+    if (!is_given(answers_.channel_info) && !is_given(answers_.channels) &&
+        !is_given(answers_.channels_filtered)) {
         return;
     }
     open_object("channel");
-    member("info", {"channel info"}, all_.channel_info);
-    write_list("all", {"channels"}, all_.channels, &writer::write_channel);
-    write_list("filtered", {"channels of inputs"}, all_.channels_filtered, &writer::write_channel);
+    member("info", {"channel info"}, answers_.channel_info);
+    write_list("all", {"channels"}, answers_.channels, &writer::write_channel);
+    write_list("filtered", {"channels of inputs"}, answers_.channels_filtered,
+               &writer::write_channel);
     close();
 }
 
 void writer::write_inputs() {
-    if (is_given(all_.inputs)) {
+    if (is_given(answers_.inputs)) {
         open_object("input");
-        write_list("all", {"inputs"}, all_.inputs, &writer::write_input);
+        write_list("all", {"inputs"}, answers_.inputs, &writer::write_input);
         close();
     }
 }
 
 void writer::write_outputs() {
-    if (is_given(all_.outputs)) {
+    if (is_given(answers_.outputs)) {
         open_object("output");
-        write_list("all", {"outputs"}, all_.outputs, &writer::write_output);
+        write_list("all", {"outputs"}, answers_.outputs, &writer::write_output);
         close();
     }
 }
 
 void writer::write_formats() {
-    if (!all_.formats) {
+    if (!answers_.formats) {
         return;
     }
-    std::vector<format_record> formats = *all_.formats;
+    std::vector<format_record> formats = *answers_.formats;
     std::ranges::stable_sort(formats, {}, &format_record::code);
     std::map<std::string_view, std::uint32_t> codes;
     for (const auto& [nick, code] : formats) {
@@ -228,7 +229,7 @@ void writer::write_formats() {
 // --- Lists --------------------------------------------------------------------------------------
 
 template <class Record>
-void writer::write_list(std::string_view name, const query& asked,
+void writer::write_list(std::string_view name, const query& query,
                         const answer<std::vector<Record>>& list,
                         void (writer::*write_record)(const Record& record)) {
     if (const auto* records = std::get_if<std::vector<Record>>(&list)) {
@@ -243,7 +244,7 @@ void writer::write_list(std::string_view name, const query& asked,
         }
         close();
     } else {
-        member(name, asked, list);
+        member(name, query, list);
     }
 }
 
@@ -297,53 +298,53 @@ void writer::write_output(const output_record& output) {
 }
 
 template <class T>
-void writer::write_by_name(std::string_view name, const query& asked,
-                           const answer<std::span<const named_answer<T>>>& all) {
-    if (const auto* answers = std::get_if<std::span<const named_answer<T>>>(&all)) {
+void writer::write_by_name(std::string_view name, const query& query,
+                           const answer<std::span<const named_answer<T>>>& answers) {
+    if (const auto* list = std::get_if<std::span<const named_answer<T>>>(&answers)) {
         open_object(name);
-        for (const auto& [answer_name, answer] : *answers) {
-            member(answer_name, asked, answer);
+        for (const auto& [answer_name, answer] : *list) {
+            member(answer_name, query, answer);
         }
         close();
     } else {
-        member(name, asked, all);
+        member(name, query, answers);
     }
 }
 
 // --- Answers ------------------------------------------------------------------------------------
 
 template <class T>
-void writer::member(std::string_view name, const query& asked, const answer<T>& from) {
-    if (!is_given(from)) {
+void writer::member(std::string_view name, const query& query, const answer<T>& answer) {
+    if (!is_given(answer)) {
         return;
     }
     begin_member(name);
-    if (const auto* fails = std::get_if<failure>(&from)) {
-        failed(asked, *fails);
+    if (const auto* failure = std::get_if<snapshot::failure>(&answer)) {
+        write_failure(query, *failure);
         return;
     }
-    if constexpr (requires(const T& answered) { write_value(asked, answered); }) {
-        write_value(asked, std::get<T>(from));
+    if constexpr (requires(const T& content) { write_value(query, content); }) {
+        write_value(query, std::get<T>(answer));
     }
 }
 
-void writer::failed(const query& asked, const failure& from) {
-    typed("$error", [&] { checked_text(asked, "the message of the failure", from.message); });
+void writer::write_failure(const query& query, const failure& failure) {
+    typed("$error", [&] { checked_text(query, "the message of the failure", failure.message); });
 }
 
-void writer::write_value(const query& asked, map_entries map) {
-    for (const entry& each : map) {
-        if (const auto flaw = flaw_of(each)) {
-            throw not_recordable(text_of(asked) + ": " + *flaw);
+void writer::write_value(const query& query, map_entries map) {
+    for (const entry& entry : map) {
+        if (const auto flaw = flaw_of(entry)) {
+            throw not_recordable(text_of(query) + ": " + *flaw);
         }
     }
     open('{');
-    for (const auto& [key, held] : map) {
+    for (const auto& [key, value] : map) {
         if (const char* flaw = flaw_of(key)) {
-            throw not_recordable(text_of(asked) + ": the key '" + printable(key) + "' " + flaw);
+            throw not_recordable(text_of(query) + ": the key '" + printable(key) + "' " + flaw);
         }
         begin_member(key);
-        write_value(held);
+        write_value(value);
     }
     close();
 }
@@ -359,13 +360,13 @@ void writer::write_value(const query&, std::span<const resolution> sizes) {
 }
 
 // In the shortest form that preserves the kind.
-void writer::write_value(const value& from) {
-    switch (from.kind()) {
+void writer::write_value(const value& value) {
+    switch (value.kind()) {
         case kind::boolean:
-            text_ += *from.get_if<bool>() ? "true" : "false";
+            text_ += *value.get_if<bool>() ? "true" : "false";
             break;
         case kind::string: {
-            const std::string_view text = *from.get_if<std::string_view>();
+            const std::string_view text = *value.get_if<std::string_view>();
             if (is_utf8(text)) {
                 string(text);
             } else {
@@ -382,7 +383,7 @@ void writer::write_value(const value& from) {
             break;
         }
         case kind::int64: {
-            const std::int64_t whole = *from.get_if<std::int64_t>();
+            const std::int64_t whole = *value.get_if<std::int64_t>();
             if (whole >= 0 && whole <= UINT32_MAX) {
                 typed("int64", [&] { number(whole); });  // plain, it would be unsigned
             } else {
@@ -391,7 +392,7 @@ void writer::write_value(const value& from) {
             break;
         }
         case kind::float64: {
-            const double real = *from.get_if<double>();
+            const double real = *value.get_if<double>();
             if (!std::isfinite(real)) {
                 typed("double", [&] {
                     text_ += std::signbit(real) ? "\"-" : "\"";
@@ -407,27 +408,27 @@ void writer::write_value(const value& from) {
             break;
         }
         case kind::pair32u: {
-            const auto [first, second] = *from.get_if<pair32u>();
+            const auto [first, second] = *value.get_if<pair32u>();
             numbers({first, second});
             break;
         }
         case kind::other:
-            typed("other", [&] { text_ += from.get_if<other>()->json; });
+            typed("other", [&] { text_ += value.get_if<other>()->json; });
             break;
         case kind::uint16:
-            typed("uint16", [&] { number(*from.get_if<std::uint16_t>()); });
+            typed("uint16", [&] { number(*value.get_if<std::uint16_t>()); });
             break;
         case kind::uint32:
-            number(*from.get_if<std::uint32_t>());
+            number(*value.get_if<std::uint32_t>());
             break;
         case kind::unwritable:
             break;  // a flaw
     }
 }
 
-void writer::checked_text(const query& asked, std::string_view what, std::string_view text) {
+void writer::checked_text(const query& query, std::string_view what, std::string_view text) {
     if (const char* flaw = flaw_of(text)) {
-        throw not_recordable(text_of(asked) + ": " + std::string(what) + ' ' + flaw);
+        throw not_recordable(text_of(query) + ": " + std::string(what) + ' ' + flaw);
     }
     string(text);
 }
@@ -466,7 +467,7 @@ void writer::begin_member(std::string_view name) {
     text_ += ": ";
 }
 
-// Begins the next member or element of what is open.
+// Begins the next member or element of the innermost open object or array.
 void writer::begin_item() {
     if (text_.back() != '{' && text_.back() != '[') {
         text_ += ',';
@@ -517,15 +518,15 @@ void writer::number(Number digits) {
 
 void writer::numbers(std::initializer_list<std::uint32_t> numbers) {
     text_ += '[';
-    for (bool is_first = true; const std::uint32_t each : numbers) {
+    for (bool is_first = true; const std::uint32_t natural : numbers) {
         text_ += is_first ? "" : ", ";
         is_first = false;
-        number(each);
+        number(natural);
     }
     text_ += ']';
 }
 
-// Writes a value whose form has to name its kind.
+// Writes a value in a form that names its kind.
 template <class Write>
 void writer::typed(std::string_view kind, const Write& write) {
     text_ += "{ \"";
@@ -537,8 +538,8 @@ void writer::typed(std::string_view kind, const Write& write) {
 
 }  // namespace
 
-std::string write(const answers& all) {
-    return writer(all).write();
+std::string write(const answers& answers) {
+    return writer(answers).write();
 }
 
 }  // namespace snapshot

@@ -1,5 +1,5 @@
-// The text of a snapshot in the layout of a recording: a member a line, so that two recordings can
-// be compared line by line.
+// Writes a snapshot in the layout of a recording: one member a line, so that two recordings can be
+// compared line by line.
 #pragma once
 
 #include <stdexcept>
@@ -14,8 +14,8 @@ struct not_recordable : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Returns the text. Answers that are left out are left out of it. Throws a not_recordable for the
-// first answer, in the order of the text, that a file cannot contain.
-std::string write(const answers& all);
+// Returns the text, without the answers that are left out. Throws a not_recordable for the first
+// answer, in the order of the text, that a file cannot contain.
+std::string write(const answers& answers);
 
 }  // namespace snapshot

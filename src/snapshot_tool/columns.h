@@ -1,4 +1,4 @@
-// How much of a line a text takes.
+// The width of texts on a terminal.
 #pragma once
 
 #include <cstddef>
@@ -7,10 +7,10 @@
 
 namespace snapshot_tool {
 
-// Returns how many columns a terminal gives a printable text; a wide character takes two.
+// Returns the number of columns of a printable text. A wide character takes two.
 std::size_t columns_of(std::string_view text);
 
-// Returns a printable text cut to that many columns, "…" in the place of what is left out.
+// Returns a printable text cut to at most this many columns, with "…" in place of the rest.
 std::string cut_to(std::size_t columns, std::string_view text);
 
 }  // namespace snapshot_tool

@@ -17,11 +17,11 @@ std::optional<int> print_description(int argc, char** argv,
     if (file != nullptr && !is_file_name(file)) {
         return 2;
     }
-    const device shown = figures_of(take_snapshot(file));
-    if (!shown.reached) {
-        throw std::runtime_error(snapshot::printable(shown.reached.error()));
+    const device figures = figures_of(take_snapshot(file));
+    if (!figures.reached) {
+        throw std::runtime_error(snapshot::printable(figures.reached.error()));
     }
-    std::fputs(describe(shown).c_str(), stdout);
+    std::fputs(describe(figures).c_str(), stdout);
     return finish(0);
 }
 

@@ -1,4 +1,4 @@
-// What the commands that print a device for people have in common.
+// The common part of the commands that print a device for people.
 #pragma once
 
 #include <optional>
@@ -8,8 +8,9 @@
 
 namespace snapshot_tool {
 
-// Runs a command [FILE]: asks the service, or FILE, and prints the description of what it answered.
-// Returns as commands do. Throws a std::runtime_error with the reason when it answered nothing.
+// Runs a command with the arguments [FILE]: takes the figures from FILE, otherwise from the
+// service, and prints their description. Returns what a command returns. Throws a
+// std::runtime_error with the reason if no query was answered.
 std::optional<int> print_description(int argc, char** argv, std::string (*describe)(const device&));
 
 }  // namespace snapshot_tool

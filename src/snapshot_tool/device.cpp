@@ -21,45 +21,45 @@ using snapshot::answer;
 using snapshot::map_entries;
 using snapshot::query;
 
-// Takes answers from a snapshot, and counts the queries that were not answered.
-class taken_answers {
+// Looks answers up in a snapshot, and counts the queries that were not answered.
+class counted_queries {
   public:
     // Returns the answer, which remains the snapshot's.
     template <class T>
-    outcome<std::reference_wrapper<const T>> take(const answer<T>& from, const query& asked) {
-        if (const auto* value = std::get_if<T>(&from)) {
+    outcome<std::reference_wrapper<const T>> run(const query& query, const answer<T>& answer) {
+        if (const auto* value = std::get_if<T>(&answer)) {
             is_any_answered_ = true;
             return *value;
         }
-        const auto* fails = std::get_if<snapshot::failure>(&from);
-        return failed(fails != nullptr ? fails->message : snapshot::not_recorded(asked));
+        const auto* failure = std::get_if<snapshot::failure>(&answer);
+        return failed(failure != nullptr ? failure->message : snapshot::not_recorded(query));
     }
 
     // The same for one of several answers by name.
     template <class T>
-    outcome<std::reference_wrapper<const T>> take(
-        const answer<std::span<const snapshot::named_answer<T>>>& from, query asked,
-        const char* name) {
-        const auto all = take(from, asked);
-        if (!all) {
-            return std::unexpected(all.error());
+    outcome<std::reference_wrapper<const T>> run(
+        query query, const char* name,
+        const answer<std::span<const snapshot::named_answer<T>>>& answers) {
+        const auto list = run(query, answers);
+        if (!list) {
+            return std::unexpected(list.error());
         }
-        asked.name = name;
-        const auto* found = snapshot::find(all->get(), name);
-        return found != nullptr ? take(*found, asked) : failed(snapshot::not_recorded(asked));
+        query.name = name;
+        const auto* found = snapshot::find(list->get(), name);
+        return found != nullptr ? run(query, *found) : failed(snapshot::not_recorded(query));
     }
 
-    // The same for what a program opens by its id.
+    // The same for a record that a program opens by its id.
     template <class Record>
-    outcome<std::reference_wrapper<const Record>> open(const answer<std::vector<Record>>& from,
-                                                       const query& asked) {
-        const auto records = take(from, asked);
+    outcome<std::reference_wrapper<const Record>> open(const query& query,
+                                                       const answer<std::vector<Record>>& list) {
+        const auto records = run(query, list);
         if (!records) {
             return std::unexpected(records.error());
         }
-        const Record* found = snapshot::find(records->get(), *asked.number);
+        const Record* found = snapshot::find(records->get(), *query.number);
         if (found == nullptr) {
-            return failed(snapshot::not_recorded(asked));
+            return failed(snapshot::not_recorded(query));
         }
         if (found->fails) {
             return failed(found->fails->message);
@@ -96,7 +96,7 @@ figure found_number(map_entries map, std::string_view key) {
     return found<std::uint32_t>(map, key);
 }
 
-// Up to a NUL, as a program gets it from the service.
+// Returns the text up to a NUL, as a getter of the service returns it.
 std::optional<std::string> found_text(map_entries map, std::string_view key) {
     const snapshot::value* value = snapshot::find(map, key);
     const auto text = value != nullptr ? value->get_if<std::string_view>() : std::nullopt;
@@ -119,6 +119,11 @@ bool is_set(map_entries map, std::string_view key) {
 
 // --- Streams ------------------------------------------------------------------------------------
 
+// The clients of a stream whose identities are shown.
+constexpr std::string_view client_keys[] = {"identity[0]", "identity[1]", "identity[2]",
+                                            "identity[3]", "identity[4]", "identity[5]",
+                                            "identity[6]", "identity[7]"};
+
 stream_info info_of(map_entries map) {
     stream_info info{
         .channel = found_number(map, "channel"),
@@ -132,8 +137,8 @@ stream_info info_of(map_entries map) {
         .raw_size = found_size(map),
         .client_identities = {},
     };
-    for (int client = 0; client < 8; ++client) {
-        if (auto name = found_text(map, std::format("identity[{}]", client))) {
+    for (const std::string_view key : client_keys) {
+        if (auto name = found_text(map, key)) {
             info.client_identities.push_back(std::move(*name));
         }
     }
@@ -142,10 +147,10 @@ stream_info info_of(map_entries map) {
 
 using format_names = std::map<std::uint32_t, std::string_view>;
 
-format_names names_of_formats(const snapshot::answers& from) {
+format_names names_of_formats(const snapshot::answers& answers) {
     const std::span<const snapshot::format_record> formats =
-        from.formats ? std::span<const snapshot::format_record>(*from.formats)
-                     : std::span(snapshot::default_formats);
+        answers.formats ? std::span<const snapshot::format_record>(*answers.formats)
+                        : std::span(snapshot::default_formats);
     format_names names;
     for (const auto& [nick, code] : formats) {
         names.try_emplace(code, nick);
@@ -183,15 +188,16 @@ usage usage_of(map_entries map) {
             .raw_streams = found_number(map, "global.raw.peers")};
 }
 
-outcome<std::vector<stream>> streams_of(const snapshot::answers& from, taken_answers& taken) {
-    const format_names formats = names_of_formats(from);
-    return taken.take(from.streams, {"streams"}).transform([&](const auto& records) {
+outcome<std::vector<stream>> streams_of(const snapshot::answers& answers,
+                                        counted_queries& queries) {
+    const format_names formats = names_of_formats(answers);
+    return queries.run({"streams"}, answers.streams).transform([&](const auto& records) {
         std::vector<stream> streams;
         for (const snapshot::stream_record& record : records.get()) {
-            const auto map = [&](const char* part, const answer<map_entries>& answered) {
-                return taken.take(answered, {"stream", record.id, part});
+            const auto map = [&](const char* part, const answer<map_entries>& answer) {
+                return queries.run({"stream", record.id, part}, answer);
             };
-            // In the order in which a failure is the first one.
+            // The order of the queries decides which failure is the first.
             auto info = map("info", record.info).transform(info_of);
             auto settings = map("settings", record.settings).transform([&](map_entries entries) {
                 return settings_of(entries, formats);
@@ -238,72 +244,77 @@ bool can_crop(map_entries info) {
     return is_set(info, "crop.possible");
 }
 
-channel channel_of(const snapshot::channel_record& record, taken_answers& taken) {
-    const auto asked = [&](const char* part) { return query{"channel", record.id, part}; };
-    channel shown{.id = record.id,
-                  .can_crop = taken.take(record.info, asked("info")).transform(can_crop),
-                  .crop = {},
-                  .largest_crop = {},
-                  .available = {}};
-    if (shown.can_crop.value_or(false)) {
-        shown.crop = taken.take(record.crop, asked("crop"));
-        shown.largest_crop = taken.take(record.crop_max, asked("crop_max"));
+channel channel_of(const snapshot::channel_record& record, counted_queries& queries) {
+    const auto part = [&](const char* name) { return query{"channel", record.id, name}; };
+    channel figures{.id = record.id,
+                    .can_crop = queries.run(part("info"), record.info).transform(can_crop),
+                    .crop = {},
+                    .largest_crop = {},
+                    .available = {}};
+    if (figures.can_crop.value_or(false)) {
+        figures.crop = queries.run(part("crop"), record.crop);
+        figures.largest_crop = queries.run(part("crop_max"), record.crop_max);
     }
-    shown.available = taken.take(record.resolutions, asked("resolutions"), "available")
-                          .transform([](std::span<const resolution> sizes) {
-                              return std::vector<resolution>(sizes.begin(), sizes.end());
-                          });
-    return shown;
+    figures.available = queries.run(part("resolutions"), "available", record.resolutions)
+                            .transform([](std::span<const resolution> sizes) {
+                                return std::vector<resolution>(sizes.begin(), sizes.end());
+                            });
+    return figures;
 }
 
-outcome<std::vector<channel>> channels_of(const snapshot::answers& from, taken_answers& taken) {
-    return taken.take(from.channels, {"channels"}).transform([&](const auto& records) {
+outcome<std::vector<channel>> channels_of(const snapshot::answers& answers,
+                                          counted_queries& queries) {
+    return queries.run({"channels"}, answers.channels).transform([&](const auto& records) {
         std::vector<channel> channels;
         for (const snapshot::channel_record& record : records.get()) {
-            channels.push_back(channel_of(record, taken));
+            channels.push_back(channel_of(record, queries));
         }
         return channels;
     });
 }
 
-outcome<std::vector<input_channel>> input_channels_of(const snapshot::answers& from,
-                                                      taken_answers& taken) {
-    // Without a list of their own they are those whose properties say so.
-    const bool is_listed = !std::holds_alternative<snapshot::left_out>(from.channels_filtered);
-    const auto& list = is_listed ? from.channels_filtered : from.channels;
-    return taken.take(list, {"channels"}).transform([&](const auto& records) {
+outcome<std::vector<input_channel>> input_channels_of(const snapshot::answers& answers,
+                                                      counted_queries& queries) {
+    // A snapshot without a filtered list marks these channels by a property.
+    const bool has_list = !std::holds_alternative<snapshot::left_out>(answers.channels_filtered);
+    const auto& list = has_list ? answers.channels_filtered : answers.channels;
+    return queries.run({"channels"}, list).transform([&](const auto& records) {
         std::vector<input_channel> channels;
         for (const snapshot::channel_record& record : records.get()) {
-            if (is_listed || snapshot::has_text(record.properties, "key", "input")) {
-                channels.push_back({.id = record.id,
-                                    .input = taken.take(record.info, {"channel", record.id, "info"})
-                                                 .transform(input_number)});
+            if (has_list || snapshot::has_text(record.properties, "key", "input")) {
+                const query info{"channel", record.id, "info"};
+                channels.push_back(
+                    {.id = record.id,
+                     .input = queries.run(info, record.info).transform(input_number)});
             }
         }
         return channels;
     });
 }
 
-input_state state_of(const snapshot::input_record& record, taken_answers& taken) {
-    const auto asked = [&](const char* part) { return query{"input", record.id, part}; };
-    const auto info = taken.take(record.info, asked("info"));
-    input_state state{.capture = taken.take(record.resolution_unrotated,
-                                            asked("resolution_unrotated"), "capture"),
+input_state state_of(const snapshot::input_record& record, counted_queries& queries) {
+    const auto part = [&](const char* name) { return query{"input", record.id, name}; };
+    const auto info = queries.run(part("info"), record.info);
+    input_state state{.capture = queries.run(part("resolution_unrotated"), "capture",
+                                             record.resolution_unrotated),
                       .can_crop = info.transform(can_crop),
                       .crop = {},
                       .largest_crop = {}};
     if (state.can_crop.value_or(false)) {
-        state.crop = taken.take(record.crop, asked("crop"));
-        if (const auto largest = found<snapshot::pair32u>(*info, "crop.max")) {
+        state.crop = queries.run(part("crop"), record.crop);
+        // The getter's default, which a service may store as well.
+        constexpr snapshot::pair32u none{0xFFFFFFFF, 0xFFFFFFFF};
+        const auto largest = found<snapshot::pair32u>(*info, "crop.max");
+        if (largest && *largest != none) {
             state.largest_crop = {.width = largest->first, .height = largest->second};
         }
     }
     return state;
 }
 
-std::vector<input> inputs_of(const snapshot::answers& from, const outcome<std::uint32_t>& count,
+std::vector<input> inputs_of(const snapshot::answers& answers, const outcome<std::uint32_t>& count,
                              const outcome<std::vector<input_channel>>& channels,
-                             taken_answers& taken) {
+                             counted_queries& queries) {
     std::vector<std::uint32_t> ids;
     for (std::uint32_t id = 1; id <= std::min(count.value_or(0), most_inputs_counted); ++id) {
         ids.push_back(id);
@@ -320,9 +331,9 @@ std::vector<input> inputs_of(const snapshot::answers& from, const outcome<std::u
     inputs.reserve(ids.size());
     for (const std::uint32_t id : ids) {
         inputs.push_back({.id = id,
-                          .state = taken.open(from.inputs, {"input", id})
+                          .state = queries.open({"input", id}, answers.inputs)
                                        .transform([&](const snapshot::input_record& record) {
-                                           return state_of(record, taken);
+                                           return state_of(record, queries);
                                        })});
     }
     return inputs;
@@ -330,9 +341,9 @@ std::vector<input> inputs_of(const snapshot::answers& from, const outcome<std::u
 
 // --- Output -------------------------------------------------------------------------------------
 
-hdmi_output hdmi_output_of(const snapshot::output_record& record, taken_answers& taken) {
-    auto settings = taken.take(record.settings, {"output", record.id, "settings"});
-    auto info = taken.take(record.info, {"output", record.id, "info"});
+hdmi_output hdmi_output_of(const snapshot::output_record& record, counted_queries& queries) {
+    auto settings = queries.run({"output", record.id, "settings"}, record.settings);
+    auto info = queries.run({"output", record.id, "info"}, record.info);
     return {.settings = settings.transform([](map_entries map) {
                 return output_settings{.is_enabled = is_set(map, "enabled"),
                                        .vic = found_number(map, "VIC")};
@@ -346,85 +357,86 @@ hdmi_output hdmi_output_of(const snapshot::output_record& record, taken_answers&
             })};
 }
 
-outcome<std::optional<hdmi_output>> output_of(const snapshot::answers& from, taken_answers& taken) {
-    const auto system = taken.take(from.system, {"system"});
+outcome<std::optional<hdmi_output>> output_of(const snapshot::answers& answers,
+                                              counted_queries& queries) {
+    const auto system = queries.run({"system"}, answers.system);
     if (!system) {
         return std::unexpected{system.error()};
     }
-    const auto caps = taken.take(system->get().caps, {"system", {}, "caps"});
+    const auto caps = queries.run({"system", {}, "caps"}, system->get().caps);
     if (!caps) {
         return std::unexpected{caps.error()};
     }
     if (!is_set(*caps, "output")) {
         return std::nullopt;
     }
-    return taken.open(from.outputs, {"output", 0})
+    return queries.open({"output", 0}, answers.outputs)
         .transform([&](const snapshot::output_record& record) {
-            return std::optional{hdmi_output_of(record, taken)};
+            return std::optional{hdmi_output_of(record, queries)};
         });
 }
 
-// Takes what nothing shows, but what says that the service is there.
-void take_the_rest(const snapshot::answers& from, taken_answers& taken) {
-    if (const auto mode = taken.take(from.mode, {"mode"})) {
-        std::ignore = taken.take(mode->get().info, {"mode", {}, "info"});
+// Runs the queries whose answers no figure needs. They show that the service can be reached.
+void run_other_queries(const snapshot::answers& answers, counted_queries& queries) {
+    if (const auto mode = queries.run({"mode"}, answers.mode)) {
+        std::ignore = queries.run({"mode", {}, "info"}, mode->get().info);
     }
-    std::ignore = taken.open(from.outputs, {"output", 0});
+    std::ignore = queries.open({"output", 0}, answers.outputs);
 }
 
 }  // namespace
 
-device figures_of(const snapshot::loaded& from) {
-    if (!from) {
-        device unreached{};
-        unreached.reached = std::unexpected(from.error());
-        return unreached;
+device figures_of(const snapshot::loaded& loaded) {
+    device figures{};
+    if (!loaded) {
+        figures.reached = std::unexpected(loaded.error());
+        return figures;
     }
-    const snapshot::answers& all = **from;
-    taken_answers taken;
-    device shown;
-    shown.streams = streams_of(all, taken);
-    shown.service = taken.take(all.stream_debug, {"stream", {}, "debug"}).transform(counters_of);
-    shown.quota = taken.take(all.stream_quota, {"stream", {}, "quota"}).transform(quota_of);
-    shown.stream_limit =
-        taken.take(all.stream_limit, {"stream", {}, "limit"}).transform([](map_entries map) {
+    const snapshot::answers& answers = **loaded;
+    counted_queries queries;
+    figures.streams = streams_of(answers, queries);
+    figures.service =
+        queries.run({"stream", {}, "debug"}, answers.stream_debug).transform(counters_of);
+    figures.quota = queries.run({"stream", {}, "quota"}, answers.stream_quota).transform(quota_of);
+    figures.stream_limit =
+        queries.run({"stream", {}, "limit"}, answers.stream_limit).transform([](map_entries map) {
             return found_number(map, "global.max.streams.limit.encoded");
         });
-    shown.channels = channels_of(all, taken);
-    shown.input_channels = input_channels_of(all, taken);
-    shown.input_count =
-        taken.take(all.channel_info, {"channel", {}, "info"}).transform(input_count);
-    shown.inputs = inputs_of(all, shown.input_count, shown.input_channels, taken);
-    shown.output = output_of(all, taken);
-    if (!taken.is_any_answered()) {
-        take_the_rest(all, taken);
+    figures.channels = channels_of(answers, queries);
+    figures.input_channels = input_channels_of(answers, queries);
+    figures.input_count =
+        queries.run({"channel", {}, "info"}, answers.channel_info).transform(input_count);
+    figures.inputs = inputs_of(answers, figures.input_count, figures.input_channels, queries);
+    figures.output = output_of(answers, queries);
+    if (!queries.is_any_answered()) {
+        run_other_queries(answers, queries);
     }
-    if (!snapshot::is_answered(all)) {
-        shown.reached = std::unexpected(taken.first_failure());
+    if (!snapshot::is_answered(answers)) {
+        figures.reached = std::unexpected(queries.first_failure());
     }
-    shown.failures = taken.failures();
-    return shown;
+    figures.failures = queries.failures();
+    return figures;
 }
 
-outcome<std::optional<resolution>> size_of(const stream& from) {
-    return from.settings.and_then(
+outcome<std::optional<resolution>> size_of(const stream& stream) {
+    return stream.settings.and_then(
         [&](const stream_settings& settings) -> outcome<std::optional<resolution>> {
             if (settings.is_raw) {
-                return from.info.transform([](const stream_info& info) { return info.raw_size; });
+                return stream.info.transform([](const stream_info& info) { return info.raw_size; });
             }
             return settings.encoded_size;
         });
 }
 
-figure in_use(const device& from, figure usage::* reported) {
-    if (from.streams) {
-        for (const stream& each : *from.streams) {
-            if (each.in_use && (*each.in_use).*reported) {
-                return (*each.in_use).*reported;
+figure in_use(const device& device, figure usage::* member) {
+    if (device.streams) {
+        for (const stream& stream : *device.streams) {
+            if (stream.in_use && (*stream.in_use).*member) {
+                return (*stream.in_use).*member;
             }
         }
     }
-    return from.service ? from.service->in_use.*reported : std::nullopt;
+    return device.service ? device.service->in_use.*member : std::nullopt;
 }
 
 }  // namespace snapshot_tool

@@ -20,10 +20,10 @@ using snapshot::resolution;
 template <class Value>
 using outcome = std::expected<Value, std::string>;
 
-// Nothing if the service does not give it, or gives another kind of value.
+// Nothing if the service does not report it, or reports a value of another kind.
 using figure = std::optional<std::uint32_t>;
 
-// What is in use of the whole service: in the counters of a stream, or in its own.
+// What is in use of the whole service, as counted by a stream or by the service itself.
 struct usage {
     figure capacity;  // bytes
     figure encoded_streams;
@@ -49,7 +49,7 @@ struct stream_settings {
     std::optional<std::string> format;  // the name; "code 99" if the service has none for it
     bool is_raw = false;
     std::optional<resolution> encoded_size;
-    std::optional<double> frame_rate;  // frames a second, asked for
+    std::optional<double> frame_rate;  // frames a second, requested
 };
 
 struct stream {
@@ -60,7 +60,7 @@ struct stream {
 };
 
 // Returns the size of a stream's pictures.
-outcome<std::optional<resolution>> size_of(const stream& from);
+outcome<std::optional<resolution>> size_of(const stream& stream);
 
 struct identity {
     std::string name;
@@ -84,7 +84,7 @@ struct stream_quota {
 struct channel {
     std::uint32_t id;
     outcome<bool> can_crop;
-    std::optional<outcome<rectangle>> crop;  // none if it cannot crop, as is the next
+    std::optional<outcome<rectangle>> crop;  // this and the next: none if it cannot crop
     std::optional<outcome<resolution>> largest_crop;
     outcome<std::vector<resolution>> available;
 };
@@ -133,22 +133,22 @@ struct device {
     outcome<std::vector<channel>> channels;
     outcome<std::vector<input_channel>> input_channels;
     outcome<std::uint32_t> input_count;
-    std::vector<input> inputs;                   // those counted, then others that channels name
+    std::vector<input> inputs;                   // the counted, then others that channels name
     outcome<std::optional<hdmi_output>> output;  // none if the device has none
 
-    // If the service answered no query at all: the message of the first failure.
+    // If the service answered no query: the message of the first failure.
     outcome<void> reached;
     std::size_t failures = 0;  // queries that were not answered
 };
 
 // Returns the figure from the first stream that reports it, otherwise from the service-wide
 // counters.
-figure in_use(const device& from, figure usage::* reported);
+figure in_use(const device& device, figure usage::* member);
 
-// The most inputs that are counted: further ones appear only if a channel names them.
+// Inputs with higher numbers are queried only if a channel names them.
 inline constexpr std::uint32_t most_inputs_counted = 1024;
 
-// Returns the figures of a snapshot; of one that could not be read, nothing but why.
-device figures_of(const snapshot::loaded& from);
+// Returns the figures of a snapshot. If it could not be read, only `reached` is set, to the reason.
+device figures_of(const snapshot::loaded& loaded);
 
 }  // namespace snapshot_tool

@@ -7,7 +7,7 @@
 
 namespace snapshot_tool {
 
-// Returns the lines. Of a service that answered nothing, only that is told.
-std::string exposition(const device& of);
+// Returns the lines. If the service was not reached, they contain nothing else.
+std::string exposition(const device& device);
 
 }  // namespace snapshot_tool

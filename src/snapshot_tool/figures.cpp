@@ -22,7 +22,7 @@ std::string bit_rate_text(std::uint32_t bits) {
 }
 
 std::string frame_rate_text(double frames) {
-    // No camera is that fast: whatever it is shall not take a line of its own.
+    // No camera is that fast. In plain digits such a number could fill a line.
     if (!(std::abs(frames) < 1e6)) {
         return std::format("{:g}", frames);
     }
@@ -38,8 +38,8 @@ std::string short_text(std::size_t columns, std::string_view text) {
     return text.empty() ? "\"\"" : cut_to(columns, snapshot::printable(text));
 }
 
-std::string failure_text(std::string_view of, std::string_view reason) {
-    return std::format("{} failed{}{}", of, reason.empty() ? "" : ": ",
+std::string failure_text(std::string_view query, std::string_view reason) {
+    return std::format("{} failed{}{}", query, reason.empty() ? "" : ": ",
                        snapshot::printable(reason));
 }
 

@@ -37,7 +37,7 @@ constexpr std::string_view head = R"(digraph device {
 )";
 
 constexpr std::string_view plain;
-// What is wrong is red, and drawn so that it is seen without colours too.
+// Problems are red, and also visible without colours.
 constexpr std::string_view worrying = R"(, penwidth=2.5, color="#b91c1c")";
 constexpr std::string_view failed =
     R"(, style="rounded,filled,dashed", penwidth=2.5, color="#b91c1c", fillcolor="#fee2e2")";
@@ -46,30 +46,31 @@ constexpr std::string_view not_a_client = R"(, color="#a16207", fillcolor="#fef9
 
 struct box {
     std::string name;
-    std::vector<std::string> lines;  // as they came, printable or not
+    std::vector<std::string> lines;  // not yet printable
     std::string_view style = plain;
 
     template <class Value>
-    void add_failure(std::string_view of, const outcome<Value>& asked) {
-        if (!asked) {
-            lines.push_back(failure_text(of, asked.error()));
+    void add_failure(std::string_view query, const outcome<Value>& outcome) {
+        if (!outcome) {
+            lines.push_back(failure_text(query, outcome.error()));
             style = failed;
         }
     }
 };
 
-// Returns the box that stands for a whole list.
+// Returns the box in place of a whole list.
 template <class Value>
-box failed_box(std::string name, std::string_view of, const outcome<Value>& asked) {
-    box drawn{.name = std::move(name), .lines = {}};
-    drawn.add_failure(of, asked);
-    return drawn;
+box failed_box(std::string name, std::string_view query, const outcome<Value>& outcome) {
+    box failure{.name = std::move(name), .lines = {}};
+    failure.add_failure(query, outcome);
+    return failure;
 }
 
-// The longest line of a box.
+// The most columns of a line in a box.
 constexpr std::size_t line_columns = 60;
 
-// Returns the lines as one quoted text. A backslash begins an escape in it, an ampersand an entity.
+// Returns the lines as one quoted text, in which a backslash begins an escape and an ampersand an
+// entity.
 std::string quoted(const std::vector<std::string>& lines) {
     std::string text;
     for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -91,18 +92,17 @@ std::string arrow(std::string_view from, std::string_view to) {
     return std::format("    {} -> {}\n", from, to);
 }
 
-// Returns a column: the boxes below its title, in their order, which unseen arrows keep.
+// Returns a column: the boxes below its title, kept in their order by invisible arrows.
 std::string column(std::string_view title, std::string_view line, std::string_view inside,
                    const std::vector<box>& boxes) {
     std::string text = "\n    {\n        rank=same\n";
     text += std::format("        node [color=\"{}\", fillcolor=\"{}\"]\n", line, inside);
-    for (const box& drawn : boxes) {
-        text +=
-            std::format("        {} [label={}{}]\n", drawn.name, quoted(drawn.lines), drawn.style);
+    for (const box& box : boxes) {
+        text += std::format("        {} [label={}{}]\n", box.name, quoted(box.lines), box.style);
     }
     text += std::format("        {}", title);
-    for (const box& drawn : boxes) {
-        text += " -> " + drawn.name;
+    for (const box& box : boxes) {
+        text += " -> " + box.name;
     }
     return text + " [style=invis]\n    }\n";
 }
@@ -117,58 +117,58 @@ std::string channel_name(std::uint32_t id) {
     return std::format("channel_{}", id);
 }
 
-box input_box(const input& of) {
-    box drawn{.name = input_name(of.id), .lines = {std::format("input {}", of.id)}};
-    drawn.add_failure("input", of.state);
-    if (of.state) {
-        if (of.state->capture) {
-            drawn.lines.push_back(resolution_text(*of.state->capture));
+box input_box(const input& input) {
+    box box{.name = input_name(input.id), .lines = {std::format("input {}", input.id)}};
+    box.add_failure("input", input.state);
+    if (input.state) {
+        if (input.state->capture) {
+            box.lines.push_back(resolution_text(*input.state->capture));
         }
-        drawn.add_failure("capture resolution", of.state->capture);
-        drawn.add_failure("info", of.state->can_crop);
+        box.add_failure("capture resolution", input.state->capture);
+        box.add_failure("info", input.state->can_crop);
     }
-    return drawn;
+    return box;
 }
 
-std::vector<box> input_boxes(const device& of) {
+std::vector<box> input_boxes(const device& device) {
     std::vector<box> boxes;
-    boxes.reserve(of.inputs.size());
-    for (const input& from : of.inputs) {
-        boxes.push_back(input_box(from));
+    boxes.reserve(device.inputs.size());
+    for (const input& input : device.inputs) {
+        boxes.push_back(input_box(input));
     }
-    if (!of.input_count) {
-        boxes.push_back(failed_box("input_count", "count of inputs", of.input_count));
+    if (!device.input_count) {
+        boxes.push_back(failed_box("input_count", "count of inputs", device.input_count));
     }
-    if (!of.input_channels) {
-        boxes.push_back(failed_box("input_channels", "channels of inputs", of.input_channels));
+    if (!device.input_channels) {
+        boxes.push_back(failed_box("input_channels", "channels of inputs", device.input_channels));
     }
     return boxes;
 }
 
-box channel_box(const channel& of) {
-    box drawn{.name = channel_name(of.id), .lines = {std::format("channel {}", of.id)}};
-    if (of.crop && *of.crop) {
-        drawn.lines.push_back("crop " + rectangle_text(**of.crop));
+box channel_box(const channel& channel) {
+    box box{.name = channel_name(channel.id), .lines = {std::format("channel {}", channel.id)}};
+    if (channel.crop && *channel.crop) {
+        box.lines.push_back("crop " + rectangle_text(**channel.crop));
     }
-    if (of.available) {
-        const std::size_t count = of.available->size();
-        drawn.lines.push_back(std::format("{} resolution{}", count, count == 1 ? "" : "s"));
+    if (channel.available) {
+        const std::size_t count = channel.available->size();
+        box.lines.push_back(std::format("{} resolution{}", count, count == 1 ? "" : "s"));
     }
-    drawn.add_failure("info", of.can_crop);
-    if (of.crop) {
-        drawn.add_failure("crop", *of.crop);
+    box.add_failure("info", channel.can_crop);
+    if (channel.crop) {
+        box.add_failure("crop", *channel.crop);
     }
-    drawn.add_failure("resolutions", of.available);
-    return drawn;
+    box.add_failure("resolutions", channel.available);
+    return box;
 }
 
-// Returns the channels by their ids, those among them that are not in the list but that an input or
-// a stream is said to have.
-std::vector<box> channel_boxes(const device& of, const std::vector<const stream*>& streams) {
+// Returns the channels in the order of their ids, including those that are not in the list although
+// an input or a stream refers to them.
+std::vector<box> channel_boxes(const device& device, const std::vector<const stream*>& streams) {
     std::map<std::uint32_t, box> boxes;
-    if (of.channels) {
-        for (const channel& from : *of.channels) {
-            boxes.try_emplace(from.id, channel_box(from));
+    if (device.channels) {
+        for (const channel& channel : *device.channels) {
+            boxes.try_emplace(channel.id, channel_box(channel));
         }
     }
     const auto add_unlisted = [&](std::uint32_t id) {
@@ -176,32 +176,32 @@ std::vector<box> channel_boxes(const device& of, const std::vector<const stream*
                                   .lines = {std::format("channel {}", id), "not in the list"},
                                   .style = unlisted});
     };
-    if (of.input_channels) {
-        for (const input_channel& from : *of.input_channels) {
-            add_unlisted(from.id);
+    if (device.input_channels) {
+        for (const input_channel& channel : *device.input_channels) {
+            add_unlisted(channel.id);
         }
     }
-    for (const stream* from : streams) {
-        if (from->info && from->info->channel) {
-            add_unlisted(*from->info->channel);
+    for (const stream* stream : streams) {
+        if (stream->info && stream->info->channel) {
+            add_unlisted(*stream->info->channel);
         }
     }
-    std::vector<box> all;
-    if (!of.channels) {
-        all.push_back(failed_box("channel_list", "channels", of.channels));
+    std::vector<box> column;
+    if (!device.channels) {
+        column.push_back(failed_box("channel_list", "channels", device.channels));
     }
-    for (auto& [id, drawn] : boxes) {
-        all.push_back(std::move(drawn));
+    for (auto& [id, box] : boxes) {
+        column.push_back(std::move(box));
     }
-    return all;
+    return column;
 }
 
-std::string arrows_of_inputs(const device& of) {
+std::string arrows_of_inputs(const device& device) {
     std::string text;
-    if (of.input_channels) {
-        for (const input_channel& to : *of.input_channels) {
-            if (to.input) {
-                text += arrow(input_name(*to.input), channel_name(to.id));
+    if (device.input_channels) {
+        for (const input_channel& channel : *device.input_channels) {
+            if (channel.input) {
+                text += arrow(input_name(*channel.input), channel_name(channel.id));
             }
         }
     }
@@ -210,67 +210,70 @@ std::string arrows_of_inputs(const device& of) {
 
 // --- Streams ------------------------------------------------------------------------------------
 
-// A stream's id may be there twice.
+// Ids are not unique, positions in the drawing are.
 std::string stream_name(std::size_t index) {
     return std::format("stream_{}", index);
 }
 
-// Returns the streams of one channel after those of another, so that fewer arrows cross.
-std::vector<const stream*> ordered_streams(const device& of) {
+figure channel_of(const stream& stream) {
+    return stream.info ? stream.info->channel : std::nullopt;
+}
+
+// Returns the streams in the order of their channels, so that fewer arrows cross.
+std::vector<const stream*> ordered_streams(const device& device) {
     std::vector<const stream*> streams;
-    if (of.streams) {
-        for (const stream& from : *of.streams) {
-            streams.push_back(&from);
+    if (device.streams) {
+        for (const stream& stream : *device.streams) {
+            streams.push_back(&stream);
         }
     }
-    const auto place = [](const stream* from) {
-        const figure channel = from->info ? from->info->channel : std::nullopt;
+    std::ranges::stable_sort(streams, {}, [](const stream* stream) {
+        const figure channel = channel_of(*stream);
         return std::pair{!channel.has_value(), channel.value_or(0)};
-    };
-    std::ranges::stable_sort(streams, {}, place);
+    });
     return streams;
 }
 
-// Such as "25 fps", or "24 of 25 fps" when not all that are asked for are reached.
-std::string frame_rates_text(figure reached, const std::optional<double>& asked) {
+// Returns such as "25 fps", or "24 of 25 fps" if the requested rate is not reached.
+std::string frame_rates_text(figure reached, const std::optional<double>& requested) {
     std::string text = reached ? std::to_string(*reached) : "";
-    if (asked && frame_rate_text(*asked) != text) {
-        text += (text.empty() ? "" : " of ") + frame_rate_text(*asked);
+    if (requested && frame_rate_text(*requested) != text) {
+        text += (text.empty() ? "" : " of ") + frame_rate_text(*requested);
     }
     return text.empty() ? "" : text + " fps";
 }
 
-// Adds a line of the texts that are not empty, if there is one.
-void add_line(box& to, const std::string& first, const std::string& second) {
+// Adds a line of the texts that are not empty, unless both are.
+void add_line(box& box, const std::string& first, const std::string& second) {
     if (!first.empty() || !second.empty()) {
-        to.lines.push_back(first + (first.empty() || second.empty() ? "" : ", ") + second);
+        box.lines.push_back(first + (first.empty() || second.empty() ? "" : ", ") + second);
     }
 }
 
-box stream_box(const stream& of, std::size_t index) {
-    const stream_info info = of.info.value_or(stream_info{});
-    const stream_settings settings = of.settings.value_or(stream_settings{});
-    box drawn{.name = stream_name(index), .lines = {std::format("stream {}", of.id)}};
+box stream_box(const stream& stream, std::size_t index) {
+    const stream_info info = stream.info.value_or(stream_info{});
+    const stream_settings settings = stream.settings.value_or(stream_settings{});
+    box box{.name = stream_name(index), .lines = {std::format("stream {}", stream.id)}};
     if (settings.format) {
-        drawn.lines.front() += ": " + *settings.format;
+        box.lines.front() += ": " + *settings.format;
     }
-    const auto size = size_of(of).value_or(std::nullopt);
-    add_line(drawn, size ? resolution_text(*size) : "",
+    const auto size = size_of(stream).value_or(std::nullopt);
+    add_line(box, size ? resolution_text(*size) : "",
              frame_rates_text(info.frame_rate, settings.frame_rate));
-    add_line(drawn, info.bit_rate ? bit_rate_text(*info.bit_rate) : "", "");
+    add_line(box, info.bit_rate ? bit_rate_text(*info.bit_rate) : "", "");
     if (info.failed_frames.value_or(0) != 0) {
-        drawn.lines.push_back(std::format("{} failed frames", *info.failed_frames));
-        drawn.style = worrying;
+        box.lines.push_back(std::format("{} failed frames", *info.failed_frames));
+        box.style = worrying;
     }
-    drawn.add_failure("settings", of.settings);
-    drawn.add_failure("info", of.info);
-    return drawn;
+    box.add_failure("settings", stream.settings);
+    box.add_failure("info", stream.info);
+    return box;
 }
 
-std::vector<box> stream_boxes(const device& of, const std::vector<const stream*>& streams) {
+std::vector<box> stream_boxes(const device& device, const std::vector<const stream*>& streams) {
     std::vector<box> boxes;
-    if (!of.streams) {
-        boxes.push_back(failed_box("stream_list", "streams", of.streams));
+    if (!device.streams) {
+        boxes.push_back(failed_box("stream_list", "streams", device.streams));
     }
     for (std::size_t i = 0; i < streams.size(); ++i) {
         boxes.push_back(stream_box(*streams[i], i));
@@ -280,71 +283,101 @@ std::vector<box> stream_boxes(const device& of, const std::vector<const stream*>
 
 // --- Clients and the output ---------------------------------------------------------------------
 
-box client_box(std::size_t index, const std::string& identity, figure starts) {
-    box drawn{.name = std::format("client_{}", index),
-              .lines = {short_text(line_columns, identity)}};
-    if (starts) {
-        drawn.lines.push_back(std::format("{} stream{} started", *starts, *starts == 1 ? "" : "s"));
+// The clients of the streams: a box for each identity, in the order in which they are named.
+class client_boxes {
+  public:
+    explicit client_boxes(const outcome<service_counters>& counters) {
+        if (counters) {
+            for (const auto& [name, starts] : counters->identities) {
+                starts_.emplace(name, starts);
+            }
+        }
     }
-    return drawn;
+
+    // Returns the name of the identity's box.
+    const std::string& name_of(const std::string& identity) {
+        const auto [index, is_new] = indices_.try_emplace(identity, boxes_.size());
+        if (is_new) {
+            boxes_.push_back(new_box(identity));
+        }
+        return boxes_[index->second].name;
+    }
+
+    const std::vector<box>& boxes() const { return boxes_; }
+
+  private:
+    box new_box(const std::string& identity) const {
+        box box{.name = std::format("client_{}", boxes_.size()),
+                .lines = {short_text(line_columns, identity)}};
+        const auto counted = starts_.find(identity);
+        if (const figure starts = counted != starts_.end() ? counted->second : std::nullopt) {
+            box.lines.push_back(
+                std::format("{} stream{} started", *starts, *starts == 1 ? "" : "s"));
+        }
+        return box;
+    }
+
+    std::map<std::string, figure> starts_;  // by identity, as is the next
+    std::map<std::string, std::size_t> indices_;
+    std::vector<box> boxes_;
+};
+
+std::string arrows_of_streams(const std::vector<const stream*>& streams, client_boxes& clients) {
+    std::string text;
+    for (std::size_t i = 0; i < streams.size(); ++i) {
+        if (const figure channel = channel_of(*streams[i])) {
+            text += arrow(channel_name(*channel), stream_name(i));
+        }
+        if (streams[i]->info) {
+            for (const std::string& identity : streams[i]->info->client_identities) {
+                text += arrow(stream_name(i), clients.name_of(identity));
+            }
+        }
+    }
+    return text;
 }
 
-box output_box(const hdmi_output& of) {
-    const auto& [settings, info] = of;
-    box drawn{.name = "output", .lines = {"HDMI output"}, .style = not_a_client};
+box output_box(const hdmi_output& output) {
+    const auto& [settings, info] = output;
+    box box{.name = "output", .lines = {"HDMI output"}, .style = not_a_client};
     if (settings && !settings->is_enabled) {
-        add_line(drawn, "disabled", "");
+        add_line(box, "disabled", "");
     } else if (info && !info->is_running) {
-        add_line(drawn, "not running", "");
+        add_line(box, "not running", "");
     } else if (info) {
-        add_line(drawn, info->size ? resolution_text(*info->size) : "",
+        add_line(box, info->size ? resolution_text(*info->size) : "",
                  frame_rates_text(std::nullopt, info->frame_rate));
     }
-    drawn.add_failure("settings", settings);
-    drawn.add_failure("info", info);
-    return drawn;
+    box.add_failure("settings", settings);
+    box.add_failure("info", info);
+    return box;
 }
 
-// --- All of it ----------------------------------------------------------------------------------
+// Returns the boxes of the last column: those of the clients, and the output's.
+std::vector<box> last_boxes(const device& device, const client_boxes& clients) {
+    std::vector<box> boxes = clients.boxes();
+    if (!device.service) {
+        boxes.push_back(failed_box("counters", "counters", device.service));
+    }
+    if (!device.output) {
+        boxes.push_back(failed_box("output", "HDMI output", device.output));
+    } else if (*device.output) {
+        boxes.push_back(output_box(**device.output));
+    }
+    return boxes;
+}
 
-std::string describe(const device& of) {
-    const std::vector<const stream*> streams = ordered_streams(of);
+// --- The drawing --------------------------------------------------------------------------------
 
-    std::map<std::string, figure> starts;
-    if (of.service) {
-        for (const identity& known : of.service->identities) {
-            starts.emplace(known.name, known.starts);
-        }
-    }
-    std::string arrows = arrows_of_inputs(of);
-    std::vector<box> clients;
-    std::map<std::string, std::size_t> places;  // of the identities among the clients
-    for (std::size_t i = 0; i < streams.size(); ++i) {
-        const stream_info info = streams[i]->info.value_or(stream_info{});
-        if (info.channel) {
-            arrows += arrow(channel_name(*info.channel), stream_name(i));
-        }
-        for (const std::string& client : info.client_identities) {
-            const auto [place, is_new] = places.try_emplace(client, clients.size());
-            if (is_new) {
-                clients.push_back(client_box(place->second, client, starts[client]));
-            }
-            arrows += arrow(stream_name(i), clients[place->second].name);
-        }
-    }
-    if (!of.service) {
-        clients.push_back(failed_box("counters", "counters", of.service));
-    }
-    if (!of.output) {
-        clients.push_back(failed_box("output", "HDMI output", of.output));
-    } else if (*of.output) {
-        clients.push_back(output_box(**of.output));
-    }
-
-    return std::string{head} + column("inputs", "#15803d", "#dcfce7", input_boxes(of)) +
-           column("channels", "#0e7490", "#cffafe", channel_boxes(of, streams)) +
-           column("streams", "#1d4ed8", "#dbeafe", stream_boxes(of, streams)) +
-           column("clients", "#6d28d9", "#ede9fe", clients) + "\n" + arrows + "}\n";
+std::string describe(const device& device) {
+    const std::vector<const stream*> streams = ordered_streams(device);
+    client_boxes clients(device.service);
+    const std::string arrows = arrows_of_inputs(device) + arrows_of_streams(streams, clients);
+    return std::string{head} + column("inputs", "#15803d", "#dcfce7", input_boxes(device)) +
+           column("channels", "#0e7490", "#cffafe", channel_boxes(device, streams)) +
+           column("streams", "#1d4ed8", "#dbeafe", stream_boxes(device, streams)) +
+           column("clients", "#6d28d9", "#ede9fe", last_boxes(device, clients)) + "\n" + arrows +
+           "}\n";
 }
 
 }  // namespace

@@ -24,10 +24,10 @@ std::uint32_t input_number(snapshot::map_entries info) {
     return number_or_1(info, "type.id");
 }
 
-std::set<std::uint32_t> named_inputs(const snapshot::answers& from) {
+std::set<std::uint32_t> named_inputs(const snapshot::answers& answers) {
     std::set<std::uint32_t> numbers;
     if (const auto* channels =
-            std::get_if<std::vector<snapshot::channel_record>>(&from.channels_filtered)) {
+            std::get_if<std::vector<snapshot::channel_record>>(&answers.channels_filtered)) {
         for (const snapshot::channel_record& channel : *channels) {
             if (const auto* info = std::get_if<snapshot::map_entries>(&channel.info)) {
                 numbers.insert(input_number(*info));

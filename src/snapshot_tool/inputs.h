@@ -1,4 +1,4 @@
-// Which inputs a device has: those that are counted, and those that its channels name.
+// The inputs of a device: those that are counted, and those that its channels name.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +8,13 @@
 
 namespace snapshot_tool {
 
-// Returns how many inputs the info common to all channels counts.
+// Returns the number of inputs that the info common to all channels counts.
 std::uint32_t input_count(snapshot::map_entries channel_info);
 
 // Returns the number of the input that the info of a channel of inputs names.
 std::uint32_t input_number(snapshot::map_entries info);
 
 // Returns the numbers that the channels in `channels_filtered` name.
-std::set<std::uint32_t> named_inputs(const snapshot::answers& from);
+std::set<std::uint32_t> named_inputs(const snapshot::answers& answers);
 
 }  // namespace snapshot_tool

@@ -28,15 +28,15 @@ std::optional<int> metrics(int argc, char** argv) {
     if (file != nullptr && !is_file_name(file)) {
         return 2;
     }
-    const device shown = figures_of(take_snapshot(file));
-    if (!shown.reached) {
-        // The run succeeds: the figures say that the service is not reached, this line says why.
+    const device figures = figures_of(take_snapshot(file));
+    if (!figures.reached) {
+        // The run succeeds: the text says that the service was not reached, this line says why.
         std::fprintf(stderr, "oru-snapshot: %s\n",
-                     snapshot::printable(shown.reached.error()).c_str());
+                     snapshot::printable(figures.reached.error()).c_str());
     }
-    const std::string text = exposition(shown);
+    const std::string text = exposition(figures);
     if (std::string_view(out) != "-") {
-        replace_file(out, text, 0644);  // read by another user
+        replace_file(out, text, 0644);  // another user reads it
         return 0;
     }
     std::fputs(text.c_str(), stdout);

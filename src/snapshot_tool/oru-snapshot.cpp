@@ -1,4 +1,4 @@
-// The program oru-snapshot: picks the command by its name.
+// The program oru-snapshot: runs the command that its first argument names.
 
 #include <cstdio>
 #include <exception>
@@ -28,23 +28,23 @@ constexpr command commands[] = {
 
 std::string usage() {
     std::string text;
-    for (const command& known : commands) {
+    for (const auto& [name, arguments, run] : commands) {
         text += text.empty() ? "Usage: " : "       ";
-        text.append("oru-snapshot ").append(known.name);
-        if (!known.arguments.empty()) {
-            text.append(" ").append(known.arguments);
+        text.append("oru-snapshot ").append(name);
+        if (!arguments.empty()) {
+            text.append(" ").append(arguments);
         }
         text += '\n';
     }
     return text + "       oru-snapshot --help | --version\n";
 }
 
-// Returns nothing when the arguments are not understood.
+// Returns the exit status, or nothing if the arguments are wrong.
 std::optional<int> run(std::span<char*> arguments) {
     const std::string_view name = arguments.size() > 1 ? arguments[1] : "";
-    for (const command& known : commands) {
-        if (name == known.name) {
-            return known.run(static_cast<int>(arguments.size()) - 1, arguments.data() + 1);
+    for (const command& command : commands) {
+        if (name == command.name) {
+            return command.run(static_cast<int>(arguments.size()) - 1, arguments.data() + 1);
         }
     }
     if (name == "--help" && arguments.size() == 2) {

@@ -13,8 +13,8 @@
 namespace snapshot_tool {
 namespace {
 
-// Returns what stands between the name and the last brace, or nothing when the text does not begin
-// as an object whose first member has that name.
+// Returns the text between the colon after the name and the last brace, or nothing if the text is
+// not an object whose first member has this name.
 std::optional<std::string_view> value_in(std::string_view object, std::string_view quoted_name) {
     for (const std::string_view token :
          {std::string_view("{"), quoted_name, std::string_view(":")}) {

@@ -1,5 +1,5 @@
-// Values of a kind that no getter reads: all that is known of them is the JSON text that the bus
-// library writes for them.
+// Values of a kind that no getter reads. The only way to read them is the JSON text that the bus
+// library writes.
 #pragma once
 
 #include <expected>
@@ -9,9 +9,9 @@
 
 namespace snapshot_tool {
 
-// Returns that text of the value under `key`, which must be there, without white space outside its
-// strings. Otherwise: why the bus library gives none ("has no JSON form: ..."), or an empty text if
-// what it gives is not JSON in UTF-8.
+// Returns the JSON text of the value under `key`, without white space outside its strings. The map
+// must contain the key. On failure: the reason of the bus library ("has no JSON form: ..."), or an
+// empty text if its text is not JSON in UTF-8.
 std::expected<std::string, std::string> other_json(const native_map& map, const std::string& key);
 
 }  // namespace snapshot_tool

@@ -57,7 +57,7 @@ class queries {
     std::vector<snapshot::format_record> formats();
 
     // Each runs a query, a function of a GError**, and copies its answer. NULL and FALSE are
-    // failures; only of a list NULL without an error is an empty one.
+    // failures, except that NULL without an error is an empty list.
     template <class Query>
     answer<map_entries> map(Query query);
     template <class Query>
@@ -70,16 +70,17 @@ class queries {
     answer<std::vector<Record>> list(Query query, Record (queries::*copy)(Object* object));
 
     template <class T>
-    std::span<const snapshot::named_answer<T>> named(const char* name, const answer<T>& value) {
-        return all_->arena.keep(std::vector{snapshot::named_answer<T>{name, value}});
+    std::span<const snapshot::named_answer<T>> only(const char* name, const answer<T>& answer) {
+        return all_->arena.keep(std::vector{snapshot::named_answer<T>{name, answer}});
     }
-    snapshot::failure failure(const owned_error& error) {
+    snapshot::failure failure_of(const owned_error& error) {
         return {all_->arena.keep(message_of(error.get())).data()};
     }
     map_entries entries(OruMap* map);
     snapshot::stream_record stream(OruStream* stream);
 
     std::shared_ptr<snapshot::answers> all_ = std::make_shared<snapshot::answers>();
+    owned_object<OruMap> available_ = filter_by("select", "available");
     std::uint32_t most_counted_inputs_;
 };
 
@@ -108,20 +109,20 @@ answer<snapshot::system_record> queries::system() {
     owned_error error;
     const owned_object<OruSystem> system{oru_system_new(std::out_ptr(error))};
     if (system == nullptr) {
-        return failure(error);
+        return failure_of(error);
     }
     return snapshot::system_record{
-        map([&](GError** failed) { return oru_system_get_caps(system.get(), failed); })};
+        map([&](GError** map_error) { return oru_system_get_caps(system.get(), map_error); })};
 }
 
 answer<snapshot::mode_record> queries::mode() {
     owned_error error;
     const owned_object<OruMode> mode{oru_mode_new(std::out_ptr(error))};
     if (mode == nullptr) {
-        return failure(error);
+        return failure_of(error);
     }
     return snapshot::mode_record{
-        map([&](GError** failed) { return oru_mode_get_info(mode.get(), failed); })};
+        map([&](GError** map_error) { return oru_mode_get_info(mode.get(), map_error); })};
 }
 
 snapshot::stream_record queries::stream(OruStream* stream) {
@@ -132,16 +133,16 @@ snapshot::stream_record queries::stream(OruStream* stream) {
 }
 
 snapshot::channel_record queries::channel(OruChannel* channel) {
-    const owned_object<OruMap> filter = filter_by("select", "available");
     return {
         .id = oru_channel_get_id(channel),
         .properties = {},
         .info = map([&](GError** error) { return oru_channel_get_info(channel, error); }),
         .crop = area([&](auto... out) { return oru_channel_get_crop(channel, out...); }),
         .crop_max = size([&](auto... out) { return oru_channel_get_crop_max(channel, out...); }),
-        .resolutions = named("available", sizes([&](GError** error) {
-                                 return oru_channel_get_resolutions(channel, filter.get(), error);
-                             }))};
+        .resolutions = only("available", sizes([&](GError** error) {
+                                return oru_channel_get_resolutions(channel, available_.get(),
+                                                                   error);
+                            }))};
 }
 
 std::vector<snapshot::input_record> queries::inputs() {
@@ -149,20 +150,20 @@ std::vector<snapshot::input_record> queries::inputs() {
     if (const auto* info = std::get_if<map_entries>(&all_->channel_info)) {
         count = std::min(input_count(*info), most_counted_inputs_);
     }
-    std::set<std::uint32_t> named = named_inputs(*all_);
+    std::set<std::uint32_t> named_numbers = named_inputs(*all_);
 
     std::vector<snapshot::input_record> inputs;
     const auto query_named_before = [&](std::uint64_t end) {
-        while (!named.empty() && *named.begin() < end) {
-            inputs.push_back(input(*named.begin()));
-            named.erase(named.begin());
+        while (!named_numbers.empty() && *named_numbers.begin() < end) {
+            inputs.push_back(input(*named_numbers.begin()));
+            named_numbers.erase(named_numbers.begin());
         }
     };
     std::uint32_t missing_in_a_row = 0;
     for (std::uint64_t number = 1; number <= count && missing_in_a_row < most_missing_inputs;
          ++number) {
         query_named_before(number);
-        named.erase(static_cast<std::uint32_t>(number));
+        named_numbers.erase(static_cast<std::uint32_t>(number));
         inputs.push_back(input(static_cast<std::uint32_t>(number)));
         missing_in_a_row = inputs.back().fails ? missing_in_a_row + 1 : 0;
     }
@@ -174,27 +175,30 @@ snapshot::input_record queries::input(std::uint32_t number) {
     owned_error error;
     const owned_object<OruInput> input{oru_input_new(number, std::out_ptr(error))};
     if (input == nullptr) {
-        return {.id = number, .fails = failure(error)};
+        return {.id = number, .fails = failure_of(error)};
     }
-    return {.id = number,
-            .info = map([&](GError** failed) { return oru_input_get_info(input.get(), failed); }),
-            .crop = area([&](auto... out) { return oru_input_get_crop(input.get(), out...); }),
-            .resolution_unrotated = named("capture", size([&](auto... out) {
-                                              return oru_input_get_resolution_unrotated(
-                                                  input.get(), "capture", out...);
-                                          }))};
+    return {
+        .id = number,
+        .info = map([&](GError** map_error) { return oru_input_get_info(input.get(), map_error); }),
+        .crop = area([&](auto... out) { return oru_input_get_crop(input.get(), out...); }),
+        .resolution_unrotated = only("capture", size([&](auto... out) {
+                                         return oru_input_get_resolution_unrotated(
+                                             input.get(), "capture", out...);
+                                     }))};
 }
 
 snapshot::output_record queries::output() {
     owned_error error;
     const owned_object<OruOutput> output{oru_output_new(0, std::out_ptr(error))};
     if (output == nullptr) {
-        return {.id = 0, .fails = failure(error)};
+        return {.id = 0, .fails = failure_of(error)};
     }
     return {.id = 0,
-            .info = map([&](GError** failed) { return oru_output_get_info(output.get(), failed); }),
-            .settings = map(
-                [&](GError** failed) { return oru_output_get_settings(output.get(), failed); })};
+            .info = map(
+                [&](GError** map_error) { return oru_output_get_info(output.get(), map_error); }),
+            .settings = map([&](GError** map_error) {
+                return oru_output_get_settings(output.get(), map_error);
+            })};
 }
 
 std::vector<snapshot::format_record> queries::formats() {
@@ -218,7 +222,7 @@ answer<map_entries> queries::map(Query query) {
     owned_error error;
     const owned_object<OruMap> map{query(std::out_ptr(error))};
     if (map == nullptr) {
-        return failure(error);
+        return failure_of(error);
     }
     return entries(map.get());
 }
@@ -229,7 +233,7 @@ answer<rectangle> queries::area(Query query) {
     rectangle area{};
     if (query(&area.x, &area.y, &area.width, &area.height,
               static_cast<GError**>(std::out_ptr(error))) == FALSE) {
-        return failure(error);
+        return failure_of(error);
     }
     return area;
 }
@@ -239,7 +243,7 @@ answer<resolution> queries::size(Query query) {
     owned_error error;
     resolution size{};
     if (query(&size.width, &size.height, static_cast<GError**>(std::out_ptr(error))) == FALSE) {
-        return failure(error);
+        return failure_of(error);
     }
     return size;
 }
@@ -249,7 +253,7 @@ answer<std::span<const resolution>> queries::sizes(Query query) {
     owned_error error;
     const owned_block set{query(std::out_ptr(error))};
     if (set == nullptr) {
-        return failure(error);
+        return failure_of(error);
     }
     return all_->arena.keep(native_resolutions(set.get()), [](const native_resolution& size) {
         return resolution{size.width, size.height};
@@ -261,7 +265,7 @@ answer<std::vector<Record>> queries::list(Query query, Record (queries::*copy)(O
     owned_error error;
     const owned_object_list objects{query(std::out_ptr(error))};
     if (error != nullptr) {
-        return failure(error);
+        return failure_of(error);
     }
     std::vector<Record> records;
     for (const GList* link = objects.get(); link != nullptr; link = link->next) {
@@ -272,29 +276,25 @@ answer<std::vector<Record>> queries::list(Query query, Record (queries::*copy)(O
 
 map_entries queries::entries(OruMap* map) {
     const native_map native{map};
-    const std::vector<native_entry> all = native.entries();
-    std::vector<snapshot::entry> entries;
-    entries.reserve(all.size());
-    for (const native_entry& each : all) {
-        const auto value_of = [&](const auto& held) -> snapshot::value {
-            using held_type = std::remove_cvref_t<decltype(held)>;
-            if constexpr (std::is_same_v<held_type, std::string>) {
-                return all_->arena.keep(held);
-            } else if constexpr (std::is_same_v<held_type, native_pair>) {
-                return snapshot::pair32u(held.first, held.second);
-            } else if constexpr (std::is_same_v<held_type, native_other>) {
-                const auto json = other_json(native, each.key);
+    return all_->arena.keep(native.entries(), [&](const native_entry& entry) {
+        const auto value_of = [&](const auto& value) -> snapshot::value {
+            using native_type = std::remove_cvref_t<decltype(value)>;
+            if constexpr (std::is_same_v<native_type, std::string>) {
+                return all_->arena.keep(value);
+            } else if constexpr (std::is_same_v<native_type, native_pair>) {
+                return snapshot::pair32u(value.first, value.second);
+            } else if constexpr (std::is_same_v<native_type, native_other>) {
+                const auto json = other_json(native, entry.key);
                 if (json) {
                     return snapshot::other{all_->arena.keep(*json)};
                 }
                 return snapshot::unwritable{all_->arena.keep(json.error())};
             } else {
-                return held;
+                return value;
             }
         };
-        entries.push_back({all_->arena.keep(each.key), std::visit(value_of, each.value)});
-    }
-    return all_->arena.keep(entries);
+        return snapshot::entry{all_->arena.keep(entry.key), std::visit(value_of, entry.value)};
+    });
 }
 
 }  // namespace

@@ -8,15 +8,14 @@
 
 namespace snapshot_tool {
 
-// After this many inputs in a row that do not exist, no further input is queried only because it is
-// counted.
+// After this many inputs in a row that cannot be opened, further inputs are queried only if a
+// channel names them.
 inline constexpr std::uint32_t most_missing_inputs = 1024;
 
-// Returns the answers of the service to each query, each asked once. Inputs are those that a
-// channel names, and those that are counted, up to number `most_counted_inputs`; every input that
-// was asked for is in the list, with its failure if it cannot be opened. Of several formats of one
-// code only the first is taken. Throws a std::bad_alloc, or a std::length_error for an answer too
-// large for memory.
+// Runs every query once and returns the answers. The inputs queried are those that a channel names,
+// and those that are counted, up to number `most_counted_inputs`. The list contains each of them,
+// those that cannot be opened with their failure. Formats are the first of each code. Throws a
+// std::bad_alloc, or a std::length_error for an answer too large for memory.
 std::shared_ptr<const snapshot::answers> query_service(std::uint32_t most_counted_inputs);
 
 }  // namespace snapshot_tool

@@ -35,7 +35,7 @@ constexpr std::size_t longest_snapshot = std::size_t{128} * 1024 * 1024;
 
 // --- The filtered list --------------------------------------------------------------------------
 
-// Whether the writer writes both in the same form.
+// Return whether the writer writes both in the same form.
 bool is_written_alike(const snapshot::value& one, const snapshot::value& other) {
     if (one.kind() != other.kind()) {
         return false;
@@ -115,8 +115,8 @@ bool is_written_alike(const channel_record& one, const channel_record& other) {
            is_written_alike(one.resolutions, other.resolutions);
 }
 
-// Leaves the filtered list out if each of its channels is in the list of all, with the same answers
-// and in the same order: the properties of these channels then describe the filter.
+// Omits the filtered list if its channels are in the list of all, with the same answers and in the
+// same order. Properties then mark these channels in the list of all.
 void fold_filtered(snapshot::answers& all) {
     static const snapshot::entry property[] = {{"key", std::string_view("input")}};
     auto* channels = std::get_if<std::vector<channel_record>>(&all.channels);
@@ -125,9 +125,9 @@ void fold_filtered(snapshot::answers& all) {
         return;
     }
     std::vector<channel_record> folded = *channels;
-    for (auto rest = folded.begin(); const channel_record& wanted : *filtered) {
+    for (auto rest = folded.begin(); const channel_record& expected : *filtered) {
         rest = std::find_if(rest, folded.end(), [&](const channel_record& channel) {
-            return is_written_alike(channel, wanted);
+            return is_written_alike(channel, expected);
         });
         if (rest == folded.end()) {
             return;
@@ -141,11 +141,11 @@ void fold_filtered(snapshot::answers& all) {
 
 // --- Notes --------------------------------------------------------------------------------------
 
-// Prints notes on standard error, each once: the channels of inputs are queried twice.
+// Prints notes on standard error, each once: channels of inputs are in two lists.
 class notes {
   public:
-    void add(const snapshot::query& asked, const answer<map_entries>& answered) {
-        const auto* map = std::get_if<map_entries>(&answered);
+    void add(const snapshot::query& query, const answer<map_entries>& answer) {
+        const auto* map = std::get_if<map_entries>(&answer);
         if (map == nullptr) {
             return;
         }
@@ -155,7 +155,7 @@ class notes {
             }
             const std::string note = std::format(
                 "oru-snapshot: {}: '{}' is of a kind without a form, recorded as JSON\n",
-                snapshot::text_of(asked), snapshot::printable(key));
+                snapshot::text_of(query), snapshot::printable(key));
             if (printed_.insert(note).second) {
                 std::fputs(note.c_str(), stderr);
             }
@@ -173,49 +173,49 @@ void for_each(const answer<std::vector<Record>>& list, const Function& function)
     }
 }
 
-// Names the values that are recorded as JSON.
+// Prints a note for each value that is recorded as JSON.
 void print_notes(const snapshot::answers& all) {
-    notes printed;
+    notes notes;
     if (const auto* system = std::get_if<snapshot::system_record>(&all.system)) {
-        printed.add({"system caps"}, system->caps);
+        notes.add({"system caps"}, system->caps);
     }
     if (const auto* mode = std::get_if<snapshot::mode_record>(&all.mode)) {
-        printed.add({"mode info"}, mode->info);
+        notes.add({"mode info"}, mode->info);
     }
-    printed.add({"stream debug"}, all.stream_debug);
-    printed.add({"stream quota"}, all.stream_quota);
-    printed.add({"stream limit"}, all.stream_limit);
+    notes.add({"stream debug"}, all.stream_debug);
+    notes.add({"stream quota"}, all.stream_quota);
+    notes.add({"stream limit"}, all.stream_limit);
     for_each(all.streams, [&](const snapshot::stream_record& stream) {
-        printed.add({"stream", stream.id, "info"}, stream.info);
-        printed.add({"stream", stream.id, "settings"}, stream.settings);
-        printed.add({"stream", stream.id, "debug"}, stream.debug);
+        notes.add({"stream", stream.id, "info"}, stream.info);
+        notes.add({"stream", stream.id, "settings"}, stream.settings);
+        notes.add({"stream", stream.id, "debug"}, stream.debug);
     });
-    printed.add({"channel info"}, all.channel_info);
+    notes.add({"channel info"}, all.channel_info);
     const auto add_channel = [&](const channel_record& channel) {
-        printed.add({"channel", channel.id, "info"}, channel.info);
+        notes.add({"channel", channel.id, "info"}, channel.info);
     };
     for_each(all.channels, add_channel);
     for_each(all.channels_filtered, add_channel);
     for_each(all.inputs, [&](const snapshot::input_record& input) {
-        printed.add({"input", input.id, "info"}, input.info);
+        notes.add({"input", input.id, "info"}, input.info);
     });
     for_each(all.outputs, [&](const snapshot::output_record& output) {
-        printed.add({"output", output.id, "info"}, output.info);
-        printed.add({"output", output.id, "settings"}, output.settings);
+        notes.add({"output", output.id, "info"}, output.info);
+        notes.add({"output", output.id, "settings"}, output.settings);
     });
 }
 
 // --- Inputs -------------------------------------------------------------------------------------
 
-// Prints a line if the query stopped before the last input that is counted.
-void print_inputs_left_out(const snapshot::answers& all) {
+// Prints a line if not every counted input was queried.
+void print_unqueried_inputs(const snapshot::answers& all) {
     const auto* info = std::get_if<map_entries>(&all.channel_info);
     const std::uint32_t count = info != nullptr ? input_count(*info) : 0;
     const auto& inputs = std::get<std::vector<snapshot::input_record>>(all.inputs);
-    const auto asked = std::ranges::count_if(inputs, [&](const snapshot::input_record& input) {
+    const auto queried = std::ranges::count_if(inputs, [&](const snapshot::input_record& input) {
         return input.id >= 1 && input.id <= count;
     });
-    if (asked < count) {
+    if (queried < count) {
         std::fprintf(stderr,
                      "oru-snapshot: %u inputs counted, %u in a row do not exist: further ones are "
                      "recorded only if a channel names them\n",
@@ -223,12 +223,12 @@ void print_inputs_left_out(const snapshot::answers& all) {
     }
 }
 
-// A counted input need not exist: its failure is recorded only if a channel names it.
+// An input that is only counted need not exist, so that its failure is not recorded.
 void leave_out_missing_inputs(snapshot::answers& all) {
-    const std::set<std::uint32_t> named = named_inputs(all);
+    const std::set<std::uint32_t> named_numbers = named_inputs(all);
     auto& inputs = std::get<std::vector<snapshot::input_record>>(all.inputs);
     std::erase_if(inputs, [&](const snapshot::input_record& input) {
-        return input.fails && !named.contains(input.id);
+        return input.fails && !named_numbers.contains(input.id);
     });
 }
 
@@ -239,16 +239,16 @@ std::string record_service(const recording_options& options) {
     if (!snapshot::is_answered(*answers)) {
         throw std::runtime_error(std::get<snapshot::failure>(answers->system).message);
     }
-    const auto recorded =
+    const auto recording =
         options.is_redacted ? redact(answers) : std::make_shared<snapshot::answers>(answers);
     if (options.about != nullptr) {
-        recorded->about = options.about;
+        recording->about = options.about;
     }
-    print_inputs_left_out(*recorded);
-    leave_out_missing_inputs(*recorded);
-    fold_filtered(*recorded);
-    print_notes(*recorded);
-    std::string text = snapshot::write(*recorded);
+    print_unqueried_inputs(*recording);
+    leave_out_missing_inputs(*recording);
+    fold_filtered(*recording);
+    print_notes(*recording);
+    std::string text = snapshot::write(*recording);
     if (text.size() > longest_snapshot) {
         throw snapshot::not_recordable(
             std::format("the recording is {} bytes long, more than the {} of a snapshot",

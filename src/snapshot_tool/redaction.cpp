@@ -19,8 +19,8 @@ using snapshot::map_entries;
 
 constexpr std::string_view identity_prefix = "identity.";  // the client's name follows
 
-// Whether a map has a client's identity under the key: `identity` or `identity[N]`.
-bool names_identity(std::string_view key) {
+// Returns whether the value under this key is a client's identity: `identity` or `identity[N]`.
+bool is_identity(std::string_view key) {
     constexpr std::string_view identity = "identity";
     if (!key.starts_with(identity)) {
         return false;
@@ -31,11 +31,11 @@ bool names_identity(std::string_view key) {
                            std::ranges::all_of(key.substr(1, key.size() - 2), is_digit));
 }
 
-bool is_personal(const entry& each) {
-    return each.key.starts_with(identity_prefix) || names_identity(each.key);
+bool is_personal(const entry& entry) {
+    return entry.key.starts_with(identity_prefix) || is_identity(entry.key);
 }
 
-// Names are given in the order in which the answers are replaced: that of the document.
+// Clients are numbered in the order of the document.
 class redaction {
   public:
     explicit redaction(snapshot::answers& all) : all_(all) {}
@@ -55,11 +55,11 @@ class redaction {
     void replace(snapshot::resolution&) {}
     void replace(std::span<const snapshot::resolution>&) {}
     template <class T>
-    void replace(std::span<const snapshot::named_answer<T>>& all);
+    void replace(std::span<const snapshot::named_answer<T>>& answers);
     template <class Record>
     void replace(std::vector<Record>& records);
     template <class T>
-    void replace(answer<T>& answered);
+    void replace(answer<T>& answer);
 
     std::string_view client(std::string_view identity);
     entry redacted(const entry& original);
@@ -114,12 +114,12 @@ void redaction::replace(snapshot::output_record& output) {
 }
 
 template <class T>
-void redaction::replace(std::span<const snapshot::named_answer<T>>& all) {
-    std::vector<snapshot::named_answer<T>> answers(all.begin(), all.end());
-    for (auto& each : answers) {
-        replace(each.value);
+void redaction::replace(std::span<const snapshot::named_answer<T>>& answers) {
+    std::vector<snapshot::named_answer<T>> replaced(answers.begin(), answers.end());
+    for (auto& [name, answer] : replaced) {
+        replace(answer);
     }
-    all = all_.arena.keep(answers);
+    answers = all_.arena.keep(replaced);
 }
 
 template <class Record>
@@ -130,10 +130,10 @@ void redaction::replace(std::vector<Record>& records) {
 }
 
 template <class T>
-void redaction::replace(answer<T>& answered) {
-    if (auto* failure = std::get_if<snapshot::failure>(&answered)) {
+void redaction::replace(answer<T>& answer) {
+    if (auto* failure = std::get_if<snapshot::failure>(&answer)) {
         replace(*failure);
-    } else if (auto* value = std::get_if<T>(&answered)) {
+    } else if (auto* value = std::get_if<T>(&answer)) {
         replace(*value);
     }
 }
@@ -157,7 +157,7 @@ entry redaction::redacted(const entry& original) {
         const std::string_view name = client(key.substr(identity_prefix.size()));
         return {all_.arena.keep(std::string(identity_prefix).append(name)), value};
     }
-    if (names_identity(key)) {
+    if (is_identity(key)) {
         if (const auto text = value.get_if<std::string_view>()) {
             return {key, client(*text)};
         }

@@ -14,11 +14,11 @@
 namespace snapshot_tool {
 namespace {
 
-// While it lives, no signal ends the process halfway, and a write beyond the largest size that the
-// process may give a file fails by its result.
-class signals_held {
+// As long as it exists, no signal ends the process halfway, and a write that exceeds the limit on
+// file sizes returns an error.
+class signal_guard {
   public:
-    signals_held() : size_handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    signal_guard() : size_handler_(std::signal(SIGXFSZ, SIG_IGN)) {
         sigset_t ending;
         sigemptyset(&ending);
         for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
@@ -26,19 +26,19 @@ class signals_held {
         }
         sigprocmask(SIG_BLOCK, &ending, &mask_);
     }
-    ~signals_held() {
+    ~signal_guard() {
         sigprocmask(SIG_SETMASK, &mask_, nullptr);
         std::signal(SIGXFSZ, size_handler_);
     }
-    signals_held(const signals_held&) = delete;
-    signals_held& operator=(const signals_held&) = delete;
+    signal_guard(const signal_guard&) = delete;
+    signal_guard& operator=(const signal_guard&) = delete;
 
   private:
     sigset_t mask_{};
     sighandler_t size_handler_;
 };
 
-// A new file under a name that nobody knows, gone again unless it is renamed.
+// A new file under a random name, deleted again unless it is renamed.
 class temporary_file {
   public:
     explicit temporary_file(const std::string& directory)
@@ -54,7 +54,7 @@ class temporary_file {
     temporary_file(const temporary_file&) = delete;
     temporary_file& operator=(const temporary_file&) = delete;
 
-    // Each returns whether it was done; errno says why not.
+    // Return whether they succeeded; errno has the reason if not.
     bool is_open() const { return number_ >= 0; }
 
     bool fill(std::string_view text) {
@@ -86,9 +86,9 @@ class temporary_file {
 }  // namespace
 
 void replace_file(const std::string& path, std::string_view text, mode_t mode) {
-    const signals_held held;
-    struct stat there;
-    if (lstat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode)) {
+    const signal_guard guard;
+    struct stat existing;
+    if (lstat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode)) {
         throw std::runtime_error(path + ": is not a regular file");
     }
     temporary_file file(path.substr(0, path.rfind('/') + 1));

@@ -9,7 +9,7 @@
 namespace snapshot_tool {
 namespace {
 
-// What stands out is red and bold.
+// Returns the text in red and bold.
 std::string alarming(const std::string& text, bool has_colours) {
     return has_colours ? "\033[1;31m" + text + "\033[0m" : text;
 }
@@ -40,7 +40,7 @@ std::string table::text(bool has_colours) const {
 
     std::string text;
     const auto add = [&](const std::vector<table_cell>& cells) {
-        std::string blanks;  // of the end of a line, none is written
+        std::string blanks;  // written before the next text only: no line ends with blanks
         for (std::size_t i = 0; i < cells.size(); ++i) {
             const std::string padding(widths[i] - columns_of(cells[i].text), ' ');
             if (columns_[i].side == align::right) {

@@ -1,4 +1,4 @@
-// A table of texts whose columns line up on a terminal, wide characters included.
+// A table of texts whose columns are aligned on a terminal, even with wide characters.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ struct table_column {
     align side;
 };
 
-// A printable text. What is alarming stands out where there are colours.
+// A printable text. An alarming one is coloured if the output has colours.
 struct table_cell {
     std::string text;
     bool is_alarming = false;
@@ -25,15 +25,15 @@ class table {
 
     // Adds a row with a cell for each column.
     void add_row(std::vector<table_cell> cells);
-    // Adds a line about the row before it: what went wrong with that.
+    // Adds a line about a failure that concerns the row before it.
     void add_failure(const std::string& text);
 
-    // Returns the lines, the titles' first; "none" after these when there is nothing else.
+    // Returns the lines, the titles first. If there are no others, the next line is "none".
     std::string text(bool has_colours) const;
 
   private:
     struct line {
-        std::vector<table_cell> cells;  // of a failure, one
+        std::vector<table_cell> cells;  // one if it is a failure
         bool is_failure = false;
     };
 

@@ -73,6 +73,7 @@ std::vector<std::string> native_map::keys() const {
 
 std::vector<native_entry> native_map::entries() const {
     std::vector<native_entry> entries;
+    entries.reserve(as_map(map_).size());
     for (const auto& [key, value] : as_map(map_)) {
         entries.push_back({std::string{key}, value_of(value)});
     }

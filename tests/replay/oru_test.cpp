@@ -24,13 +24,13 @@ struct unref {
 template <class Object>
 using owned = std::unique_ptr<Object, unref>;
 
-// A GError to pass on, and what a test wants to know of it.
+// A GError as an out-parameter, and as text.
 class error {
   public:
     ~error() { g_clear_error(&error_); }
     operator GError**() { return &error_; }  // NOLINT(google-explicit-constructor)
 
-    // "unreachable: MESSAGE" and the like; "" when none is set.
+    // Returns such as "unreachable: MESSAGE", or "" if it is not set.
     std::string text() const {
         if (!error_) {
             return "";
@@ -76,7 +76,7 @@ class oru_test : public testing::Test {
     const snapshot_file file;
 };
 
-// A function that returns a map answers `expected`: JSON text, or the text of its error.
+// Checks that a function returns a map with this JSON text, or the error with this text.
 template <class Get>
 void expect_map(Get&& get, const std::string& expected) {
     error wrong;
@@ -87,15 +87,15 @@ void expect_map(Get&& get, const std::string& expected) {
         EXPECT_TRUE(oru_map_native_ref(map.get())->to_json(answer));
     }
     EXPECT_EQ(answer, expected);
-    // Nobody has to ask for the reason.
+    // The error is optional.
     const owned<OruMap> again(get(nullptr));
     EXPECT_EQ(again == nullptr, map == nullptr);
 }
 
 // --- Maps ---------------------------------------------------------------------------------------
 
-// One value of each kind, and what each getter makes of it. A getter that returns its default
-// returns 7, 7.0, FALSE, "default" or 7.
+// One value of each kind, and what each getter returns for it. The defaults are 7, 7.0, FALSE,
+// "default" and 7.
 TEST_F(oru_test, map_getters_widen_unsigned_numbers_and_nothing_else) {
     record(R"({"system":{"caps":{
         "boolean": true, "string": "text", "uint32": 4294967295, "int64": -5, "double": 2.5,
@@ -155,7 +155,7 @@ TEST_F(oru_test, map_getters_widen_unsigned_numbers_and_nothing_else) {
     EXPECT_FALSE(oru_map_contains(map.get(), "absent"));
 }
 
-TEST_F(oru_test, map_string_default_may_be_null) {
+TEST_F(oru_test, map_string_default_can_be_null) {
     const owned<OruMap> map(oru_map_new());
     EXPECT_EQ(oru_map_get_string(map.get(), "absent", nullptr, nullptr), nullptr);
     gsize length = 99;
@@ -166,7 +166,7 @@ TEST_F(oru_test, map_string_default_may_be_null) {
     EXPECT_STREQ(oru_map_get_string(map.get(), "key", nullptr, nullptr), "second");
 }
 
-TEST_F(oru_test, map_changes_stay_in_the_map_that_was_changed) {
+TEST_F(oru_test, map_changes_affect_no_other_map) {
     record(R"({"mode":{"info":{"view":"a","capture.width":1,"captured":2,"available":3,"x":4}}})");
     const owned<OruMode> mode(oru_mode_new(nullptr));
     ASSERT_NE(mode, nullptr);
@@ -190,7 +190,7 @@ TEST_F(oru_test, map_changes_stay_in_the_map_that_was_changed) {
 
 // --- Every operation, recorded ------------------------------------------------------------------
 
-TEST_F(oru_test, answers_what_is_recorded) {
+TEST_F(oru_test, returns_recorded_answers) {
     record(R"({
         "system": {"caps": {"is": "caps"}},
         "mode": {"info": {"is": "mode info"}},
@@ -294,7 +294,7 @@ std::vector<guint32> ids_of(GList* list_of_channels) {
     return found;
 }
 
-// The ids of the channels that the filter finds.
+// Returns the ids of the channels that the filter finds.
 std::vector<guint32> filtered(OruMap* filter) {
     error wrong;
     const auto found = ids_of(oru_channel_get_filtered(filter, wrong));
@@ -315,7 +315,7 @@ TEST_F(oru_test, filters_channels_by_their_properties) {
     oru_map_set_string(filter.get(), "key", "inpu");
     EXPECT_EQ(filtered(filter.get()), std::vector<guint32>{});
 
-    // What is no string in the filter selects nothing.
+    // Other values than strings in the filter are ignored.
     const owned<OruMap> other(oru_map_new());
     record(R"({"mode":{"info":{"n":2}},"channel":{"all":[{"id":0,"properties":{"n":1}}]}})");
     const owned<OruMode> mode(oru_mode_new(nullptr));
@@ -323,7 +323,7 @@ TEST_F(oru_test, filters_channels_by_their_properties) {
     EXPECT_EQ(filtered(number.get()), (std::vector<guint32>{0}));
 }
 
-TEST_F(oru_test, answers_the_filter_for_inputs_with_their_own_list) {
+TEST_F(oru_test, answers_the_filter_for_inputs_with_the_filtered_list) {
     record(R"({"channel":{
         "all":[{"id":0,"properties":{"key":"input"}},{"id":1,"properties":{"key":"view"}}],
         "filtered":[{"id":5,"info":{"is":"five"}},{"id":1,"properties":{"key":"view"},
@@ -344,7 +344,7 @@ TEST_F(oru_test, answers_the_filter_for_inputs_with_their_own_list) {
                "not recorded: channel info not recorded");
 }
 
-TEST_F(oru_test, answers_the_filter_for_inputs_where_all_channels_fail) {
+TEST_F(oru_test, answers_the_filter_for_inputs_if_the_list_of_all_channels_fails) {
     record(R"({"channel":{"all":{"$error":"busy"},"filtered":[{"id":5}]}})");
     error all;
     EXPECT_EQ(oru_channel_get_all(all), nullptr);
@@ -359,7 +359,7 @@ TEST_F(oru_test, answers_the_filter_for_inputs_where_all_channels_fail) {
     EXPECT_EQ(filtered(filter.get()), std::vector<guint32>{});
 }
 
-TEST_F(oru_test, an_empty_list_is_no_error) {
+TEST_F(oru_test, an_empty_list_is_not_an_error) {
     record(R"({"stream":{"all":[]},"channel":{"all":[]}})");
     error wrong;
     const owned<OruMap> filter(oru_map_new());
@@ -371,8 +371,8 @@ TEST_F(oru_test, an_empty_list_is_no_error) {
 
 // --- Every operation, failing -------------------------------------------------------------------
 
-// Calls every operation, by name. An operation on an object is only called when there is one: a
-// stream, a channel, input 1, output 0.
+// Calls every operation by name. Operations on objects are called if the object exists: a stream, a
+// channel, input 1, output 0.
 std::vector<std::pair<std::string, std::string>> every_error() {
     std::vector<std::pair<std::string, std::string>> errors;
     const auto note = [&](const char* operation, auto&& call) {
@@ -384,7 +384,7 @@ std::vector<std::pair<std::string, std::string>> every_error() {
             untouched[0] == 11 && untouched[1] == 22 && untouched[2] == 33 && untouched[3] == 44,
             wrong.text() != "" || !strstr(operation, "_crop"))
             << operation;
-        // The same without anyone who wants to know why.
+        // The same without an error.
         EXPECT_EQ(succeeded, call(nullptr, untouched)) << operation;
         errors.emplace_back(operation, wrong.text());
     };
@@ -481,7 +481,7 @@ std::vector<std::pair<std::string, std::string>> every_error() {
 
 using errors = std::vector<std::pair<std::string, std::string>>;
 
-TEST_F(oru_test, says_what_is_not_recorded) {
+TEST_F(oru_test, reports_what_is_not_recorded) {
     record("{}");
     EXPECT_EQ(every_error(),
               (errors{{"stream_get_all", "not recorded: streams not recorded"},
@@ -497,7 +497,7 @@ TEST_F(oru_test, says_what_is_not_recorded) {
                       {"mode_new", "not recorded: mode not recorded"}}));
 }
 
-TEST_F(oru_test, says_what_is_not_recorded_of_an_object) {
+TEST_F(oru_test, reports_what_is_not_recorded_of_an_object) {
     record(R"({"system":{},"mode":{},"stream":{"all":[{"id":3}]},"channel":{"all":[{"id":5}]},
                "input":{"all":[{"id":1}]},"output":{"all":[{"id":0}]}})");
     EXPECT_EQ(
@@ -584,7 +584,7 @@ TEST_F(oru_test, fails_with_the_recorded_message_of_an_object) {
                                      {"mode_get_info", "failed: 2"}}));
 }
 
-TEST_F(oru_test, fails_alike_in_everything_when_unreachable) {
+TEST_F(oru_test, fails_every_operation_alike_if_unreachable) {
     record("{}");
     const errors operations = every_error();
     for (const auto& [text, reason] : {std::pair("{"s, ":1:2: "s), std::pair(""s, ": "s)}) {
@@ -600,7 +600,7 @@ TEST_F(oru_test, fails_alike_in_everything_when_unreachable) {
     }
 }
 
-TEST_F(oru_test, looks_names_up) {
+TEST_F(oru_test, finds_answers_by_name) {
     record(R"({"channel":{"all":[{"id":4,"resolutions":{"b":[[1,2]],"a":{"$error":"no a"},"":[]}}]},
                "input":{"all":[{"id":1,"resolution_unrotated":{"view":[1,2],"a":{"$error":"no a"}}}]}})");
     const list<OruChannel> channels(oru_channel_get_all(nullptr));
@@ -633,7 +633,7 @@ TEST_F(oru_test, looks_names_up) {
               "not recorded: input 1: resolution_unrotated 'capture' not recorded");
 }
 
-TEST_F(oru_test, looks_inputs_and_outputs_up_by_their_number) {
+TEST_F(oru_test, finds_inputs_and_outputs_by_number) {
     record(R"({"input":{"all":[{"id":4294967295},{"id":2,"info":{}}]},"output":{"all":[]}})");
     const auto open = [](guint32 number) {
         error wrong;
@@ -649,7 +649,7 @@ TEST_F(oru_test, looks_inputs_and_outputs_up_by_their_number) {
     EXPECT_EQ(wrong.text(), "not recorded: output 0 not recorded");
 }
 
-// --- Where the snapshot is found, and how long it lives -----------------------------------------
+// --- Place and lifetime of the snapshot ---------------------------------------------------------
 
 TEST_F(oru_test, reads_the_snapshot_once) {
     record(R"({"stream":{"quota":{"n":1}}})");
@@ -660,7 +660,7 @@ TEST_F(oru_test, reads_the_snapshot_once) {
     expect_map(oru_stream_get_quota, R"({"n":2})");
 }
 
-TEST_F(oru_test, remembers_that_it_is_unreachable) {
+TEST_F(oru_test, looks_once_if_it_is_unreachable) {
     record("{");
     const errors before = every_error();
     file.write("{}");
@@ -669,7 +669,7 @@ TEST_F(oru_test, remembers_that_it_is_unreachable) {
     EXPECT_NE(every_error(), before);
 }
 
-TEST_F(oru_test, what_was_handed_out_outlives_the_snapshot) {
+TEST_F(oru_test, objects_and_maps_outlive_the_snapshot) {
     record(R"({"stream":{"all":[{"id":9,"info":{"text":"plain","escaped":"a\nb"}}]}})");
     const list<OruStream> streams(oru_stream_get_all(nullptr));
     const owned<OruMap> map(oru_stream_get_info(streams[0], nullptr));
@@ -683,9 +683,9 @@ TEST_F(oru_test, what_was_handed_out_outlives_the_snapshot) {
     EXPECT_STREQ(oru_map_get_string(map.get(), "escaped", nullptr, ""), "a\nb");
 }
 
-TEST_F(oru_test, looks_in_the_usual_place_when_none_is_named) {
+TEST_F(oru_test, reads_the_default_place_unless_another_is_named) {
     if (std::filesystem::exists("/run/oru/snapshot.json")) {
-        GTEST_SKIP() << "this machine has a snapshot of its own";
+        GTEST_SKIP() << "this machine has a snapshot at a default place";
     }
     for (const char* named : {"", static_cast<const char*>(nullptr)}) {
         if (named) {
@@ -702,7 +702,7 @@ TEST_F(oru_test, looks_in_the_usual_place_when_none_is_named) {
 
 // --- Formats ------------------------------------------------------------------------------------
 
-// Returns the nick and the name of a code, as the class of the enumeration has them.
+// Returns nick and name of a code in the enumeration.
 std::string nick(guint32 code) {
     auto* type = static_cast<GEnumClass*>(g_type_class_ref(ORU_TYPE_FORMAT));
     const GEnumValue* value = g_enum_get_value(type, static_cast<gint>(code));
@@ -717,7 +717,7 @@ struct code_and_nick {
     const char* nick;
 };
 
-// Returns how many codes have another nick than expected, and says which.
+// Returns the number of codes with another nick than expected, and prints them.
 int count_other_nicks(std::string_view text, const std::vector<code_and_nick>& expected) {
     const snapshot_file file(text);
     setenv("ORU_SNAPSHOT", file.path().c_str(), 1);
@@ -731,13 +731,13 @@ int count_other_nicks(std::string_view text, const std::vector<code_and_nick>& e
     return wrong;
 }
 
-// A process registers its formats once: this asks in a process of its own.
+// A process registers its formats only once, so each test runs in a new process.
 void expect_formats(std::string_view text, const std::vector<code_and_nick>& expected) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(exit(count_other_nicks(text, expected)), testing::ExitedWithCode(0), "^$");
 }
 
-TEST(oru_formats, are_the_usual_five_unless_recorded) {
+TEST(oru_formats, are_the_default_five_unless_recorded) {
     expect_formats("{}", {{0, "h264=h264"},
                           {1, "h265=h265"},
                           {2, "jpeg=jpeg"},
@@ -755,11 +755,11 @@ TEST(oru_formats, are_the_recorded_ones) {
                     {10, "(none)"}});
 }
 
-TEST(oru_formats, may_be_none) {
+TEST(oru_formats, can_be_none) {
     expect_formats(R"({"formats":{}})", {{0, "(none)"}, {1, "(none)"}});
 }
 
-TEST(oru_formats, are_the_usual_five_when_unreachable) {
+TEST(oru_formats, are_the_default_five_if_unreachable) {
     expect_formats("{", {{0, "h264=h264"}, {10, "av1=av1"}, {5, "(none)"}});
 }
 

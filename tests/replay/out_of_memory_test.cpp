@@ -1,4 +1,4 @@
-// Every allocation that reading a snapshot makes is made to fail, one after the other.
+// Reads a snapshot again and again, each time with another allocation that fails.
 #include <optional>
 #include <string>
 
@@ -10,8 +10,8 @@
 
 namespace {
 
-// Lets every allocation fail in turn, until reading makes no more of them. Returns how many it
-// made; what came out at last is in `result`.
+// Lets every allocation fail in turn, until none fails. Returns the number of allocations; `result`
+// is that of the last run.
 long read_with_failing_allocations(const std::string& path,
                                    std::optional<snapshot::loaded>& result) {
     for (long before = 0;; ++before) {
@@ -30,7 +30,7 @@ long read_with_failing_allocations(const std::string& path,
     }
 }
 
-TEST(out_of_memory, is_a_complaint_wherever_it_happens) {
+TEST(out_of_memory, is_reported_for_every_allocation) {
     const snapshot_file file(R"({
         "stream": {"all": [{"id": 1, "info": {"b": 1, "a": "escaped \n text, and a long one"}}, {}]},
         "channel": {"all": [{"id": 1, "properties": {"key": "input"},
@@ -42,7 +42,7 @@ TEST(out_of_memory, is_a_complaint_wherever_it_happens) {
     EXPECT_TRUE(*result);
 }
 
-TEST(out_of_memory, is_a_complaint_while_another_is_made) {
+TEST(out_of_memory, is_reported_while_another_error_is_reported) {
     const snapshot_file file("{\n  \"a member that nobody knows, with a long name\": 1}");
     std::optional<snapshot::loaded> result;
     EXPECT_GT(read_with_failing_allocations(file.path(), result), 3);

@@ -32,7 +32,7 @@ T at(const qw::map& map, std::string_view key) {
     return value ? value->get_if<T>().value_or(T{}) : T{};
 }
 
-TEST(value, knows_its_kind_by_the_codes_of_the_bus) {
+TEST(value, has_the_kind_codes_of_the_bus) {
     EXPECT_EQ(static_cast<int>(qw::value(true).kind()), 1);
     EXPECT_EQ(static_cast<int>(qw::value("text"sv).kind()), 2);
     EXPECT_EQ(static_cast<int>(qw::value(std::int64_t{1}).kind()), 3);
@@ -43,7 +43,7 @@ TEST(value, knows_its_kind_by_the_codes_of_the_bus) {
     EXPECT_EQ(static_cast<int>(qw::value(std::uint32_t{1}).kind()), 8);
 }
 
-TEST(value, gives_its_content_only_as_its_own_kind) {
+TEST(value, returns_its_content_only_as_its_own_kind) {
     const qw::value value(std::uint16_t{7});
     EXPECT_EQ(value.get_if<std::uint16_t>(), 7);
     EXPECT_EQ(value.get_if<std::uint32_t>(), std::nullopt);
@@ -70,7 +70,7 @@ TEST(map, starts_empty) {
     EXPECT_TRUE(map.filter_prefix("").empty());
 }
 
-TEST(map, keeps_its_entries_ascending_by_the_bytes_of_the_keys) {
+TEST(map, sorts_its_entries_by_the_bytes_of_the_keys) {
     qw::map map;
     for (const auto key : {"input2"sv, "\xC3\xA9"sv, "input10"sv, "Z"sv, "input1"sv, ""sv}) {
         EXPECT_TRUE(map.insert(key, true));
@@ -83,7 +83,7 @@ TEST(map, keeps_its_entries_ascending_by_the_bytes_of_the_keys) {
     EXPECT_EQ(map.find("input"), nullptr);
 }
 
-TEST(map, finds_every_key_of_any_number_and_none_between) {
+TEST(map, finds_every_key_and_no_other_in_maps_of_any_size) {
     qw::map map;
     for (std::uint32_t count = 0; count <= 100; ++count) {
         for (std::uint32_t i = 0; i < count; ++i) {
@@ -98,7 +98,7 @@ TEST(map, finds_every_key_of_any_number_and_none_between) {
     }
 }
 
-TEST(map, insert_keeps_what_is_there_and_assign_replaces_it) {
+TEST(map, insert_keeps_an_existing_value_and_assign_replaces_it) {
     qw::map map;
     EXPECT_TRUE(map.insert("a", std::uint32_t{1}));
     EXPECT_FALSE(map.insert("a", std::uint32_t{2}));
@@ -109,7 +109,7 @@ TEST(map, insert_keeps_what_is_there_and_assign_replaces_it) {
     EXPECT_EQ(map.size(), 2U);
 }
 
-TEST(map, copies_the_texts_that_it_is_given) {
+TEST(map, copies_texts) {
     qw::map map;
     {
         std::string key(100, 'k');
@@ -128,7 +128,7 @@ TEST(map, copies_the_texts_that_it_is_given) {
     EXPECT_EQ(map.begin()->key.data()[100], '\0');
 }
 
-TEST(map, can_be_given_a_value_of_its_own) {
+TEST(map, accepts_a_view_of_its_own_value) {
     qw::map map;
     map.insert("a", "a text that is too long for any small string"sv);
     for (const auto key : {"b"sv, "c"sv, "d"sv, "a"sv}) {
@@ -144,7 +144,7 @@ TEST(map, a_copy_is_independent) {
     original.insert("a", std::uint32_t{1});
     original.insert("b", "text"sv);
     qw::map copy = original;
-    EXPECT_EQ(copy.begin(), original.begin());  // shared as long as neither changes
+    EXPECT_EQ(copy.begin(), original.begin());  // shared until one of them changes
     copy.assign("a", std::uint32_t{2});
     EXPECT_EQ(json(original), R"({"a":1,"b":"text"})");
     original.erase("b");
@@ -163,7 +163,7 @@ TEST(map, a_copy_outlives_the_original) {
     EXPECT_EQ(json(copy), R"({"a":"a text that is too long for any small string","b":true})");
 }
 
-TEST(map, is_empty_after_its_content_was_moved_away) {
+TEST(map, is_empty_after_a_move) {
     qw::map map;
     map.insert("a", true);
     const qw::map taken = std::move(map);
@@ -173,7 +173,7 @@ TEST(map, is_empty_after_its_content_was_moved_away) {
     EXPECT_EQ(json(map), R"({"b":true})");
 }
 
-TEST(map, views_the_entries_of_its_owner_until_it_changes) {
+TEST(map, refers_to_the_entries_of_its_owner_until_it_changes) {
     struct storage {
         std::string text = "left";
         std::vector<qw::map::entry> entries;
@@ -196,7 +196,7 @@ TEST(map, views_the_entries_of_its_owner_until_it_changes) {
     EXPECT_TRUE(alive.expired());
 }
 
-TEST(map, erases_one_key_or_all_of_a_prefix) {
+TEST(map, erases_a_key_or_all_keys_with_a_prefix) {
     qw::map map;
     for (const auto key : {"a", "capture", "capture.width", "captured", "captur", "d"}) {
         map.insert(key, true);
@@ -215,7 +215,7 @@ TEST(map, erases_one_key_or_all_of_a_prefix) {
     EXPECT_EQ(json(map), R"({"d":true})");
 }
 
-TEST(map, filters_by_prefix_with_keys_whole) {
+TEST(map, filters_by_prefix_and_keeps_whole_keys) {
     qw::map filtered;
     {
         qw::map map;
@@ -262,7 +262,7 @@ TEST(map_to_json, writes_the_shortest_decimal_of_a_double) {
     }
 }
 
-TEST(map_to_json, writes_an_unknown_kind_as_it_stands) {
+TEST(map_to_json, writes_an_unknown_kind_unchanged) {
     qw::map map;
     map.insert("a", qw::other{R"({"b":[1.50,"\u0041",null],"b":-0})"});
     map.insert("c", true);

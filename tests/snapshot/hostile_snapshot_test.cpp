@@ -1,5 +1,5 @@
-// Snapshots that nobody means well: whatever stands wherever in the file, it is refused with the
-// place and a reason, or reported right, and neither time nor memory grows faster than the file.
+// Hostile snapshots: whatever a file contains, it is rejected with the place and a reason, or it is
+// reported correctly. Neither time nor memory grows faster than the file.
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -26,7 +26,7 @@ namespace {
 
 using namespace std::string_literals;
 
-// One line, with every member that there is and a value of every kind.
+// One line, with every possible member and a value of every kind.
 const std::string full =
     R"({"about":"a","system":{"caps":{"output":true}},"mode":{"info":{"a":1,"b":-2,"c":1.5,)"
     R"("d":"x","e":[1,2],"f":{"uint16":3},"g":{"double":"nan"},"h":{"bytes":"6fff"}}},"stream":{"debug":{"$error":"none"},"quota":{"k":0},)"
@@ -67,7 +67,7 @@ struct range {
     std::size_t end;
 };
 
-// Where each value of the text stands, but for the text as a whole.
+// Returns the place of each value in the text, except that of the whole text.
 std::vector<range> values_of(std::string_view text) {
     std::vector<range> values;
     std::string open;
@@ -98,7 +98,7 @@ std::string repeated(std::string_view text, std::size_t count) {
     return all;
 }
 
-// Refused wherever a value may stand.
+// Rejected in the place of any value.
 const std::vector<std::string> never_values = {
     "null",
     "tru",
@@ -175,7 +175,7 @@ const std::vector<std::string> never_values = {
     "\"" + std::string(1000000, 'x'),
 };
 
-// Loads the text, which must be refused in its first line, not before the byte `from`.
+// Loads the text, which must be rejected in its first line, at the byte `from` or after it.
 void expect_refused(const snapshot_file& file, const std::string& text, std::size_t from) {
     file.write(text);
     const auto loaded = snapshot::load(file.path());
@@ -194,21 +194,21 @@ void expect_refused(const snapshot_file& file, const std::string& text, std::siz
     })) << complaint;
 }
 
-TEST(hostile_snapshot, the_text_is_taken_when_nothing_is_put_into_it) {
+TEST(hostile_snapshot, is_accepted_without_an_insertion) {
     const snapshot_file file(full);
     const auto loaded = snapshot::load(file.path());
     EXPECT_TRUE(loaded) << loaded.error();
     EXPECT_GT(values_of(full).size(), 60);
 }
 
-TEST(hostile_snapshot, what_is_no_value_is_refused_wherever_it_stands) {
+TEST(hostile_snapshot, invalid_values_are_rejected_everywhere) {
     const snapshot_file file;
     for (const range& value : values_of(full)) {
         for (const std::string& hostile : never_values) {
             SCOPED_TRACE(full.substr(0, value.begin) + " <- " + hostile.substr(0, 60));
             std::string text = full;
             text.replace(value.begin, value.end - value.begin, hostile);
-            // What is wrong with bytes is told before what is wrong with values.
+            // Errors in bytes are reported before errors in values.
             expect_refused(file, text, value.begin);
             if (testing::Test::HasFatalFailure()) {
                 return;
@@ -217,8 +217,8 @@ TEST(hostile_snapshot, what_is_no_value_is_refused_wherever_it_stands) {
     }
 }
 
-// The only place where a value of any form is taken: there it need only be JSON.
-TEST(hostile_snapshot, what_is_no_json_is_refused_in_a_value_of_another_kind) {
+// Only there a value of any form is accepted, as long as it is JSON.
+TEST(hostile_snapshot, invalid_json_is_rejected_in_a_value_of_another_kind) {
     const snapshot_file file;
     const std::string before = R"({"mode":{"info":{"k":{"other":)";
     std::size_t taken = 0;
@@ -241,7 +241,7 @@ TEST(hostile_snapshot, what_is_no_json_is_refused_in_a_value_of_another_kind) {
     EXPECT_EQ(taken, 17) << "of " << never_values.size();
 }
 
-TEST(hostile_snapshot, repeated_and_misplaced_members_are_refused_in_every_object) {
+TEST(hostile_snapshot, repeated_and_misplaced_members_are_rejected_in_every_object) {
     const snapshot_file file;
     for (std::size_t at = 0; at < full.size(); ++at) {
         if (full[at] != '{' || full[at + 1] == '}') {
@@ -260,27 +260,27 @@ TEST(hostile_snapshot, repeated_and_misplaced_members_are_refused_in_every_objec
     }
 }
 
-TEST(hostile_snapshot, every_beginning_of_it_is_refused) {
+TEST(hostile_snapshot, every_truncation_is_rejected) {
     const snapshot_file file;
     for (std::size_t size = 1; size < full.size(); ++size) {
         expect_refused(file, full.substr(0, size), 0);
     }
 }
 
-TEST(hostile_snapshot, bytes_that_no_text_holds_are_refused_at_their_place) {
+TEST(hostile_snapshot, invalid_bytes_are_rejected_at_their_place) {
     const snapshot_file file;
     for (std::size_t at = 0; at < full.size(); ++at) {
         for (const char byte : {'\0', '\xff', '\x80', '\xc3', '\x01', '\x1f'}) {
             std::string text = full;
             text[at] = byte;
-            // A control byte is told with the token that it breaks, every other by itself.
+            // A control character is reported as part of its token, another byte on its own.
             expect_refused(file, text, byte > 0 ? 0 : at);
         }
     }
 }
 
-// What the system shows as files here has another size than it says, or cannot be read.
-TEST(hostile_snapshot, files_that_are_not_what_they_say_are_refused) {
+// The size of these files is wrong, or they cannot be read.
+TEST(hostile_snapshot, special_files_are_rejected) {
     EXPECT_EQ(snapshot::load("/proc/self/status").error(),
               "/proc/self/status: changed while it was read");
     EXPECT_EQ(snapshot::load("/proc/self/mem").error(), "/proc/self/mem: Input/output error");
@@ -307,10 +307,10 @@ std::string many_streams(std::size_t count) {
            "]}}";
 }
 
-// A leak checker looks up all callers of every map that is kept, which takes it minutes.
+// A leak checker looks up all callers of every map, which takes minutes.
 const std::size_t many = std::getenv("ORU_TEST_SANITIZED") != nullptr ? 5000 : 100000;
 
-TEST(hostile_snapshot, very_many_streams_are_all_reported) {
+TEST(hostile_snapshot, all_of_very_many_streams_are_reported) {
     const std::size_t count = many;
     std::string summaries;
     std::string settings;
@@ -343,7 +343,7 @@ TEST(hostile_snapshot, very_many_streams_are_all_reported) {
         << got.out.substr(0, 1000);
 }
 
-// The preset `sanitize` leaves these out: its time and memory are not the tools'.
+// The preset `sanitize` skips these: it changes time and memory.
 
 struct shape {
     const char* name;
@@ -420,7 +420,7 @@ const std::vector<shape> shapes = {
          return R"({"mode":{"info":{)" + keys("k") + R"(}},"stream":{"debug":{)" +
                 keys("identity.") + "}}}";
      }},
-    // Their order is another once the full stops are gone.
+    // Without the full stops, their order differs.
     {"keys_that_change_places",
      [](std::size_t count) {
          return R"({"mode":{"info":{)" +
@@ -460,7 +460,7 @@ const std::vector<shape> shapes = {
      [](std::size_t count) { return R"({"mode":{"info":{"k":)" + repeated("[", 10 * count); }},
 };
 
-// Each program on a snapshot, its output in a file beside that.
+// Runs each program on a snapshot, with its output in a file beside it.
 std::vector<command> runs_on(const snapshot_file& snapshot) {
     const std::vector<std::vector<std::string>> command_lines = {
         {"oru-snapshot", "check", snapshot.path()},
@@ -484,7 +484,7 @@ std::string name_of(const command& what) {
     return what.argv[0] + " " + what.argv[1];
 }
 
-// Seconds of the processor that all children have taken so far.
+// Returns the processor time of all children so far, in seconds.
 double spent() {
     rusage usage{};
     getrusage(RUSAGE_CHILDREN, &usage);
@@ -494,7 +494,7 @@ double spent() {
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-// Seconds of the processor for a run: the least of three, or the first that is little enough.
+// Returns the processor time of a run in seconds: the least of three, or the first below the limit.
 double time_of(const command& what, double enough = 0) {
     double least = 1e9;
     for (int i = 0; i < 3 && least > enough; ++i) {
@@ -505,7 +505,7 @@ double time_of(const command& what, double enough = 0) {
     return least;
 }
 
-// Status, error lines, and how much was printed, with no more than that much memory to be had.
+// Returns status, error lines and size of the output of a run with limited memory.
 std::tuple<int, std::string, std::uintmax_t> within(const std::string& kilobytes, command what) {
     std::filesystem::remove(what.stdout_to);
     const std::vector<std::string> shell = {"sh", "-c", R"(ulimit -d "$0"; exec "$@")", kilobytes,
@@ -519,8 +519,7 @@ std::tuple<int, std::string, std::uintmax_t> within(const std::string& kilobytes
 
 class each_shape : public testing::TestWithParam<shape> {};
 
-// Four times the file may take eight times as long; what grew with its square would take sixteen
-// times as long.
+// A file of four times the size may take eight times as long. Quadratic growth would be sixteen.
 TEST_P(each_shape, takes_time_as_the_file_grows) {
     const snapshot_file some(GetParam().text(40000));
     const snapshot_file more(GetParam().text(160000));

@@ -25,7 +25,7 @@ snapshot::loaded load(std::string_view text) {
     return snapshot::load(snapshot_file(text).path());
 }
 
-// What is wrong with the text, without the path; "" when nothing is.
+// Returns the complaint about the text, without the path, or "".
 std::string complaint(std::string_view text) {
     const snapshot_file file(text);
     const auto loaded = snapshot::load(file.path());
@@ -36,8 +36,8 @@ std::string complaint(std::string_view text) {
     return loaded.error().substr(file.path().size() + 1);
 }
 
-// The complaint about `value` as the value of one key of a map, its column counted from the value's
-// own first byte.
+// Returns the complaint about `value` as a value in a map. Its column is counted from the first
+// byte of the value.
 std::string value_complaint(std::string_view value) {
     constexpr auto before = R"({"system":{"caps":{"k":)"sv;
     const std::string whole = complaint(std::format("{}{}}}}}}}", before, value));
@@ -49,7 +49,7 @@ std::string value_complaint(std::string_view value) {
     return std::format("{}{}", std::stoul(whole.substr(2)) - before.size(), whole.substr(colon));
 }
 
-// The one value of a map, or nothing when it was refused.
+// Returns the only value of a map, or nothing if it was rejected.
 struct loaded_value {
     snapshot::loaded snapshot;
     const snapshot::value* value = nullptr;
@@ -84,7 +84,7 @@ bool is_double(std::string_view written, double expected) {
 
 // --- The document -------------------------------------------------------------------------------
 
-TEST(document, takes_every_member_and_any_of_them_left_out) {
+TEST(document, reads_every_member_and_requires_none) {
     for (
         const auto text : {
             R"({})"sv,
@@ -108,7 +108,7 @@ TEST(document, takes_every_member_and_any_of_them_left_out) {
     }
 }
 
-TEST(document, keeps_what_is_left_out_apart) {
+TEST(document, distinguishes_left_out_answers) {
     const auto loaded = load(R"({"mode":{},"stream":{"all":[{"info":{}}]}})");
     ASSERT_TRUE(loaded) << loaded.error();
     const snapshot::answers& doc = **loaded;
@@ -121,7 +121,7 @@ TEST(document, keeps_what_is_left_out_apart) {
     EXPECT_TRUE(std::holds_alternative<snapshot::left_out>(stream.settings));
 }
 
-TEST(document, refuses_what_is_not_listed) {
+TEST(document, rejects_unknown_members) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {R"({"systems":{}})", "1:2: unknown member 'systems'"},
         {R"({"$error":"x"})", "1:2: unknown member '$error'"},
@@ -148,7 +148,7 @@ TEST(document, refuses_what_is_not_listed) {
     }
 }
 
-TEST(document, refuses_a_member_given_twice) {
+TEST(document, rejects_a_duplicate_member) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {R"({"mode":{},"system":{},"mode":{}})", "1:24: duplicate member 'mode'"},
         {R"({"system":{"caps":{},"caps":{}}})", "1:22: duplicate member 'caps'"},
@@ -159,7 +159,7 @@ TEST(document, refuses_a_member_given_twice) {
          "1:39: duplicate member 'filtered'"},
         {R"({"input":{"all":[{"$error":"x","$error":"x"}]}})", "1:32: duplicate member '$error'"},
         {R"({"formats":{"a":1,"b":2,"a":3}})", "1:25: duplicate member 'a'"},
-        // In maps, whatever the order, and the first repetition in the text is named.
+        // In maps, in any order: the complaint is about the first repetition in the text.
         {R"({"system":{"caps":{"a":1,"a":2}}})", "1:26: duplicate member 'a'"},
         {R"({"system":{"caps":{"b":1,"a":2,"c":3,"b":4,"a":5}}})", "1:38: duplicate member 'b'"},
         {R"({"system":{"caps":{"b":1,"a":2,"a":3,"a":4}}})", "1:32: duplicate member 'a'"},
@@ -177,7 +177,7 @@ TEST(document, refuses_a_member_given_twice) {
     }
 }
 
-TEST(document, refuses_an_id_given_twice) {
+TEST(document, rejects_a_duplicate_id) {
     EXPECT_EQ(complaint(R"({"stream":{"all":[{"id":3},{"id":0},{"id":3}]}})"),
               "1:43: id 3 is recorded twice");
     EXPECT_EQ(complaint(R"({"channel":{"all":[{"id":0},{"id":0}]}})"),
@@ -190,7 +190,7 @@ TEST(document, refuses_an_id_given_twice) {
               "1:40: id 5 is recorded twice");
 }
 
-TEST(document, takes_streams_without_an_id_or_with_zero) {
+TEST(document, accepts_several_streams_without_an_id_or_with_0) {
     EXPECT_EQ(complaint(R"({"stream":{"all":[{"id":0},{},{"id":0},{"id":1},{}]}})"), "");
 }
 
@@ -205,7 +205,7 @@ TEST(document, gives_a_channel_without_an_id_the_id_zero) {
     EXPECT_EQ(complaint(R"({"channel":{"filtered":[{"id":7},{},{}]}})"), "1:37: "s + twice);
 }
 
-TEST(document, needs_the_id_of_an_input_and_an_output) {
+TEST(document, requires_the_id_of_an_input_and_an_output) {
     EXPECT_EQ(complaint(R"({"input":{"all":[{"id":1}, {}]}})"),
               "1:28: expected an input (an object) with an id");
     EXPECT_EQ(complaint(R"({"input":{"all":[{"info":{}}]}})"),
@@ -216,7 +216,7 @@ TEST(document, needs_the_id_of_an_input_and_an_output) {
               "2:2: expected an output (an object) with an id");
 }
 
-TEST(document, refuses_the_wrong_kind_of_value) {
+TEST(document, rejects_values_of_a_wrong_kind) {
     constexpr auto id = "expected a whole number from 0 to 4294967295";
     const std::vector<std::pair<std::string, std::string>> cases{
         {R"([])", "1:1: expected a snapshot (an object), found '['"},
@@ -288,7 +288,7 @@ std::string failure_of(const answer<T>& is) {
     return fails ? fails->message : "(no failure)";
 }
 
-TEST(failure, stands_in_the_place_of_any_answer) {
+TEST(failure, can_replace_any_answer) {
     const auto loaded = load(R"({
         "system": {"$error": "system"}, "mode": {"$error": "mode"},
         "stream": {"debug": {"$error": "debug"}, "quota": {"$error": "quota"},
@@ -336,7 +336,7 @@ TEST(failure, stands_in_the_place_of_any_answer) {
                  "output 0");
 }
 
-TEST(failure, in_a_map_is_only_exactly_that_form) {
+TEST(failure, in_a_map_has_exactly_that_form) {
     const auto caps = [](std::string_view map) -> std::string {
         const auto loaded = load(std::format(R"({{"system":{{"caps":{}}}}})", map));
         if (!loaded) {
@@ -360,7 +360,7 @@ TEST(failure, in_a_map_is_only_exactly_that_form) {
     EXPECT_EQ(caps(R"({"$errors":"no"})"), R"({"$errors":"no"})");
 }
 
-TEST(failure, is_an_ordinary_property_of_a_channel) {
+TEST(failure, is_an_ordinary_entry_in_properties) {
     const auto loaded = load(R"({"channel":{"all":[{"properties":{"$error":"x"}}]}})");
     ASSERT_TRUE(loaded) << loaded.error();
     const auto& channel = std::get<std::vector<snapshot::channel_record>>((*loaded)->channels)[0];
@@ -402,7 +402,7 @@ TEST(failure, has_no_other_member_in_any_order) {
     }
 }
 
-TEST(failure, of_an_input_or_an_output_has_nothing_beside_it_but_the_id) {
+TEST(failure, of_an_input_or_output_has_no_other_member_but_the_id) {
     constexpr auto alone = "beside a failure stands the id and nothing else";
     EXPECT_EQ(complaint(R"({"input":{"all":[{"id":1,"$error":"x","info":{}}]}})"),
               "1:39: "s + alone);
@@ -443,7 +443,7 @@ TEST(failure, has_no_other_member_elsewhere) {
 
 // --- Values -------------------------------------------------------------------------------------
 
-TEST(value, takes_its_kind_from_its_form) {
+TEST(value, has_the_kind_of_its_form) {
     EXPECT_TRUE(is_value("true", true));
     EXPECT_TRUE(is_value("false", false));
     EXPECT_TRUE(is_value(R"("")", ""sv));
@@ -487,7 +487,7 @@ TEST(value, reads_doubles_correctly_rounded) {
     EXPECT_TRUE(is_double("-1e-99999999999999999999", -0.0));
     EXPECT_TRUE(is_double("0e99999999999999999999", 0.0));
     EXPECT_TRUE(is_double("2.2250738585072011e-308", 2.2250738585072011e-308));
-    // Halfway between two doubles, and just beside it: the even one, then the nearer one.
+    // Halfway between two doubles, and next to it: the even one, then the nearer one.
     EXPECT_TRUE(is_double("9007199254740993.0", 9007199254740992.0));
     EXPECT_TRUE(is_double("9007199254740993.00000000000000000000000000000001", 9007199254740994.0));
     EXPECT_TRUE(is_double("0." + std::string(400, '0') + "1e401", 1.0));
@@ -507,7 +507,7 @@ TEST(value, reads_doubles_correctly_rounded) {
     }
 }
 
-TEST(value, takes_a_string_by_its_bytes) {
+TEST(value, keeps_the_bytes_of_a_string) {
     EXPECT_TRUE(is_value(R"({"bytes":""})", ""sv));
     EXPECT_TRUE(is_value(R"({"bytes":"6fff"})", "o\xFF"sv));
     EXPECT_TRUE(is_value(R"({"bytes":"01090a7f80c3e9fe"})", "\x01\t\n\x7f\x80\xC3\xE9\xFE"sv));
@@ -515,7 +515,7 @@ TEST(value, takes_a_string_by_its_bytes) {
     EXPECT_TRUE(is_value(R"({"bytes":"c3a9"})", "\xC3\xA9"sv));
 }
 
-// The JSON of another kind, as the map keeps it.
+// Returns the JSON text of a value of another kind.
 std::string other(std::string_view written) {
     const auto value = load_value(std::format(R"({{"other":{}}})", written));
     const auto json = value.as<snapshot::other>();
@@ -553,7 +553,7 @@ TEST(value, keeps_the_tokens_of_another_kind) {
     }
 }
 
-TEST(value, leaves_out_the_blanks_and_comments_of_another_kind) {
+TEST(value, drops_blanks_and_comments_of_another_kind) {
     EXPECT_EQ(other("\t[ 1 ,\n\r 2 , [ ] , { } ] "), "[1,2,[],{}]");
     EXPECT_EQ(other("{ \"a b\" : { \"c\" : \" d \" } , \"e\":-1.0 }"),
               R"({"a b":{"c":" d "},"e":-1.0})");
@@ -562,7 +562,7 @@ TEST(value, leaves_out_the_blanks_and_comments_of_another_kind) {
               R"([1,"// no"])");
 }
 
-TEST(value, keeps_another_kind_up_to_a_depth_that_readers_of_reports_follow) {
+TEST(value, limits_the_depth_of_another_kind) {
     const auto nested = [](std::size_t levels) {
         std::string text;
         for (std::size_t i = 0; i < levels; ++i) {
@@ -581,7 +581,7 @@ TEST(value, keeps_another_kind_up_to_a_depth_that_readers_of_reports_follow) {
               "266: more than 256 levels of nesting");
 }
 
-TEST(value, refuses_another_kind_that_is_not_json) {
+TEST(value, rejects_another_kind_that_is_not_json) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"", "10: expected a JSON value, found '}'"},
         {"nul", "10: expected a JSON value, found 'n'"},
@@ -643,7 +643,7 @@ TEST(value, reads_doubles_of_every_exponent_as_the_library_does) {
     }
 }
 
-TEST(value, refuses_every_other_form) {
+TEST(value, rejects_every_other_form) {
     constexpr auto number = "1: this is not a JSON number";
     constexpr auto value = "1: expected a map value";
     const std::vector<std::pair<std::string, std::string>> cases{
@@ -724,7 +724,7 @@ TEST(value, refuses_every_other_form) {
     }
 }
 
-TEST(value, properties_are_values_like_any_other) {
+TEST(value, can_be_a_property) {
     EXPECT_EQ(complaint(R"({"channel":{"all":[{"properties":{"a":null}}]}})"),
               "1:39: expected a map value, found 'n'");
 }
@@ -740,8 +740,8 @@ TEST(string, decodes_every_escape) {
     EXPECT_TRUE(is_value(R"("// no comment /* either */")", "// no comment /* either */"sv));
 }
 
-// Whatever stands around it, in whatever part of a word of the processor.
-TEST(string, ends_at_its_quote_wherever_that_stands) {
+// With any bytes around it, at any offset in a machine word.
+TEST(string, ends_at_its_quote_at_any_alignment) {
     for (std::size_t size = 0; size < 40; ++size) {
         for (const char c : {'a', '!', '\x7f', '#', ']', '['}) {
             const std::string text(size, c);
@@ -776,7 +776,7 @@ TEST(string, is_followed_by_a_nul) {
     }
 }
 
-TEST(string, refuses_what_json_refuses) {
+TEST(string, rejects_invalid_json_strings) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"\"a\tb\"", "3: a string holds this control character only as an escape"},
         {"\"a\x1f\"", "3: a string holds this control character only as an escape"},
@@ -811,7 +811,7 @@ TEST(string, refuses_what_json_refuses) {
 
 // --- Text ---------------------------------------------------------------------------------------
 
-TEST(text, refuses_broken_syntax) {
+TEST(text, rejects_invalid_syntax) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"{", "1:2: expected a member name, found the end of the file"},
         {" \n ", "2:2: expected a snapshot (an object), found the end of the file"},
@@ -841,13 +841,13 @@ TEST(text, counts_lines_and_bytes) {
     EXPECT_EQ(complaint("{\"mode\":{\"info\":{\"\xC3\xA9\":1,\"x\":null}}}"),
               "1:29: expected a map value, found 'n'");
     EXPECT_EQ(complaint("{\r\n\t\"x\":1}"), "2:2: unknown member 'x'");
-    // Decoded line breaks and closed strings move nothing.
+    // Decoded line breaks and closed strings change no place.
     EXPECT_EQ(complaint("{\"mode\":{\"info\":{\"a\\n\\n\":\"\\n\",\"b\":\"c\",\n\"x\":null}}}"),
               "2:5: expected a map value, found 'n'");
     EXPECT_EQ(complaint("// one\n/* two\nthree */ {\"x\":1}"), "3:11: unknown member 'x'");
 }
 
-TEST(text, takes_comments) {
+TEST(text, can_have_comments) {
     for (const auto text :
          {"//\n{}"sv, "/**/{}"sv, "/***/{}"sv, "/* **/{}"sv, "{}//"sv, "{}// end"sv, "{/*}*/}"sv,
           "{\"mode\"/*a*/:/*b*/{/*c*/}/*d*/,//e\n\"system\":{}}"sv, "// \xC3\xA9 \"\n{}"sv,
@@ -857,7 +857,7 @@ TEST(text, takes_comments) {
     }
 }
 
-TEST(text, refuses_broken_comments) {
+TEST(text, rejects_invalid_comments) {
     EXPECT_EQ(complaint("{}/*"), "1:3: this comment is not closed");
     EXPECT_EQ(complaint("{}/*/"), "1:3: this comment is not closed");
     EXPECT_EQ(complaint("{\n /* a\n b"), "2:2: this comment is not closed");
@@ -869,18 +869,18 @@ TEST(text, refuses_broken_comments) {
               "1:9: a string holds this control character only as an escape");
 }
 
-TEST(text, refuses_a_byte_order_mark) {
+TEST(text, rejects_a_byte_order_mark) {
     EXPECT_EQ(complaint("\xEF\xBB\xBF{}"), "1:1: the text begins with a byte order mark");
 }
 
-TEST(text, refuses_nul_bytes) {
+TEST(text, rejects_nul_bytes) {
     EXPECT_EQ(complaint("{}\0"sv), "1:3: this is a NUL byte");
     EXPECT_EQ(complaint("\0"sv), "1:1: this is a NUL byte");
     EXPECT_EQ(complaint("{\"mode\":{\"info\":{\"a\0b\":1}}}"sv), "1:20: this is a NUL byte");
     EXPECT_EQ(complaint("// \0\n{}"sv), "1:4: this is a NUL byte");
 }
 
-TEST(text, refuses_invalid_utf8) {
+TEST(text, rejects_invalid_utf8) {
     const std::vector<std::string> bad{
         "\x80",
         "\xBF",
@@ -908,7 +908,7 @@ TEST(text, refuses_invalid_utf8) {
     EXPECT_EQ(complaint("\xFF\xFE{\0}\0"sv.substr(0, 3)), "1:1: this is not valid UTF-8");
 }
 
-TEST(text, refuses_deep_nesting_at_its_second_level) {
+TEST(text, rejects_deep_nesting_at_its_second_level) {
     EXPECT_EQ(complaint(std::string(1'000'000, '[')),
               "1:1: expected a snapshot (an object), found '['");
     EXPECT_EQ(value_complaint(std::string(1'000'000, '[')),

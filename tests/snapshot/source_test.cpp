@@ -1,4 +1,4 @@
-// Where the client looks for its snapshot, and how it reads what is there.
+// Where our client library finds its snapshot, and how it reads it.
 #include "snapshot/source.h"
 
 #include <fcntl.h>
@@ -34,7 +34,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// What is wrong with what `path` gives, without the path; "" when nothing is.
+// Returns the complaint about the snapshot at `path`, without the path, or "".
 std::string complaint(const std::string& path, const snapshot::source_limits& limits = {}) {
     const auto loaded = snapshot::load(path, limits);
     if (loaded) {
@@ -44,10 +44,10 @@ std::string complaint(const std::string& path, const snapshot::source_limits& li
     return loaded.error().substr(path.size() + 1);
 }
 
-// Whoever reads may leave before whoever writes is through.
+// The reader may close its end before the writer is finished.
 const auto sigpipe_before = signal(SIGPIPE, SIG_IGN);
 
-// Returns false when nobody reads on.
+// Returns false if the reader has closed its end.
 bool send_all(int to, std::string_view text) {
     while (!text.empty()) {
         const ssize_t sent = write(to, text.data(), text.size());
@@ -66,8 +66,8 @@ void send_slowly(int to, std::string_view text, std::chrono::milliseconds pause)
     }
 }
 
-// While it lives, the current directory. Its files are found there even by users who may not search
-// the directories above it.
+// The current directory as long as it exists. Its files can be opened even by users who may not
+// search the directories above it.
 class current_directory {
   public:
     explicit current_directory(const std::filesystem::path& now)
@@ -82,7 +82,7 @@ class current_directory {
     std::filesystem::path before_;
 };
 
-// The time that a call took.
+// Returns the time that a call takes.
 std::chrono::milliseconds time_of(const std::function<void()>& call) {
     const auto begin = std::chrono::steady_clock::now();
     call();
@@ -92,7 +92,7 @@ std::chrono::milliseconds time_of(const std::function<void()>& call) {
 
 // --- Files --------------------------------------------------------------------------------------
 
-TEST(file, says_why_it_cannot_be_read) {
+TEST(file, reports_why_it_cannot_be_read) {
     const snapshot_file file;
     EXPECT_EQ(complaint(file.path()), " No such file or directory");
     EXPECT_EQ(complaint(file.directory()), " is a directory");
@@ -103,7 +103,7 @@ TEST(file, says_why_it_cannot_be_read) {
     EXPECT_EQ(complaint(file.path() + "/x"), " Not a directory");
 }
 
-TEST(file, needs_permission) {
+TEST(file, requires_permission) {
     const snapshot_file file("{}");
     ASSERT_EQ(chmod(file.directory().c_str(), 0755), 0);
     const current_directory inside(file.directory());
@@ -127,7 +127,7 @@ TEST(file, is_at_most_128_mib) {
               " is 134217729 bytes long, more than the 134217728 of a snapshot");
     std::filesystem::resize_file(file.path(), 134217728);
     EXPECT_EQ(complaint(file.path()), "1:3: this is a NUL byte");
-    // Of these lengths, 32 bits hold 2, and none.
+    // In 32 bits, these lengths would be 2 and 0.
     ASSERT_EQ(truncate(file.path().c_str(), 4294967298), 0);
     EXPECT_EQ(complaint(file.path()),
               " is 4294967298 bytes long, more than the 134217728 of a snapshot");
@@ -136,7 +136,7 @@ TEST(file, is_at_most_128_mib) {
               " is 2147483648 bytes long, more than the 134217728 of a snapshot");
 }
 
-TEST(file, is_of_any_date_that_a_time_can_be) {
+TEST(file, can_have_any_time_of_modification) {
     const snapshot_file file("{}");
     ASSERT_EQ(
         run({.executable = "/usr/bin/touch", .argv = {"touch", "--date=@4294967296", file.path()}}),
@@ -145,7 +145,7 @@ TEST(file, is_of_any_date_that_a_time_can_be) {
               sizeof(time_t) == 4 ? " Value too large for defined data type" : "");
 }
 
-// Waiting for these to be over takes a minute: the tests below wait for shorter ones.
+// Waiting for these takes a minute. The tests below have shorter limits.
 TEST(source_limits, are_128_mib_and_half_a_minute) {
     using namespace std::chrono_literals;
     const snapshot::source_limits limits;
@@ -164,7 +164,7 @@ TEST(file, is_read_through_a_link) {
 
 // --- FIFOs and character devices ----------------------------------------------------------------
 
-// A FIFO into which a thread writes.
+// A FIFO to which a thread writes.
 class fifo {
   public:
     explicit fifo(std::function<void(int to)> writer) : writer_(std::move(writer)) {
@@ -176,7 +176,7 @@ class fifo {
         });
     }
     ~fifo() {
-        // Whoever did not read leaves the writer waiting.
+        // If nobody opened it for reading, the writer is still waiting.
         const int from = open(path().c_str(), O_RDONLY | O_NONBLOCK);
         thread_.join();
         close(from);
@@ -190,7 +190,7 @@ class fifo {
     std::thread thread_;
 };
 
-TEST(fifo, is_read_until_its_writer_closes_it) {
+TEST(fifo, is_read_until_the_writer_closes_it) {
     const fifo at_once([](int to) { send_all(to, R"({"mode": {}})"); });
     EXPECT_EQ(complaint(at_once.path()), "");
     const fifo in_parts([](int to) {
@@ -205,7 +205,7 @@ TEST(fifo, is_read_until_its_writer_closes_it) {
     EXPECT_EQ(complaint(much.path()), "");
 }
 
-TEST(fifo, is_waited_for_until_somebody_opens_it) {
+TEST(fifo, is_read_once_a_writer_opens_it) {
     const temp_directory directory;
     const std::string path = directory.path() + "/fifo";
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
@@ -219,20 +219,20 @@ TEST(fifo, is_waited_for_until_somebody_opens_it) {
     late.join();
 }
 
-TEST(fifo, says_what_is_wrong_with_what_came) {
+TEST(fifo, reports_errors_in_its_text) {
     const fifo nothing([](int) {});
     EXPECT_EQ(complaint(nothing.path()), " the file is empty");
     const fifo half([](int to) { send_all(to, "{\n\"mode\": {"); });
     EXPECT_EQ(complaint(half.path()), "2:10: expected a member name, found the end of the file");
 }
 
-TEST(fifo, may_be_silent_for_a_while_and_no_longer) {
+TEST(fifo, can_be_silent_for_a_limited_time) {
     const temp_directory directory;
     const std::string path = directory.path() + "/fifo";
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     EXPECT_EQ(complaint(path, {.pipe_silence = 50ms}), " no byte came for 0.05 seconds");
 
-    // Nobody is in a hurry as long as something comes.
+    // The time begins again with each byte.
     const fifo slow([](int to) { send_slowly(to, "{" + std::string(60, ' ') + "}", 20ms); });
     EXPECT_EQ(complaint(slow.path(),
                         {.socket_silence = 1ms, .socket_total = 1ms, .pipe_silence = 1000ms}),
@@ -268,7 +268,7 @@ sockaddr_un address_of(std::string_view path) {
     return address;
 }
 
-// Returns a socket of that name, on which nobody listens yet.
+// Returns a socket of that name that does not listen yet.
 int bound_socket(const std::string& path, int type = SOCK_STREAM) {
     const int made = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
     const sockaddr_un address = address_of(path);
@@ -277,7 +277,7 @@ int bound_socket(const std::string& path, int type = SOCK_STREAM) {
     return made;
 }
 
-// Whoever connects is answered by a function of the test.
+// A listener that calls a function for each connection.
 class listener {
   public:
     explicit listener(std::function<void(int to)> answer, const std::string& path = "")
@@ -309,7 +309,7 @@ class listener {
     std::thread thread_;
 };
 
-TEST(listener, answers_each_connection_with_a_snapshot) {
+TEST(listener, sends_a_snapshot_over_each_connection) {
     int asked = 0;
     const listener service([&](int to) {
         send_all(to, R"({"stream": {"quota": {"asked": )");
@@ -327,7 +327,7 @@ TEST(listener, answers_each_connection_with_a_snapshot) {
     EXPECT_EQ(complaint(much.path()), "");
 }
 
-TEST(listener, may_refuse_every_connection) {
+TEST(listener, can_reject_every_connection) {
     const socket_directory directory;
     const std::string path = directory.path() + "/sock";
     const int unused = bound_socket(path);
@@ -336,14 +336,14 @@ TEST(listener, may_refuse_every_connection) {
     EXPECT_EQ(complaint(path), " Connection refused");
 }
 
-TEST(listener, may_speak_another_language) {
+TEST(listener, can_use_another_protocol) {
     const socket_directory directory;
     const int other = bound_socket(directory.path() + "/sock", SOCK_DGRAM);
     EXPECT_EQ(complaint(directory.path() + "/sock"), " Protocol wrong type for socket");
     close(other);
 }
 
-TEST(listener, needs_permission) {
+TEST(listener, requires_permission) {
     const listener service([](int to) { send_all(to, "{}"); });
     ASSERT_EQ(chmod(service.path().c_str(), 0), 0);
     const bool root = geteuid() == 0;
@@ -357,7 +357,7 @@ TEST(listener, needs_permission) {
     }
 }
 
-TEST(listener, has_a_short_path) {
+TEST(listener, requires_a_short_path) {
     const temp_directory directory;
     const std::string deep = directory.path() + "/" + std::string(100, 'd');
     std::filesystem::create_directory(deep);
@@ -368,7 +368,7 @@ TEST(listener, has_a_short_path) {
     close(made);
 }
 
-TEST(listener, may_say_nothing) {
+TEST(listener, can_be_silent_for_a_limited_time) {
     const listener silent([](int to) {
         pollfd gone{to, POLLRDHUP, 0};
         poll(&gone, 1, 10'000);
@@ -382,7 +382,7 @@ TEST(listener, may_say_nothing) {
     EXPECT_EQ(complaint(stops.path(), {.socket_silence = 100ms}), " no byte came for 0.1 seconds");
 }
 
-TEST(listener, may_take_only_so_long_in_all) {
+TEST(listener, has_a_limited_total_time) {
     const listener slow([](int to) { send_slowly(to, "{" + std::string(1000, ' '), 10ms); });
     const auto took = time_of([&] {
         EXPECT_EQ(complaint(slow.path(), {.socket_silence = 5s, .socket_total = 200ms}),
@@ -392,14 +392,14 @@ TEST(listener, may_take_only_so_long_in_all) {
     EXPECT_LT(took, 5s);
 }
 
-TEST(listener, may_stop_in_the_middle) {
+TEST(listener, can_close_the_connection_early) {
     const listener half([](int to) { send_all(to, R"({"mode": {"info": {"a")"); });
     EXPECT_EQ(complaint(half.path()), "1:23: expected ':', found the end of the file");
     const listener nothing([](int) {});
     EXPECT_EQ(complaint(nothing.path()), " the file is empty");
 }
 
-TEST(listener, may_be_too_busy_to_accept) {
+TEST(listener, can_be_too_busy_to_accept) {
     const socket_directory directory;
     const std::string path = directory.path() + "/sock";
     const int busy = bound_socket(path);
@@ -413,7 +413,7 @@ TEST(listener, may_be_too_busy_to_accept) {
     close(busy);
 }
 
-TEST(listener, may_send_without_end) {
+TEST(listener, can_send_without_end) {
     const listener endless([](int to) {
         const std::string blanks(65536, ' ');
         while (send_all(to, blanks)) {
@@ -424,7 +424,7 @@ TEST(listener, may_send_without_end) {
 
 // --- Standard input -----------------------------------------------------------------------------
 
-// While it lives, standard input is what it was given.
+// Replaces standard input as long as it exists.
 class standard_input {
   public:
     explicit standard_input(int from) : before_(dup(STDIN_FILENO)) { dup2(from, STDIN_FILENO); }
@@ -439,7 +439,7 @@ class standard_input {
     int before_;
 };
 
-TEST(standard_input, may_be_a_pipe) {
+TEST(standard_input, can_be_a_pipe) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     const standard_input input(ends[0]);
@@ -454,7 +454,7 @@ TEST(standard_input, may_be_a_pipe) {
     close(ends[0]);
 }
 
-TEST(standard_input, may_be_a_socket_that_is_read) {
+TEST(standard_input, can_be_a_socket) {
     int ends[2];
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
     const standard_input input(ends[0]);
@@ -470,7 +470,7 @@ TEST(standard_input, may_be_a_socket_that_is_read) {
     close(ends[1]);
 }
 
-TEST(standard_input, that_is_a_socket_has_the_limits_of_a_pipe) {
+TEST(standard_input, has_the_limits_of_a_pipe_if_it_is_a_socket) {
     int ends[2];
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
     const standard_input input(ends[0]);
@@ -484,8 +484,7 @@ TEST(standard_input, that_is_a_socket_has_the_limits_of_a_pipe) {
 
 // --- The place ----------------------------------------------------------------------------------
 
-// Runs `look` where /run is empty, in a process of its own. Returns false when nobody may do that
-// here.
+// Runs `look` in a process with an empty /run. Returns false if that is not permitted.
 bool with_a_run_of_its_own(const std::function<void()>& look) {
     const pid_t child = fork();
     if (child == 0) {
@@ -509,7 +508,7 @@ std::string peak() {
         .out.substr(0, sizeof "MaxBufferBytes=N" - 1);
 }
 
-TEST(place, is_the_usual_socket_when_there_is_one_and_the_usual_file_otherwise) {
+TEST(place, is_the_default_socket_if_it_exists_otherwise_the_default_file) {
     const bool ran = with_a_run_of_its_own([] {
         EXPECT_EQ(peak(), "MaxBufferBytes=-");
         std::filesystem::create_symlink("snapshot.json", "/run/oru/snapshot.sock");
@@ -526,7 +525,7 @@ TEST(place, is_the_usual_socket_when_there_is_one_and_the_usual_file_otherwise) 
                 "/run/oru/snapshot.sock");
             EXPECT_EQ(peak(), "MaxBufferBytes=2");
         }
-        // It is still there, and hides the file.
+        // It still exists and has precedence over the file.
         EXPECT_EQ(peak(), "MaxBufferBytes=-");
         EXPECT_EQ(
             run({.executable = program("oru-serverreport-tool"),
@@ -536,17 +535,17 @@ TEST(place, is_the_usual_socket_when_there_is_one_and_the_usual_file_otherwise) 
         EXPECT_EQ(peak(), "MaxBufferBytes=1");
     });
     if (!ran) {
-        GTEST_SKIP() << "a /run of its own cannot be had here";
+        GTEST_SKIP() << "no permission for a separate /run";
     }
 }
 
-// Who may start a program with more rights than they have does not choose what it reads.
-TEST(place, the_environment_names_none_to_a_program_with_more_rights) {
+// A user who starts a program with more rights must not choose what it reads.
+TEST(place, is_not_taken_from_the_environment_by_a_privileged_program) {
     const temp_directory scratch;
     struct statvfs system{};
     ASSERT_EQ(statvfs(scratch.path().c_str(), &system), 0);
     if (geteuid() != 0 || (system.f_flag & ST_NOSUID) != 0) {
-        GTEST_SKIP() << "only root can make such a program, and not on every file system";
+        GTEST_SKIP() << "only root can create such a program, and not on every file system";
     }
     const std::string copy = scratch.path() + "/oru-tlm-tool";
     std::filesystem::copy_file(program("oru-tlm-tool"), copy);
@@ -558,7 +557,7 @@ TEST(place, the_environment_names_none_to_a_program_with_more_rights) {
                        .environment = {"ORU_SNAPSHOT=snapshot.json"}};
     ASSERT_TRUE(run(what).out.starts_with("MaxBufferBytes=7\n"));
 
-    // Whoever it runs as may read the snapshot.
+    // Any user may read the snapshot.
     ASSERT_EQ(chmod(scratch.path().c_str(), 0755), 0);
     ASSERT_EQ(chmod(snapshot.c_str(), 0644), 0);
     ASSERT_EQ(chown(copy.c_str(), 65534, 65534), 0);

@@ -12,7 +12,7 @@ namespace {
 using namespace snapshot;
 using namespace std::string_view_literals;
 
-TEST(writer, writes_a_member_a_line_and_leaves_out_what_is_left_out) {
+TEST(writer, writes_one_member_a_line_and_omits_left_out_answers) {
     EXPECT_EQ(write(answers{}), "{}\n");
 
     answers all;
@@ -96,7 +96,7 @@ TEST(writer, writes_a_member_a_line_and_leaves_out_what_is_left_out) {
 )");
 }
 
-// Returns how a value is written.
+// Returns the form of a value.
 std::string form(const value& held) {
     const entry entries[] = {{"key", held}};
     answers all;
@@ -123,7 +123,7 @@ TEST(form_of_a_value, is_the_shortest_that_preserves_the_kind) {
     EXPECT_EQ(form(other{"[1,2]"}), R"({ "other": [1,2] })");
 }
 
-TEST(form_of_a_value, shows_that_a_double_is_one) {
+TEST(form_of_a_value, distinguishes_a_double) {
     EXPECT_EQ(form(60.0), "60.0");
     EXPECT_EQ(form(0.0), "0.0");
     EXPECT_EQ(form(-0.0), "-0.0");
@@ -142,7 +142,7 @@ TEST(form_of_a_value, shows_that_a_double_is_one) {
     EXPECT_EQ(form(-inf), R"({ "double": "-inf" })");
 }
 
-TEST(form_of_a_value, escapes_what_json_cannot_hold_in_a_text) {
+TEST(form_of_a_value, escapes_characters_that_json_requires_it_of) {
     EXPECT_EQ(form(""sv), R"("")");
     EXPECT_EQ(form("plain /text"sv), R"("plain /text")");
     EXPECT_EQ(form("\"\\\b\f\n\r\t"sv), R"("\"\\\b\f\n\r\t")");
@@ -150,7 +150,7 @@ TEST(form_of_a_value, escapes_what_json_cannot_hold_in_a_text) {
     EXPECT_EQ(form("café 🎥 \u0080"sv), "\"café 🎥 \u0080\"");
 }
 
-TEST(form_of_a_value, gives_the_bytes_of_a_text_that_is_not_utf8) {
+TEST(form_of_a_value, is_bytes_for_a_text_that_is_not_utf8) {
     EXPECT_EQ(form("o\xff"sv), R"({ "bytes": "6fff" })");
     EXPECT_EQ(form("\x01\xed\xa0\x80"sv), R"({ "bytes": "01eda080" })");
     EXPECT_EQ(form("\xc0\xaf"sv), R"({ "bytes": "c0af" })");

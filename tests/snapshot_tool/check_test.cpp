@@ -22,7 +22,7 @@ TEST(check, reads_every_file) {
               ended(1, "", "--help: No such file or directory\n"));
 }
 
-TEST(check, needs_a_file) {
+TEST(check, requires_a_file) {
     const result got = oru_snapshot({"check"});
     EXPECT_EQ(got.status, 2);
     EXPECT_TRUE(got.err.starts_with("Usage: oru-snapshot check FILE...\n")) << got;
@@ -38,8 +38,8 @@ TEST(check, reads_standard_input) {
               ended(1, good + ": ok\n", "/dev/stdin:2:2: unknown member 'info'\n"));
 }
 
-// What a shell hands over: the other end of a pipe.
-TEST(check, reads_what_another_program_writes) {
+// A shell passes such a path to the end of a pipe.
+TEST(check, reads_a_pipe_from_another_program) {
     const temp_directory scratch;
     const auto shell = [&](const std::string& script) {
         return run({.executable = "/bin/bash",
@@ -56,7 +56,7 @@ TEST(check, reads_what_another_program_writes) {
     EXPECT_EQ(shell("true | \"$0\" check -"), ended(1, "", "/dev/stdin: the file is empty\n"));
 }
 
-TEST(check, says_when_its_output_is_lost) {
+TEST(check, fails_if_its_output_is_lost) {
     const temp_directory scratch;
     const std::string good = scratch.write("good.json", "{}");
     const std::string bad = scratch.write("bad.json", "");
@@ -65,12 +65,12 @@ TEST(check, says_when_its_output_is_lost) {
         ended(1, "", "oru-snapshot: cannot write to standard output: No space left on device\n"));
     EXPECT_EQ(oru_snapshot({"check", good}, {.stdout_to = closed_stream}),
               ended(1, "", "oru-snapshot: cannot write to standard output: Bad file descriptor\n"));
-    // Nothing was to be written there.
+    // Without output nothing can be lost.
     EXPECT_EQ(oru_snapshot({"check", bad}, {.stdout_to = "/dev/full"}),
               ended(1, "", bad + ": the file is empty\n"));
 }
 
-TEST(check, finds_nothing_wrong_with_the_examples) {
+TEST(check, accepts_the_examples) {
     std::vector<std::string> arguments{"check"};
     std::string expected;
     for (const auto& file : std::filesystem::directory_iterator(ORU_EXAMPLES_DIR)) {

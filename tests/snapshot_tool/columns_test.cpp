@@ -8,7 +8,7 @@ namespace {
 
 using namespace snapshot_tool;
 
-TEST(columns, count_what_a_terminal_shows) {
+TEST(columns, are_counted_as_on_a_terminal) {
     EXPECT_EQ(columns_of(""), 0U);
     EXPECT_EQ(columns_of("recorder"), 8U);
     EXPECT_EQ(columns_of("café"), 4U);
@@ -17,7 +17,7 @@ TEST(columns, count_what_a_terminal_shows) {
     EXPECT_EQ(columns_of("\U0001f3a5 live"), 7U);
 }
 
-TEST(columns, cut_only_what_is_longer) {
+TEST(columns, cut_longer_texts_only) {
     EXPECT_EQ(cut_to(8, "recorder"), "recorder");
     EXPECT_EQ(cut_to(7, "recorder"), "record…");
     EXPECT_EQ(cut_to(1, "recorder"), "…");

@@ -1,5 +1,5 @@
-// What is shown, drawn and counted of the examples, compared with golden files that were read line
-// by line when they were made, and of FILE arguments.
+// The output of show, graph and metrics for the examples, compared with golden files, which were
+// checked line by line when they were made.
 
 #include <filesystem>
 #include <fstream>
@@ -30,13 +30,13 @@ class each_command : public testing::TestWithParam<const char*> {
     }
 };
 
-TEST_P(each_command, tells_of_the_examples) {
+TEST_P(each_command, prints_the_examples) {
     for (const char* name : {"two-input-encoder", "failing-device"}) {
         EXPECT_EQ(oru_snapshot({GetParam(), example(name)}), ended(0, golden(name)));
     }
 }
 
-TEST_P(each_command, tells_of_a_file_in_place_of_the_service) {
+TEST_P(each_command, prints_a_file_instead_of_the_service) {
     command streams{.environment = {"ORU_SNAPSHOT=" + example("failing-device")}};
     EXPECT_EQ(oru_snapshot({GetParam()}, streams), ended(0, golden("failing-device")));
     EXPECT_EQ(oru_snapshot({GetParam(), example("two-input-encoder")}, streams),
@@ -45,7 +45,7 @@ TEST_P(each_command, tells_of_a_file_in_place_of_the_service) {
     EXPECT_EQ(oru_snapshot({GetParam(), "-"}, streams), ended(0, golden("two-input-encoder")));
 }
 
-TEST_P(each_command, needs_the_name_of_a_file) {
+TEST_P(each_command, requires_a_file_name_that_is_not_empty) {
     EXPECT_EQ(oru_snapshot({GetParam(), ""}),
               ended(2, "", "oru-snapshot: the name of FILE is empty\n"));
 }
@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(of_the_three, each_command, testing::Values("show", "gr
                          [](const auto& info) { return std::string(info.param); });
 
 // The picture in the manual and in the README.
-TEST(examples, are_drawn_as_they_are) {
+TEST(examples, match_the_picture_in_the_manual) {
     EXPECT_EQ(content(ORU_DOCS_DIR "/two-input-encoder.dot"),
               oru_snapshot({"graph", example("two-input-encoder")}).out);
 }

@@ -11,15 +11,15 @@ namespace {
 
 using namespace snapshot_tool;
 
-// A device that was reached and tells nothing more.
+// A device that was reached, without any figure.
 device reached() {
-    device of;
-    of.streams = std::unexpected{"no streams"};
-    of.service = std::unexpected{"no counters"};
-    of.quota = std::unexpected{"no quota"};
-    of.stream_limit = std::unexpected{"no limit"};
-    of.failures = 4;
-    return of;
+    device device;
+    device.streams = std::unexpected{"no streams"};
+    device.service = std::unexpected{"no counters"};
+    device.quota = std::unexpected{"no quota"};
+    device.stream_limit = std::unexpected{"no limit"};
+    device.failures = 4;
+    return device;
 }
 
 constexpr auto head =
@@ -44,41 +44,41 @@ std::string counts(int streams, int without_series) {
            std::to_string(without_series) + "\n";
 }
 
-// A stream that tells nothing.
-stream silent(std::uint32_t id) {
+// A stream without figures.
+stream empty(std::uint32_t id) {
     return {.id = id, .info = stream_info{}, .settings = stream_settings{}, .in_use = usage{}};
 }
 
 stream with_clients(std::uint32_t id, std::uint32_t clients) {
-    stream of = silent(id);
-    of.info->clients = clients;
-    return of;
+    stream stream = empty(id);
+    stream.info->clients = clients;
+    return stream;
 }
 
-TEST(exposition, tells_of_an_unreachable_service) {
-    device of;
-    of.reached = std::unexpected{"/run/oru/snapshot.json: No such file or directory"};
-    EXPECT_EQ(exposition(of),
+TEST(exposition, reports_an_unreachable_service) {
+    device device;
+    device.reached = std::unexpected{"/run/oru/snapshot.json: No such file or directory"};
+    EXPECT_EQ(exposition(device),
               "# HELP oru_up Whether the video service answers.\n"
               "# TYPE oru_up gauge\n"
               "oru_up 0\n");
 }
 
-TEST(exposition, leaves_out_what_is_not_answered) {
+TEST(exposition, omits_figures_that_are_not_answered) {
     EXPECT_EQ(exposition(reached()), head);
 }
 
 TEST(exposition, counts_no_streams) {
-    device of = reached();
-    of.streams = std::vector<stream>{};
-    EXPECT_EQ(exposition(of), counts(0, 0));
+    device device = reached();
+    device.streams = std::vector<stream>{};
+    EXPECT_EQ(exposition(device), counts(0, 0));
 }
 
-TEST(exposition, gives_a_stream_with_anothers_id_no_series) {
-    device of = reached();
-    of.streams = std::vector{with_clients(3, 1), with_clients(0, 2), with_clients(3, 3),
-                             with_clients(0, 4), with_clients(4294967295, 5)};
-    EXPECT_EQ(exposition(of),
+TEST(exposition, omits_series_of_streams_with_duplicate_ids) {
+    device device = reached();
+    device.streams = std::vector{with_clients(3, 1), with_clients(0, 2), with_clients(3, 3),
+                                 with_clients(0, 4), with_clients(4294967295, 5)};
+    EXPECT_EQ(exposition(device),
               counts(5, 3) +
                   "# HELP oru_stream_info A stream: who asked for it, and what it is.\n"
                   "# TYPE oru_stream_info gauge\n"
@@ -92,11 +92,11 @@ TEST(exposition, gives_a_stream_with_anothers_id_no_series) {
 }
 
 TEST(exposition, quotes_texts) {
-    device of = reached();
-    of.streams = std::vector{silent(1)};
-    of.streams->front().settings->identity = "a\"b\\c\nd<e>\xff\033日本";
-    of.streams->front().settings->format = "Y 8\t";
-    EXPECT_EQ(exposition(of),
+    device device = reached();
+    device.streams = std::vector{empty(1)};
+    device.streams->front().settings->identity = "a\"b\\c\nd<e>\xff\033日本";
+    device.streams->front().settings->format = "Y 8\t";
+    EXPECT_EQ(exposition(device),
               counts(1, 0) +
                   "# HELP oru_stream_info A stream: who asked for it, and what it is.\n"
                   "# TYPE oru_stream_info gauge\n"
@@ -105,14 +105,14 @@ TEST(exposition, quotes_texts) {
                   "\n");
 }
 
-TEST(exposition, adds_up_identities_that_are_printed_alike) {
-    device of = reached();
-    of.service = service_counters{};
-    of.service->identities = {{.name = "", .starts = 1},
-                              {.name = "a", .starts = std::nullopt},
-                              {.name = "o\\xff", .starts = 4294967295},
-                              {.name = "o\xff", .starts = 4294967295}};
-    EXPECT_EQ(exposition(of),
+TEST(exposition, adds_identities_with_the_same_printable_text) {
+    device device = reached();
+    device.service = service_counters{};
+    device.service->identities = {{.name = "", .starts = 1},
+                                  {.name = "a", .starts = std::nullopt},
+                                  {.name = "o\\xff", .starts = 4294967295},
+                                  {.name = "o\xff", .starts = 4294967295}};
+    EXPECT_EQ(exposition(device),
               std::string(head) +
                   "# HELP oru_identity_streams_started_total Streams that a client started.\n"
                   "# TYPE oru_identity_streams_started_total counter\n"
@@ -136,24 +136,24 @@ TEST(exposition, writes_every_double) {
         {infinity, "+Inf"},
         {-infinity, "-Inf"}};
     for (const auto& [rate, written] : rates) {
-        device of = reached();
-        of.streams = std::vector{silent(7)};
-        of.streams->front().settings->frame_rate = rate;
-        const std::string text = exposition(of);
+        device device = reached();
+        device.streams = std::vector{empty(7)};
+        device.streams->front().settings->frame_rate = rate;
+        const std::string text = exposition(device);
         const std::string last = "oru_stream_requested_frames_per_second{stream=\"7\"} ";
         EXPECT_TRUE(text.ends_with("\n" + last + written + "\n")) << text;
     }
 }
 
-TEST(exposition, counts_in_base_units) {
-    device of = reached();
-    of.streams = std::vector{silent(7), silent(8), silent(9)};
-    of.streams->at(0).info->bit_rate = 1790321;
-    of.streams->at(0).info->run_time = 59'500'000;
-    of.streams->at(1).info->bit_rate = 8;
-    of.streams->at(1).info->run_time = -1;
-    of.streams->at(2).info->run_time = std::numeric_limits<std::int64_t>::max();
-    const std::string text = exposition(of);
+TEST(exposition, uses_base_units) {
+    device device = reached();
+    device.streams = std::vector{empty(7), empty(8), empty(9)};
+    device.streams->at(0).info->bit_rate = 1790321;
+    device.streams->at(0).info->run_time = 59'500'000;
+    device.streams->at(1).info->bit_rate = 8;
+    device.streams->at(1).info->run_time = -1;
+    device.streams->at(2).info->run_time = std::numeric_limits<std::int64_t>::max();
+    const std::string text = exposition(device);
     EXPECT_TRUE(
         text.ends_with("\n"
                        "oru_stream_bytes_per_second{stream=\"7\"} 223790.125\n"

@@ -10,18 +10,18 @@
 
 namespace {
 
-// Every object of the service is a plain GObject that holds what the test set.
-template <class Object, class Held>
-Object* object_of(const Held& held) {
+// Every object of the service is a GObject with the answers that the test set.
+template <class Object, class Content>
+Object* object_of(const Content& content) {
     auto* object = static_cast<GObject*>(g_object_new(G_TYPE_OBJECT, nullptr));
-    g_object_set_data_full(object, "held", new Held(held),
-                           [](gpointer pointer) { delete static_cast<Held*>(pointer); });
+    g_object_set_data_full(object, "content", new Content(content),
+                           [](gpointer pointer) { delete static_cast<Content*>(pointer); });
     return reinterpret_cast<Object*>(object);
 }
 
-template <class Held, class Object>
-Held& held_in(Object* object) {
-    return *static_cast<Held*>(g_object_get_data(reinterpret_cast<GObject*>(object), "held"));
+template <class Content, class Object>
+Content& content_of(Object* object) {
+    return *static_cast<Content*>(g_object_get_data(reinterpret_cast<GObject*>(object), "content"));
 }
 
 template <class T>
@@ -29,21 +29,21 @@ const T* answered(const fake_answer<T>& answer, GError** error) {
     if (answer.error) {
         g_set_error_literal(error, g_quark_from_static_string("fake"), 1, answer.error->c_str());
     }
-    return answer.is ? &*answer.is : nullptr;
+    return answer.value ? &*answer.value : nullptr;
 }
 
-template <class Object, class Held>
-Object* object_for(const fake_answer<Held>& answer, GError** error) {
-    const Held* held = answered(answer, error);
-    return held != nullptr ? object_of<Object>(*held) : nullptr;
+template <class Object, class Content>
+Object* object_for(const fake_answer<Content>& answer, GError** error) {
+    const Content* content = answered(answer, error);
+    return content != nullptr ? object_of<Object>(*content) : nullptr;
 }
 
 OruMap* map_for(const fake_answer<fake_map>& answer, GError** error) {
     return object_for<OruMap>(answer, error);
 }
 
-template <class Object, class Held>
-GList* list_for(const fake_answer<std::vector<Held>>& answer, GError** error) {
+template <class Object, class Content>
+GList* list_for(const fake_answer<std::vector<Content>>& answer, GError** error) {
     const auto* all = answered(answer, error);
     GList* list = nullptr;
     for (std::size_t i = all != nullptr ? all->size() : 0; i > 0; --i) {
@@ -65,7 +65,7 @@ gboolean fill(const fake_answer<std::array<std::uint32_t, Count>>& answer, GErro
 }
 
 void require_filter(OruMap* filter, const std::string& key, const std::string& text) {
-    const fake_map& map = held_in<fake_map>(filter);
+    const fake_map& map = content_of<fake_map>(filter);
     if (map.size() != 1 || std::get<std::string>(std::get<native_value>(map.at(key))) != text) {
         throw std::logic_error("another filter");
     }
@@ -80,7 +80,7 @@ OruMap* oru_map_new(void) {
 }
 
 void oru_map_set_string(OruMap* map, const gchar* key, const gchar* value) {
-    held_in<fake_map>(map)[key] = native_value(std::string(value));
+    content_of<fake_map>(map)[key] = native_value(std::string(value));
 }
 
 GList* oru_stream_get_all(GError** error) {
@@ -88,19 +88,19 @@ GList* oru_stream_get_all(GError** error) {
 }
 
 guint32 oru_stream_get_id(OruStream* stream) {
-    return held_in<fake_stream>(stream).id;
+    return content_of<fake_stream>(stream).id;
 }
 
 OruMap* oru_stream_get_info(OruStream* stream, GError** error) {
-    return map_for(held_in<fake_stream>(stream).info, error);
+    return map_for(content_of<fake_stream>(stream).info, error);
 }
 
 OruMap* oru_stream_get_settings(OruStream* stream, GError** error) {
-    return map_for(held_in<fake_stream>(stream).settings, error);
+    return map_for(content_of<fake_stream>(stream).settings, error);
 }
 
 OruMap* oru_stream_get_debug(OruStream* stream, GError** error) {
-    return map_for(stream != nullptr ? held_in<fake_stream>(stream).debug : service.stream_debug,
+    return map_for(stream != nullptr ? content_of<fake_stream>(stream).debug : service.stream_debug,
                    error);
 }
 
@@ -122,21 +122,21 @@ GList* oru_channel_get_filtered(OruMap* filter, GError** error) {
 }
 
 guint32 oru_channel_get_id(OruChannel* channel) {
-    return held_in<fake_channel>(channel).id;
+    return content_of<fake_channel>(channel).id;
 }
 
 OruMap* oru_channel_get_info(OruChannel* channel, GError** error) {
-    return map_for(channel != nullptr ? held_in<fake_channel>(channel).info : service.channel_info,
-                   error);
+    return map_for(
+        channel != nullptr ? content_of<fake_channel>(channel).info : service.channel_info, error);
 }
 
 OruResolutionSet* oru_channel_get_resolutions(OruChannel* channel, OruMap* filter, GError** error) {
     require_filter(filter, "select", "available");
-    const auto* all = answered(held_in<fake_channel>(channel).resolutions, error);
+    const auto* all = answered(content_of<fake_channel>(channel).resolutions, error);
     if (all == nullptr) {
         return nullptr;
     }
-    // The block that native_resolutions() below takes apart.
+    // The block that native_resolutions() below reads.
     const std::size_t size = all->size();
     auto* block = static_cast<char*>(g_malloc(sizeof size + size * sizeof(native_resolution)));
     std::memcpy(block, &size, sizeof size);
@@ -148,26 +148,26 @@ OruResolutionSet* oru_channel_get_resolutions(OruChannel* channel, OruMap* filte
 
 gboolean oru_channel_get_crop(OruChannel* channel, guint32* x, guint32* y, guint32* width,
                               guint32* height, GError** error) {
-    return fill(held_in<fake_channel>(channel).crop, error, x, y, width, height);
+    return fill(content_of<fake_channel>(channel).crop, error, x, y, width, height);
 }
 
 gboolean oru_channel_get_crop_max(OruChannel* channel, guint32* width, guint32* height,
                                   GError** error) {
-    return fill(held_in<fake_channel>(channel).crop_max, error, width, height);
+    return fill(content_of<fake_channel>(channel).crop_max, error, width, height);
 }
 
 OruInput* oru_input_new(guint32 number, GError** error) {
-    service.inputs_asked_for.push_back(number);
+    service.opened_inputs.push_back(number);
     return object_for<OruInput>(service.inputs[number], error);
 }
 
 OruMap* oru_input_get_info(OruInput* input, GError** error) {
-    return map_for(held_in<fake_input>(input).info, error);
+    return map_for(content_of<fake_input>(input).info, error);
 }
 
 gboolean oru_input_get_crop(OruInput* input, guint32* x, guint32* y, guint32* width,
                             guint32* height, GError** error) {
-    return fill(held_in<fake_input>(input).crop, error, x, y, width, height);
+    return fill(content_of<fake_input>(input).crop, error, x, y, width, height);
 }
 
 gboolean oru_input_get_resolution_unrotated(OruInput* input, const gchar* mode, guint32* width,
@@ -175,7 +175,7 @@ gboolean oru_input_get_resolution_unrotated(OruInput* input, const gchar* mode, 
     if (std::strcmp(mode, "capture") != 0) {
         throw std::logic_error("another mode");
     }
-    return fill(held_in<fake_input>(input).resolution, error, width, height);
+    return fill(content_of<fake_input>(input).resolution, error, width, height);
 }
 
 OruOutput* oru_output_new(guint32 number, GError** error) {
@@ -186,11 +186,11 @@ OruOutput* oru_output_new(guint32 number, GError** error) {
 }
 
 OruMap* oru_output_get_info(OruOutput* output, GError** error) {
-    return map_for(held_in<fake_output>(output).info, error);
+    return map_for(content_of<fake_output>(output).info, error);
 }
 
 OruMap* oru_output_get_settings(OruOutput* output, GError** error) {
-    return map_for(held_in<fake_output>(output).settings, error);
+    return map_for(content_of<fake_output>(output).settings, error);
 }
 
 OruSystem* oru_system_new(GError** error) {
@@ -198,7 +198,7 @@ OruSystem* oru_system_new(GError** error) {
 }
 
 OruMap* oru_system_get_caps(OruSystem* system, GError** error) {
-    return map_for(held_in<fake_answer<fake_map>>(system), error);
+    return map_for(content_of<fake_answer<fake_map>>(system), error);
 }
 
 OruMode* oru_mode_new(GError** error) {
@@ -206,10 +206,10 @@ OruMode* oru_mode_new(GError** error) {
 }
 
 OruMap* oru_mode_get_info(OruMode* mode, GError** error) {
-    return map_for(held_in<fake_answer<fake_map>>(mode), error);
+    return map_for(content_of<fake_answer<fake_map>>(mode), error);
 }
 
-// A type lives as long as the process: each test has one of its own.
+// A type exists until the process ends, so each test registers another one.
 GType oru_format_get_type(void) {
     static std::deque<std::vector<GEnumValue>> kept;
     auto& values = kept.emplace_back();
@@ -222,7 +222,7 @@ GType oru_format_get_type(void) {
 
 // --- native.cpp ---------------------------------------------------------------------------------
 
-native_map::native_map(OruMap* map) : map_(&held_in<fake_map>(map)) {}
+native_map::native_map(OruMap* map) : map_(&content_of<fake_map>(map)) {}
 
 std::vector<native_entry> native_map::entries() const {
     std::vector<native_entry> entries;

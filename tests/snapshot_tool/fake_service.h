@@ -1,7 +1,7 @@
-// A video service whose answers a test sets, in the place of a client library and of native.cpp:
-// what no snapshot can hold, a library may answer all the same.
-#ifndef TESTS_SNAPSHOT_FAKE_SERVICE_H
-#define TESTS_SNAPSHOT_FAKE_SERVICE_H
+// A video service whose answers a test sets. It replaces the client library and native.cpp, because
+// a library can also answer what a snapshot cannot contain.
+#ifndef TESTS_SNAPSHOT_TOOL_FAKE_SERVICE_H
+#define TESTS_SNAPSHOT_TOOL_FAKE_SERVICE_H
 
 #include <array>
 #include <cstdint>
@@ -17,18 +17,18 @@ struct fake_failure {
     std::string message;
 };
 
-// An answer, a failure with a message, or, when it holds neither, a failure that says nothing.
+// An answer, a failure with a message, or, by default, a failure without a message.
 template <class T>
 struct fake_answer {
     fake_answer() = default;
-    fake_answer(T value) : is(std::move(value)) {}
+    fake_answer(T answer) : value(std::move(answer)) {}
     fake_answer(fake_failure failure) : error(std::move(failure.message)) {}
 
-    std::optional<T> is;
+    std::optional<T> value;
     std::optional<std::string> error;
 };
 
-// A value of no kind that a getter reads: its JSON text, or none when writing it fails.
+// A value of a kind that no getter reads: its JSON text, or none if it cannot be written.
 struct fake_other {
     std::optional<std::string> json;
 };
@@ -65,7 +65,7 @@ struct fake_output {
 };
 
 struct fake_service {
-    fake_answer<fake_answer<fake_map>> system, mode;  // the caps of the one, the other's info
+    fake_answer<fake_answer<fake_map>> system, mode;  // caps, info
     fake_answer<fake_map> stream_debug, stream_quota, stream_limit, channel_info;
     fake_answer<std::vector<fake_stream>> streams;
     fake_answer<std::vector<fake_channel>> channels, channels_of_inputs;
@@ -73,10 +73,10 @@ struct fake_service {
     fake_answer<fake_output> output;
     std::vector<std::pair<std::uint32_t, std::string>> formats;  // code and nick
 
-    std::vector<std::uint32_t> inputs_asked_for = {};
+    std::vector<std::uint32_t> opened_inputs = {};
 };
 
-// The service that answers now.
+// The current service.
 inline fake_service service;
 
 #endif

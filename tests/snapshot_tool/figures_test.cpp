@@ -39,13 +39,13 @@ TEST(figures, write_frame_rates) {
     EXPECT_EQ(frame_rate_text(-std::numeric_limits<double>::infinity()), "-inf");
 }
 
-TEST(figures, make_texts_of_the_service_short) {
+TEST(figures, shorten_texts_of_the_service) {
     EXPECT_EQ(short_text(8, "recorder"), "recorder");
     EXPECT_EQ(short_text(5, "a\nb\nc"), "a\\nb…");
     EXPECT_EQ(short_text(5, ""), "\"\"");
 }
 
-TEST(figures, tell_of_failures) {
+TEST(figures, describe_failures) {
     EXPECT_EQ(failure_text("settings", "no such\nstream"), "settings failed: no such\\nstream");
     EXPECT_EQ(failure_text("streams", ""), "streams failed");
 }

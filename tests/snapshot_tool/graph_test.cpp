@@ -24,7 +24,7 @@ constexpr auto head = R"(digraph device {
 constexpr auto failed =
     R"(, style="rounded,filled,dashed", penwidth=2.5, color="#b91c1c", fillcolor="#fee2e2")";
 
-// Where it is drawn, and how it is coloured.
+// Returns a column of the drawing.
 std::string column(const std::string& colours, const std::string& boxes) {
     return "\n    {\n        rank=same\n        node [" + colours + "]\n" + boxes + "    }\n";
 }
@@ -37,15 +37,15 @@ struct picture {
     std::string arrows = "";
 };
 
-result drawing(const picture& drawn) {
-    return ended(0, head + column(R"(color="#15803d", fillcolor="#dcfce7")", drawn.inputs) +
-                        column(R"(color="#0e7490", fillcolor="#cffafe")", drawn.channels) +
-                        column(R"(color="#1d4ed8", fillcolor="#dbeafe")", drawn.streams) +
-                        column(R"(color="#6d28d9", fillcolor="#ede9fe")", drawn.clients) + "\n" +
-                        drawn.arrows + "}\n");
+result drawing(const picture& picture) {
+    return ended(0, head + column(R"(color="#15803d", fillcolor="#dcfce7")", picture.inputs) +
+                        column(R"(color="#0e7490", fillcolor="#cffafe")", picture.channels) +
+                        column(R"(color="#1d4ed8", fillcolor="#dbeafe")", picture.streams) +
+                        column(R"(color="#6d28d9", fillcolor="#ede9fe")", picture.clients) + "\n" +
+                        picture.arrows + "}\n");
 }
 
-TEST(graph, draws_a_device_that_has_nothing) {
+TEST(graph, draws_an_empty_device) {
     EXPECT_EQ(oru_snapshot_beside(R"({"system": {"caps": {}}, "stream": {"debug": {}, "all": []},
                                       "channel": {"info": {"input.count": 0}, "all": []}})",
                                   {"graph"}),
@@ -86,7 +86,7 @@ TEST(graph, quotes_hostile_texts) {
 )"}));
 }
 
-TEST(graph, follows_the_pictures) {
+TEST(graph, connects_inputs_channels_streams_and_clients) {
     EXPECT_EQ(oru_snapshot_beside(R"({
         "system": {"caps": {"output": true}},
         "output": {"all": [{"id": 0, "settings": {"enabled": true},
@@ -212,12 +212,12 @@ TEST(graph, draws_failures_in_their_own_style) {
              .arrows = "    input_1 -> channel_3\n"}));
 }
 
-TEST(graph, ends_with_the_reason_when_nothing_answers) {
+TEST(graph, fails_with_the_reason_if_no_query_is_answered) {
     EXPECT_EQ(oru_snapshot({"graph"}, {.environment = {"ORU_SNAPSHOT=/nowhere"}}),
               ended(1, "", "oru-snapshot: /nowhere: No such file or directory\n"));
 }
 
-TEST(graph, says_when_its_output_is_lost) {
+TEST(graph, fails_if_its_output_is_lost) {
     EXPECT_EQ(
         oru_snapshot_beside(R"({"stream": {"all": []}})", {"graph"}, {.stdout_to = "/dev/full"}),
         ended(1, "", "oru-snapshot: cannot write to standard output: No space left on device\n"));

@@ -25,7 +25,7 @@ std::string content(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-TEST(metrics, tell_of_every_figure) {
+TEST(metrics, contain_every_figure) {
     EXPECT_EQ(
         oru_snapshot_beside(R"({
         "stream": {
@@ -120,20 +120,20 @@ oru_identity_streams_started_total{identity="a"} 8
 )"));
 }
 
-TEST(metrics, tell_that_nothing_answers) {
+TEST(metrics, report_that_no_query_is_answered) {
     EXPECT_EQ(oru_snapshot({"metrics"}, {.environment = {"ORU_SNAPSHOT=/no\nwhere"}}),
               ended(0, down, "oru-snapshot: /no\\nwhere: No such file or directory\n"));
-    // A service that only fails is as good as none.
+    // A service that only fails counts as none.
     EXPECT_EQ(oru_snapshot_beside(R"({"stream": {"all": {"$error": "first"}}})", {"metrics"}),
               ended(0, down, "oru-snapshot: first\n"));
-    // Neither is shown, but a service that tells it is there.
+    // Neither is a figure, but a service that answers one of them was reached.
     for (const char* reached :
          {R"({"mode": {}})", R"({"mode": {"info": {}}})", R"({"output": {"all": [{"id": 0}]}})"}) {
         EXPECT_TRUE(oru_snapshot_beside(reached, {"metrics"}).out.starts_with(up)) << reached;
     }
 }
 
-TEST(metrics, say_when_their_output_is_lost) {
+TEST(metrics, fail_if_their_output_is_lost) {
     for (const char* snapshot : {"{}", R"({"stream": {"all": []}})"}) {
         const result got = oru_snapshot_beside(snapshot, {"metrics"}, {.stdout_to = "/dev/full"});
         EXPECT_EQ(got.status, 1);
@@ -161,11 +161,11 @@ TEST(metrics, replace_a_file) {
     struct stat status;
     ASSERT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0644U);
-    // Nothing but the file is left in the folder.
+    // The folder contains no other file.
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(scratch.path()), {}), 1);
 }
 
-TEST(metrics, replace_no_more_than_files) {
+TEST(metrics, replace_regular_files_only) {
     const temp_directory scratch;
     for (const std::string& path : {std::string("/dev/null"), scratch.path()}) {
         EXPECT_EQ(oru_snapshot({"metrics", "-o", path}, {.environment = {"ORU_SNAPSHOT=/nowhere"}}),
@@ -176,7 +176,7 @@ TEST(metrics, replace_no_more_than_files) {
     }
 }
 
-TEST(metrics, write_to_standard_output_by_its_usual_name) {
+TEST(metrics, write_to_standard_output_as_a_hyphen) {
     EXPECT_EQ(oru_snapshot({"metrics", "-o", "-"}, {.environment = {"ORU_SNAPSHOT=/nowhere"}}).out,
               down);
 }

@@ -1,4 +1,4 @@
-// Runs oru-snapshot as its users do.
+// Runs oru-snapshot.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 #include "support/temp_directory.h"
 #include "support/tools.h"
 
-// `streams` says where its streams come from and go to.
+// `streams` redirects its standard streams.
 inline result oru_snapshot(const std::vector<std::string>& arguments, command streams = {}) {
     streams.executable = program("oru-snapshot");
     streams.argv = {"oru-snapshot"};
@@ -17,7 +17,7 @@ inline result oru_snapshot(const std::vector<std::string>& arguments, command st
     return run(streams);
 }
 
-// Runs it beside a service that answers what a snapshot of this text holds.
+// Runs it with a service that answers from a snapshot with this text.
 inline result oru_snapshot_beside(std::string_view snapshot,
                                   const std::vector<std::string>& arguments, command streams = {}) {
     const temp_directory scratch;

@@ -12,7 +12,7 @@ constexpr auto usage =
     "       oru-snapshot metrics [-o FILE] [FILE]\n"
     "       oru-snapshot --help | --version\n";
 
-TEST(oru_snapshot, says_how_it_is_used) {
+TEST(oru_snapshot, prints_its_usage) {
     EXPECT_EQ(oru_snapshot({"--help"}), ended(0, usage));
     EXPECT_EQ(oru_snapshot({"--version"}), ended(0, "oru-snapshot " ORU_VERSION "\n"));
     EXPECT_EQ(oru_snapshot({}), ended(2, "", usage));
@@ -31,7 +31,7 @@ TEST(oru_snapshot, says_how_it_is_used) {
     EXPECT_EQ(oru_snapshot({"--version", "x"}), ended(2, "", usage));
 }
 
-TEST(oru_snapshot, says_when_its_output_is_lost) {
+TEST(oru_snapshot, fails_if_its_output_is_lost) {
     for (const char* given : {"--help", "--version"}) {
         EXPECT_EQ(oru_snapshot({given}, {.stdout_to = "/dev/full"}),
                   ended(1, "",
@@ -43,7 +43,7 @@ TEST(oru_snapshot, says_when_its_output_is_lost) {
     }
 }
 
-TEST(oru_snapshot, keeps_its_status_when_nobody_hears_it) {
+TEST(oru_snapshot, keeps_its_status_without_standard_error) {
     for (const std::string& to : unwritable) {
         EXPECT_EQ(oru_snapshot({}, {.stderr_to = to}), ended(2, ""));
     }

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Compares the texts of a picture with those of the boxes that it was drawn from.
+"""Compares the texts of a picture with those of the file from which it was drawn.
 
 usage: picture_test.py DOT SVG"""
 
@@ -12,11 +12,11 @@ def main():
     source, picture = sys.argv[1:]
     with open(source, encoding="utf-8") as file:
         labels = re.findall(r'label="((?:[^"\\]|\\.)*)"', file.read())
-    # None of the texts holds what the language has escapes for, but quotes.
+    # Quotes are the only escapes in these texts.
     expected = [line.replace('\\"', '"') for label in labels for line in label.split("\\n")]
     drawn = [text.firstChild.data for text in xml.dom.minidom.parse(picture).getElementsByTagName("text")]
     if sorted(drawn) != sorted(expected):
-        sys.exit(f"{picture}: drawn from something else than {source}; run scripts/picture")
+        sys.exit(f"{picture}: not drawn from {source}; run scripts/picture")
     print(f"{len(drawn)} texts are where they should be")
 
 

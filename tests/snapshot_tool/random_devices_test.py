@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Shows, draws and counts random devices, hostile texts and broken snapshots among them: each of the
-three commands ends as it should and prints nothing that a terminal obeys, Graphviz draws every picture
-and promtool takes all figures, both without a word. Without Graphviz or promtool, its part is left out.
+"""Runs show, graph and metrics on random devices, including hostile texts and broken snapshots. Checks that
+each command has the right status and prints no control characters, that Graphviz draws every picture and
+that promtool accepts all figures, both without a message. If Graphviz or promtool is missing, skips its part.
 
 usage: random_devices_test.py TREE TOOLS [FIRST COUNT]: the root of the source tree; where the tools are;
 the first seed and how many"""
@@ -21,7 +21,7 @@ def run(*command, given=b""):
 
 
 def complaints(program, dot, promtool):
-    """Yields what is wrong with what the program says of the current service."""
+    """Yields the problems in the output of the program for the current service."""
     said = {command: run(program, command) for command in ("show", "graph", "metrics")}
     for command, got in said.items():
         for text in (got.stdout.decode(), got.stderr.decode()):

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The least that answers anything, and its recording.
+// A minimal snapshot, and its recording.
 constexpr auto smallest = R"({ "stream": { "all": [ ] }, "formats": { } })";
 constexpr auto smallest_recorded = R"({
     "system": { "$error": "system not recorded" },
@@ -227,7 +227,7 @@ TEST_F(record, keeps_kinds_that_have_no_plain_form) {
     EXPECT_EQ(recording_of(got.out), got);
 }
 
-TEST_F(record, lists_the_channels_of_inputs_where_no_property_says_which) {
+TEST_F(record, lists_the_channels_of_inputs_if_no_property_can_mark_them) {
     const result got = recording_of(R"({"channel": {
         "all": [{"id": 1, "info": {}}, {"id": 2, "info": {"type.id": 2}}],
         "filtered": [{"id": 2, "info": {"type.id": 2}, "crop": [1, 2, 3, 4]}]}})");
@@ -261,7 +261,7 @@ TEST_F(record, lists_the_channels_of_inputs_where_no_property_says_which) {
     EXPECT_EQ(recording_of(got.out), got);
 }
 
-TEST_F(record, fails_when_nothing_is_answered) {
+TEST_F(record, fails_if_no_query_is_answered) {
     EXPECT_EQ(recording_of(""), ended(1, "", unreachable()));
     EXPECT_EQ(recording_of("", {"-o", scratch("file")}), ended(1, "", unreachable()));
     EXPECT_EQ(recording_of("", {"--redact", "--about", "x"}), ended(1, "", unreachable()));
@@ -290,18 +290,18 @@ TEST_F(record, prints_to_standard_output_or_into_a_file) {
               ended(1, "", "oru-snapshot: /nowhere/x: No such file or directory\n"));
 }
 
-TEST_F(record, takes_a_text_for_people) {
+TEST_F(record, accepts_a_text_for_people) {
     const std::string about = "{\n    \"about\": \"gate \\\"north\\\", caf\u00e9\",\n";
     const result got = recording_of(smallest, {"--about", "gate \"north\", caf\u00e9"});
     EXPECT_EQ(got, ended(0, about + std::string(smallest_recorded).substr(2)));
     EXPECT_EQ(recording_of(smallest, {"--about=gate \"north\", caf\u00e9"}), got);
-    // It is no answer of the service: a recording's recording has none, but the one it is given.
+    // It is not an answer of the service: the recording of a recording does not contain it.
     EXPECT_EQ(recording_of(got.out), ended(0, smallest_recorded));
     EXPECT_EQ(recording_of(smallest, {"--about", "\xff"}),
               ended(1, "", "oru-snapshot: --about: the text is no UTF-8\n"));
 }
 
-TEST_F(record, keeps_the_old_file_when_the_new_one_cannot_be_written) {
+TEST_F(record, keeps_the_old_file_if_the_new_one_cannot_be_written) {
     const std::string file = scratch_.write("recorded.json", "old");
     {
         const file_size_limit full(100);
@@ -312,18 +312,18 @@ TEST_F(record, keeps_the_old_file_when_the_new_one_cannot_be_written) {
     EXPECT_EQ(files(), 1U);
 }
 
-TEST_F(record, says_when_its_output_is_lost) {
+TEST_F(record, fails_if_its_output_is_lost) {
     const std::string lost = "oru-snapshot: cannot write to standard output: ";
     EXPECT_EQ(recording_of(smallest, {}, {.stdout_to = "/dev/full"}),
               ended(1, "", lost + "No space left on device\n"));
     EXPECT_EQ(recording_of(smallest, {}, {.stdout_to = closed_stream}),
               ended(1, "", lost + "Bad file descriptor\n"));
-    // Nothing was to be written there.
+    // Without output nothing can be lost.
     EXPECT_EQ(recording_of(smallest, {"-o", scratch("file")}, {.stdout_to = "/dev/full"}),
               ended(0, ""));
 }
 
-TEST_F(record, understands_no_other_arguments) {
+TEST_F(record, rejects_other_arguments) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"-o"},
                                                       {"--about"},
                                                       {"file"},
@@ -337,8 +337,7 @@ TEST_F(record, understands_no_other_arguments) {
     }
 }
 
-// An answer of every kind for every question that a redaction changes: the texts occur nowhere
-// else.
+// An answer of every kind to every query that redaction changes, with unique texts.
 TEST_F(record, redacts_every_identity_and_message) {
     const std::vector<std::string> texts = {"anton", "berta",  "caesar",   "dora", "emil",
                                             "fritz", "gustav", "heinrich", "ida"};
@@ -376,7 +375,7 @@ TEST_F(record, redacts_every_identity_and_message) {
               ended(1, "", "oru-serverreport-tool: Failed to get quota: redacted\n"));
 }
 
-TEST_F(record, is_how_an_example_was_made) {
+TEST_F(record, reproduces_an_example) {
     EXPECT_EQ(recording_of(content(ORU_EXAMPLES_DIR "/two-input-encoder.json")),
               ended(0, content(ORU_EXAMPLES_DIR "/recorded-encoder.json")));
 }

@@ -30,11 +30,11 @@ class recording : public testing::Test {
 };
 
 std::string recorded(const recording_options& options = {}) {
-    service.inputs_asked_for.clear();
+    service.opened_inputs.clear();
     return record_service(options);
 }
 
-// What a recording fails with, or nothing when it does not.
+// Returns why recording fails, or nothing if it succeeds.
 std::optional<std::string> refusal(const recording_options& options = {}) {
     try {
         record_service(options);
@@ -44,8 +44,7 @@ std::optional<std::string> refusal(const recording_options& options = {}) {
     return std::nullopt;
 }
 
-// The lines of the recording from the first that is `from`, blanks before it aside, for as many
-// lines as `count` says.
+// Returns `count` lines of the recording from the first that contains `from`.
 std::string lines_from(const std::string& text, const std::string& from, int count) {
     std::size_t begin = text.find(from);
     if (begin == std::string::npos) {
@@ -63,16 +62,15 @@ fake_map one(const std::string& key, fake_value value) {
     return {{key, std::move(value)}};
 }
 
-fake_value text(std::string held) {
-    return native_value(std::move(held));
+fake_value text(std::string content) {
+    return native_value(std::move(content));
 }
 
-fake_value number(std::uint32_t held) {
-    return native_value(held);
+fake_value number(std::uint32_t content) {
+    return native_value(content);
 }
 
-// What is written to a stream, kept in a file. GoogleTest's own would be in /tmp whatever $TMPDIR
-// says.
+// Captures the output to a stream in a file. GoogleTest's function ignores $TMPDIR.
 class captured {
   public:
     explicit captured(FILE* stream)
@@ -103,7 +101,7 @@ class captured {
     int before_;
 };
 
-TEST_F(recording, says_of_each_question_without_an_answer_that_it_failed) {
+TEST_F(recording, contains_the_failure_of_each_query) {
     service.stream_quota = fake_failure{"no quota"};
     service.stream_limit = fake_map{};
     service.streams = std::vector{fake_stream{.id = 3}};
@@ -156,7 +154,7 @@ TEST_F(recording, says_of_each_question_without_an_answer_that_it_failed) {
 )");
 }
 
-TEST_F(recording, takes_a_list_that_is_null_without_an_error_for_an_empty_one) {
+TEST_F(recording, treats_a_null_list_without_an_error_as_empty) {
     const std::string all = recorded();
     EXPECT_EQ(lines_from(all, "\"all\": []", 1), "        \"all\": []\n");
     EXPECT_EQ(lines_from(all, "\"channel\"", 4),
@@ -166,7 +164,7 @@ TEST_F(recording, takes_a_list_that_is_null_without_an_error_for_an_empty_one) {
               "    },\n");
 }
 
-TEST_F(recording, fails_with_the_first_failure_when_nothing_was_answered) {
+TEST_F(recording, fails_with_the_first_failure_if_no_query_is_answered) {
     service.streams = fake_failure{"third"};
     service.channels = fake_failure{"fourth"};
     service.channels_of_inputs = fake_failure{"fifth"};
@@ -174,12 +172,12 @@ TEST_F(recording, fails_with_the_first_failure_when_nothing_was_answered) {
     service.stream_limit = fake_failure{"second"};
     service.system = fake_failure{"f\xffirst"};
     EXPECT_EQ(refusal(), "f\xffirst");
-    // The enumeration is no question, and what a snapshot cannot hold matters only then.
+    // The enumeration of formats is not a query, and the writer is not called.
     service.formats = {{1, "one"}};
     EXPECT_EQ(refusal({.about = "\xff"}), "f\xffirst");
 }
 
-TEST_F(recording, is_answered_by_anything_that_is_no_failure) {
+TEST_F(recording, succeeds_if_any_query_is_answered) {
     const auto answers = [](const auto& answer) {
         service = {};
         service.streams = fake_failure{"a"};
@@ -208,19 +206,19 @@ fake_channel of_type(std::uint32_t id, fake_value type) {
     return channel;
 }
 
-TEST_F(recording, asks_for_the_inputs_that_are_counted_and_those_that_channels_name) {
+TEST_F(recording, queries_counted_inputs_and_those_that_channels_name) {
     using numbers = std::vector<std::uint32_t>;
     recorded();
-    EXPECT_EQ(service.inputs_asked_for, numbers());  // no channel information
+    EXPECT_EQ(service.opened_inputs, numbers());  // no channel information
     service.channel_info = fake_map();
     recorded();
-    EXPECT_EQ(service.inputs_asked_for, numbers({1}));
+    EXPECT_EQ(service.opened_inputs, numbers({1}));
     service.channel_info = one("input.count", number(0));
     recorded();
-    EXPECT_EQ(service.inputs_asked_for, numbers());
+    EXPECT_EQ(service.opened_inputs, numbers());
     service.channel_info = one("input.count", number(3));
     recorded();
-    EXPECT_EQ(service.inputs_asked_for, numbers({1, 2, 3}));
+    EXPECT_EQ(service.opened_inputs, numbers({1, 2, 3}));
 
     fake_channel without_type{.id = 4};
     without_type.info = fake_map();
@@ -228,21 +226,21 @@ TEST_F(recording, asks_for_the_inputs_that_are_counted_and_those_that_channels_n
         std::vector{of_type(0, number(7)), of_type(1, number(2)), of_type(2, number(0)),
                     fake_channel{.id = 3}, of_type(5, number(4294967295))};
     recorded();
-    EXPECT_EQ(service.inputs_asked_for, numbers({0, 1, 2, 3, 7, 4294967295}));
+    EXPECT_EQ(service.opened_inputs, numbers({0, 1, 2, 3, 7, 4294967295}));
     service.channel_info = fake_failure{"none"};
     recorded();
-    EXPECT_EQ(service.inputs_asked_for, numbers({0, 2, 7, 4294967295}));
+    EXPECT_EQ(service.opened_inputs, numbers({0, 2, 7, 4294967295}));
     service.channels_of_inputs = std::vector{without_type};
     recorded();
-    EXPECT_EQ(service.inputs_asked_for, numbers({1}));
-    // What the filter does not find is no channel of an input.
+    EXPECT_EQ(service.opened_inputs, numbers({1}));
+    // A channel that the filter does not find is not one of an input.
     service.channels = service.channels_of_inputs;
     service.channels_of_inputs = fake_failure{"none"};
     recorded();
-    EXPECT_EQ(service.inputs_asked_for, numbers());
+    EXPECT_EQ(service.opened_inputs, numbers());
 }
 
-TEST_F(recording, leaves_out_an_input_that_is_only_counted_and_cannot_be_opened) {
+TEST_F(recording, omits_a_counted_input_that_cannot_be_opened) {
     service.channel_info = one("input.count", number(3));
     service.channels_of_inputs = std::vector{of_type(0, number(2)), of_type(1, number(9))};
     service.inputs[1] = fake_failure{"never shown"};
@@ -274,7 +272,7 @@ TEST_F(recording, leaves_out_an_input_that_is_only_counted_and_cannot_be_opened)
 )");
 }
 
-TEST_F(recording, stops_counting_after_1024_inputs_that_do_not_exist) {
+TEST_F(recording, stops_after_1024_counted_inputs_that_do_not_exist) {
     service.channel_info = one("input.count", number(4294967295));
     service.channels_of_inputs = std::vector{of_type(0, number(5000))};
     service.inputs[3] = fake_input();
@@ -283,15 +281,15 @@ TEST_F(recording, stops_counting_after_1024_inputs_that_do_not_exist) {
     EXPECT_EQ(errors.text(),
               "oru-snapshot: 4294967295 inputs counted, 1024 in a row do not exist: further ones "
               "are recorded only if a channel names them\n");
-    ASSERT_EQ(service.inputs_asked_for.size(), 1028U);
-    EXPECT_EQ(service.inputs_asked_for[1026], 1027U);
-    EXPECT_EQ(service.inputs_asked_for[1027], 5000U);
+    ASSERT_EQ(service.opened_inputs.size(), 1028U);
+    EXPECT_EQ(service.opened_inputs[1026], 1027U);
+    EXPECT_EQ(service.opened_inputs[1027], 5000U);
 }
 
 // --- Channels of inputs -------------------------------------------------------------------------
 
-TEST_F(recording, marks_the_channels_that_the_filter_finds_or_lists_them) {
-    // "marked 1 2", or "listed" with the ids in the list, or "failed".
+TEST_F(recording, marks_or_lists_the_channels_that_the_filter_finds) {
+    // Returns such as "marked 1 2", "listed 1 2" or "failed".
     const auto shown = [] {
         const std::string all = recorded();
         const auto begin = all.find("\"channel\": {");
@@ -346,7 +344,7 @@ TEST_F(recording, marks_the_channels_that_the_filter_finds_or_lists_them) {
 
 // --- Formats ------------------------------------------------------------------------------------
 
-TEST_F(recording, names_each_code_of_a_format_once) {
+TEST_F(recording, contains_each_format_code_once) {
     service.streams = std::vector<fake_stream>();
     service.formats = {
         {4294967295, "last"}, {3, "raw"}, {0, "h264"}, {3, "yuv"}, {2147483648, "$error"}};
@@ -360,26 +358,26 @@ TEST_F(recording, names_each_code_of_a_format_once) {
 )");
 }
 
-// --- What a snapshot cannot hold ----------------------------------------------------------------
+// --- What a snapshot cannot contain -------------------------------------------------------------
 
-TEST_F(recording, refuses_two_streams_of_one_id) {
+TEST_F(recording, rejects_duplicate_stream_ids) {
     service.streams = std::vector{fake_stream{.id = 0}, fake_stream{.id = 7}, fake_stream{.id = 0}};
     EXPECT_EQ(refusal(), std::nullopt);
-    service.streams.is->push_back(fake_stream{.id = 7});
+    service.streams.value->push_back(fake_stream{.id = 7});
     EXPECT_EQ(refusal(), "stream 7 is listed twice");
 }
 
-TEST_F(recording, refuses_two_channels_of_one_id_in_a_list) {
+TEST_F(recording, rejects_duplicate_channel_ids_in_a_list) {
     service.channels = std::vector{fake_channel{.id = 0}, fake_channel{.id = 1}};
     service.channels_of_inputs = service.channels;
     EXPECT_EQ(refusal(), std::nullopt);
-    service.channels_of_inputs.is->push_back(fake_channel{.id = 1});
+    service.channels_of_inputs.value->push_back(fake_channel{.id = 1});
     EXPECT_EQ(refusal(), "channel 1 is listed twice");
-    service.channels.is->push_back(fake_channel{.id = 0});
+    service.channels.value->push_back(fake_channel{.id = 0});
     EXPECT_EQ(refusal(), "channel 0 is listed twice");
 }
 
-TEST_F(recording, refuses_texts_that_no_json_holds) {
+TEST_F(recording, rejects_texts_that_json_cannot_contain) {
     fake_stream stream{.id = 7};
     const auto with_info = [&](const std::string& key, const fake_value& value) {
         stream.info = one(key, value);
@@ -405,7 +403,7 @@ TEST_F(recording, refuses_texts_that_no_json_holds) {
     EXPECT_EQ(refusal({.about = "\xe9"}), "--about: the text is no UTF-8");
 }
 
-TEST_F(recording, refuses_what_is_longer_than_a_snapshot) {
+TEST_F(recording, rejects_a_text_longer_than_a_snapshot) {
     constexpr std::size_t longest = 134217728;
     service.streams = std::vector<fake_stream>();
     const std::size_t rest = recorded({.about = ""}).size();
@@ -416,7 +414,7 @@ TEST_F(recording, refuses_what_is_longer_than_a_snapshot) {
               "the recording is 134217729 bytes long, more than the 134217728 of a snapshot");
 }
 
-TEST_F(recording, refuses_values_of_other_kinds_without_json) {
+TEST_F(recording, rejects_values_of_other_kinds_without_json) {
     const auto with = [](const fake_other& value) {
         service.mode = fake_answer<fake_map>(one("k\t", value));
         return refusal();
@@ -438,7 +436,7 @@ TEST_F(recording, refuses_values_of_other_kinds_without_json) {
               "mode info: the JSON form of the value of 'k\\t' is no JSON in UTF-8, or too deep");
 }
 
-TEST_F(recording, refuses_formats_that_have_one_name_or_an_odd_one) {
+TEST_F(recording, rejects_formats_with_the_same_or_an_invalid_nick) {
     service.streams = std::vector<fake_stream>();
     service.formats = {{3, "raw"}, {5, "raw"}};
     EXPECT_EQ(refusal(), "formats 3 and 5 have one name, 'raw'");
@@ -448,7 +446,7 @@ TEST_F(recording, refuses_formats_that_have_one_name_or_an_odd_one) {
 
 // --- Other kinds --------------------------------------------------------------------------------
 
-TEST_F(recording, names_each_value_of_another_kind_on_standard_error) {
+TEST_F(recording, reports_each_value_of_another_kind_on_standard_error) {
     fake_stream stream{.id = 7};
     stream.debug = fake_map{{"two\nlines", fake_other{" [ 1 ,\n2 ] "}}, {"plain", number(1)}};
     service.streams = std::vector{stream};
@@ -575,7 +573,7 @@ TEST_F(recording, sorts_the_keys_that_redaction_changed) {
               "            \"identity.client-3\": 2,\n");
 }
 
-TEST_F(recording, redacts_no_message_of_a_service_that_answers_nothing) {
+TEST_F(recording, does_not_redact_the_message_if_no_query_is_answered) {
     service.system = fake_failure{"/run/oru: refused"};
     service.streams = fake_failure{"x"};
     service.channels = fake_failure{"x"};

@@ -45,7 +45,7 @@ std::size_t entries_in(const temp_directory& directory) {
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
-TEST(replace_file, makes_a_file_of_the_mode_whatever_the_umask) {
+TEST(replace_file, sets_the_mode_whatever_the_umask) {
     const temp_directory scratch;
     const std::string path = scratch.path() + "/new.json";
     for (const mode_t mask : {0000U, 0022U, 0077U}) {
@@ -60,7 +60,7 @@ TEST(replace_file, makes_a_file_of_the_mode_whatever_the_umask) {
     EXPECT_EQ(entries_in(scratch), 1U);
 }
 
-TEST(replace_file, leaves_the_old_one_to_who_has_it_open) {
+TEST(replace_file, leaves_the_old_file_to_programs_that_have_it_open) {
     const temp_directory scratch;
     const std::string path = scratch.write("file", "old text");
     std::ifstream reader(path, std::ios::binary);
@@ -69,7 +69,7 @@ TEST(replace_file, leaves_the_old_one_to_who_has_it_open) {
     EXPECT_EQ(content(path), "new");
 }
 
-TEST(replace_file, takes_a_path_in_the_current_directory) {
+TEST(replace_file, accepts_a_path_in_the_current_directory) {
     const temp_directory scratch;
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(scratch.path());
@@ -78,7 +78,7 @@ TEST(replace_file, takes_a_path_in_the_current_directory) {
     EXPECT_EQ(content(scratch.path() + "/plain"), "text");
 }
 
-TEST(replace_file, refuses_what_is_no_regular_file) {
+TEST(replace_file, rejects_a_path_that_is_not_a_regular_file) {
     const socket_directory scratch;
     const std::string at = scratch.path();
     ASSERT_EQ(mkdir((at + "/directory").c_str(), 0755), 0);
@@ -101,7 +101,7 @@ TEST(replace_file, refuses_what_is_no_regular_file) {
     EXPECT_EQ(entries_in(scratch), 7U);
 }
 
-TEST(replace_file, says_why_it_cannot) {
+TEST(replace_file, reports_why_it_fails) {
     EXPECT_EQ(refusal("/nowhere/file"), "/nowhere/file: No such file or directory");
     EXPECT_EQ(refusal(""), ": No such file or directory");
     const temp_directory scratch;
@@ -110,13 +110,13 @@ TEST(replace_file, says_why_it_cannot) {
     EXPECT_EQ(entries_in(scratch), 0U);
 }
 
-TEST(replace_file, leaves_everything_as_it_was_when_the_disk_is_full) {
+TEST(replace_file, changes_nothing_if_the_disk_is_full) {
     const temp_directory scratch;
     const std::string path = scratch.write("file", "old");
     {
         const file_size_limit full(2);
         EXPECT_EQ(refusal(path), path + ": File too large");
-        // As a process has it that nobody told about the signal.
+        // The default for a process.
         const auto ignored = std::signal(SIGXFSZ, SIG_DFL);
         EXPECT_EQ(refusal(path), path + ": File too large");
         std::signal(SIGXFSZ, ignored);

@@ -10,7 +10,7 @@
 
 namespace {
 
-// What is shown of a device that has nothing, by sections.
+// The tables of an empty device.
 constexpr auto no_streams =
     R"(STREAM  IDENTITY  FORMAT  RESOLUTION  ASKED FPS  FPS  BIT RATE  RUN TIME  FRAMES  FAILED  CLIENTS
     none
@@ -41,16 +41,16 @@ IDENTITY  STREAMS STARTED
     none
 )";
 
-// Returns the snapshot of a device that has nothing but what these members hold.
+// Members of a snapshot, by default those of an empty device.
 struct members {
     std::string streams = R"("debug": {}, "quota": {}, "limit": {}, "all": [])";
     std::string channels = R"("info": {"input.count": 0}, "all": [])";
     std::string more = R"("system": {"caps": {}})";
 };
 
-std::string device_with(const members& has) {
-    return R"({"stream": {)" + has.streams + R"(}, "channel": {)" + has.channels + "}, " +
-           has.more + "}";
+std::string snapshot_of(const members& members) {
+    return R"({"stream": {)" + members.streams + R"(}, "channel": {)" + members.channels + "}, " +
+           members.more + "}";
 }
 
 struct sections {
@@ -62,20 +62,20 @@ struct sections {
     std::string identities = no_identities;
 };
 
-result showing(const sections& shown) {
-    return ended(0, shown.streams + shown.quotas + shown.channels + shown.inputs + shown.output +
-                        shown.identities);
+result showing(const sections& sections) {
+    return ended(0, sections.streams + sections.quotas + sections.channels + sections.inputs +
+                        sections.output + sections.identities);
 }
 
-result show(const members& has, const std::vector<std::string>& environment = {}) {
-    return oru_snapshot_beside(device_with(has), {"show"}, {.environment = environment});
+result show(const members& members, const std::vector<std::string>& environment = {}) {
+    return oru_snapshot_beside(snapshot_of(members), {"show"}, {.environment = environment});
 }
 
-TEST(show, shows_a_device_that_has_nothing) {
+TEST(show, shows_an_empty_device) {
     EXPECT_EQ(show({}), showing({}));
 }
 
-TEST(show, lines_up_hostile_texts) {
+TEST(show, aligns_hostile_texts) {
     EXPECT_EQ(
         show({.streams = R"("debug": {}, "quota": {}, "limit": {}, "all": [
                         {"id": 0, "info": {}, "settings": {}, "debug": {}},
@@ -116,7 +116,7 @@ TEST(show, shows_the_largest_figures) {
 )"}));
 }
 
-TEST(show, says_in_its_place_what_was_not_answered) {
+TEST(show, shows_failures_in_place) {
     EXPECT_EQ(
         show({.streams = R"("debug": {"$error": "no\ncounters"}, "quota": {"$error": "no quota"},
                             "limit": {"$error": ""}, "all": [
@@ -178,7 +178,7 @@ IDENTITY  STREAMS STARTED
 )"}));
 }
 
-TEST(show, says_that_lists_were_not_answered) {
+TEST(show, shows_failures_of_lists) {
     EXPECT_EQ(
         show({.streams = R"("debug": {}, "quota": {}, "limit": {}, "all": {"$error": "busy"})",
               .channels = R"("info": {"input.count": 0}, "all": {"$error": "gone"},
@@ -198,7 +198,7 @@ INPUT  CAPTURE  CROP  LARGEST CROP
 )"}));
 }
 
-TEST(show, takes_what_is_in_use_from_the_first_who_tells) {
+TEST(show, takes_usage_from_the_first_stream_that_reports_it) {
     EXPECT_EQ(
         show({.streams = R"("debug": {"global.capacity": 1, "global.raw.peers": 7,
                                       "global.capacity.peak": 524288,
@@ -260,7 +260,22 @@ INPUT  CAPTURE  CROP        LARGEST CROP
 )"}));
 }
 
-TEST(show, asks_for_no_more_inputs_than_there_can_be) {
+// All bits set are what the service's getter returns if there is no pair.
+TEST(show, shows_no_largest_crop_of_all_bits_set) {
+    EXPECT_EQ(show({.channels = R"("info": {"input.count": 2}, "all": [])",
+                    .more = R"("system": {"caps": {}}, "input": {"all": [
+                  {"id": 1, "info": {"crop.possible": true, "crop.max": [4294967295, 4294967295]},
+                   "crop": [1, 2, 3, 4], "resolution_unrotated": {"capture": [640, 360]}},
+                  {"id": 2, "info": {"crop.possible": true, "crop.max": [4294967295, 4294967294]},
+                   "crop": [1, 2, 3, 4], "resolution_unrotated": {"capture": [640, 360]}}]})"}),
+              showing({.inputs = R"(
+INPUT  CAPTURE  CROP        LARGEST CROP
+    1  640x360  3x4 at 1,2  -
+    2  640x360  3x4 at 1,2  4294967295x4294967294
+)"}));
+}
+
+TEST(show, queries_at_most_1024_counted_inputs) {
     const result got = show({.channels = R"("info": {"input.count": 4294967295}, "all": [])"});
     EXPECT_EQ(got.status, 0);
     EXPECT_NE(got.out.find("\n 1024  ?        ?     ?\n"
@@ -271,10 +286,10 @@ TEST(show, asks_for_no_more_inputs_than_there_can_be) {
 }
 
 std::string shown_output(const std::string& settings, const std::string& info) {
-    const members has{.more = R"("system": {"caps": {"output": true}}, "output": {"all": [
+    const members members{.more = R"("system": {"caps": {"output": true}}, "output": {"all": [
                                   {"id": 0, "settings": )" +
-                              settings + R"(, "info": )" + info + "}]}"};
-    const result got = show(has);
+                                  settings + R"(, "info": )" + info + "}]}"};
+    const result got = show(members);
     EXPECT_EQ(got.status, 0);
     const std::string before = std::string(no_streams) + no_quotas + no_channels + no_inputs;
     EXPECT_TRUE(got.out.starts_with(before) && got.out.ends_with(no_identities)) << got;
@@ -324,35 +339,37 @@ b                       2
 )"}));
 }
 
-TEST(show, ends_with_the_reason_when_nothing_answers) {
+TEST(show, fails_with_the_reason_if_no_query_is_answered) {
     const temp_directory scratch;
     EXPECT_EQ(oru_snapshot({"show"}, {.environment = {"ORU_SNAPSHOT=/no\nwhere"}}),
               ended(1, "", "oru-snapshot: /no\\nwhere: No such file or directory\n"));
     EXPECT_EQ(oru_snapshot_beside(R"({"stream": {"all": {"$error": "first"}}})", {"show"}),
               ended(1, "", "oru-snapshot: first\n"));
-    // The mode is not shown, but a service that tells it is there.
+    // The mode is not shown, but a service that answers it was reached.
     EXPECT_EQ(oru_snapshot_beside(R"({"mode": {"info": {}}})", {"show"}).status, 0);
     EXPECT_EQ(oru_snapshot_beside(R"({"output": {"all": [{"id": 0}]}})", {"show"}).status, 0);
 }
 
-TEST(show, says_when_its_output_is_lost) {
+TEST(show, fails_if_its_output_is_lost) {
     EXPECT_EQ(
-        oru_snapshot_beside(device_with({}), {"show"}, {.stdout_to = "/dev/full"}),
+        oru_snapshot_beside(snapshot_of({}), {"show"}, {.stdout_to = "/dev/full"}),
         ended(1, "", "oru-snapshot: cannot write to standard output: No space left on device\n"));
-    EXPECT_EQ(oru_snapshot_beside(device_with({}), {"show"}, {.stdout_to = closed_stream}),
+    EXPECT_EQ(oru_snapshot_beside(snapshot_of({}), {"show"}, {.stdout_to = closed_stream}),
               ended(1, "", "oru-snapshot: cannot write to standard output: Bad file descriptor\n"));
 }
 
-// What a terminal gets that is the program's standard output.
-std::string shown_on_terminal(const members& has, const std::vector<std::string>& environment) {
+// Returns the output of the program on a terminal.
+std::string shown_on_terminal(const members& members, const std::vector<std::string>& environment) {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     EXPECT_GE(terminal, 0);
     EXPECT_EQ(grantpt(terminal), 0);
     EXPECT_EQ(unlockpt(terminal), 0);
-    const result got = oru_snapshot_beside(
-        device_with(has), {"show"}, {.environment = environment, .stdout_to = ptsname(terminal)});
+    const result got =
+        oru_snapshot_beside(snapshot_of(members), {"show"},
+                            {.environment = environment, .stdout_to = ptsname(terminal)});
     EXPECT_EQ(got, ended(0, ""));
-    // What was written arrives in pieces. After the last one, reading fails: the program is gone.
+    // The output arrives in pieces. After the last one, reading fails because the program
+    // has ended.
     std::string shown;
     char piece[4096];
     for (ssize_t length = 0; (length = read(terminal, piece, sizeof piece)) > 0;) {
@@ -363,8 +380,8 @@ std::string shown_on_terminal(const members& has, const std::vector<std::string>
     return shown;
 }
 
-TEST(show, colours_what_is_wrong_on_a_terminal) {
-    const members has{.streams = R"("debug": {}, "quota": {}, "limit": {}, "all": [
+TEST(show, colours_problems_on_a_terminal) {
+    const members members{.streams = R"("debug": {}, "quota": {}, "limit": {}, "all": [
         {"id": 1, "info": {"statistics.failed_frames": 9}, "settings": {}, "debug": {}},
         {"id": 2, "info": {"statistics.failed_frames": 0}, "settings": {}, "debug": {}},
         {"id": 3, "info": {}, "settings": {}, "debug": {"$error": "busy"}}])"};
@@ -388,10 +405,10 @@ TEST(show, colours_what_is_wrong_on_a_terminal) {
         "\033[1;31mdebug failed: busy\033[0m\n";
     const std::string coloured = showing(expected).out;
 
-    EXPECT_EQ(shown_on_terminal(has, {}), coloured);
-    EXPECT_EQ(shown_on_terminal(has, {"NO_COLOR="}), coloured);
-    EXPECT_EQ(shown_on_terminal(has, {"NO_COLOR=1"}), plain);
-    EXPECT_EQ(show(has).out, plain);
+    EXPECT_EQ(shown_on_terminal(members, {}), coloured);
+    EXPECT_EQ(shown_on_terminal(members, {"NO_COLOR="}), coloured);
+    EXPECT_EQ(shown_on_terminal(members, {"NO_COLOR=1"}), plain);
+    EXPECT_EQ(show(members).out, plain);
 }
 
 }  // namespace

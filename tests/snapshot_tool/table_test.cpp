@@ -10,7 +10,7 @@ table two_columns() {
     return table({{"NAME", align::left}, {"COUNT", align::right}});
 }
 
-TEST(table, lines_columns_up) {
+TEST(table, aligns_columns) {
     table shown = two_columns();
     shown.add_row({{"recorder"}, {"12"}});
     shown.add_row({{"日本"}, {"123456"}});
@@ -32,13 +32,13 @@ TEST(table, ends_no_line_with_blanks) {
               "    2\n");
 }
 
-TEST(table, says_when_it_is_empty) {
+TEST(table, shows_that_it_is_empty) {
     EXPECT_EQ(two_columns().text(false),
               "NAME  COUNT\n"
               "    none\n");
 }
 
-TEST(table, keeps_failures_under_their_rows) {
+TEST(table, shows_failures_below_their_rows) {
     table shown = two_columns();
     shown.add_row({{"recorder"}, {"?"}});
     shown.add_failure("no answer, and a long reason for that");
@@ -50,7 +50,7 @@ TEST(table, keeps_failures_under_their_rows) {
               "wall          7\n");
 }
 
-TEST(table, colours_what_is_alarming) {
+TEST(table, colours_alarming_cells) {
     table shown = two_columns();
     shown.add_row({{"recorder"}, {.text = "9", .is_alarming = true}});
     shown.add_failure("no answer");

@@ -1,6 +1,6 @@
-// Makes each answer that a full snapshot records fail in turn, first with an error in its place,
-// then by leaving it out, and runs both tools with every switch. What each section has to do then
-// stands here as a small model: the section's text, and how the failure changes it.
+// Makes each answer of a full snapshot fail in turn, first recorded as an error, then left out, and
+// runs both tools with every switch. A small model of each section in this file computes the
+// expected text: the section's text, and how the failure changes it.
 #include <algorithm>
 #include <filesystem>
 #include <functional>
@@ -66,32 +66,32 @@ const std::string full_snapshot = R"({
     "output": {"all": [{"id": 0, "info": {"running": false}, "settings": {"enabled": true}}]}
 })";
 
-// --- Where answers stand -------------------------------------------------------------------------
+// --- Answers and their paths ---------------------------------------------------------------------
 
-// A member's name or a place in a list.
+// A member's name or an index in a list.
 using step = std::variant<std::string, std::size_t>;
 
-// An answer of a snapshot. Its kind is its path without the places in lists: "stream.all[].info".
+// An answer of a snapshot. Its kind is its path without the indexes: "stream.all[].info".
 struct answer {
     std::vector<step> path;
     std::string kind;
-    std::size_t index = 0;  // the place in the only list on the path
+    std::size_t index = 0;  // in the only list on the path
 };
 
-// What holds answers and is none.
-const std::set<std::string> holders = {
+// Contain answers, but are not answers themselves.
+const std::set<std::string> containers = {
     "",        "stream",        "stream.all[]",
     "channel", "channel.all[]", "channel.all[].resolutions",
     "input",   "input.all",     "input.all[].resolution_unrotated",
     "output",  "output.all"};
-// What holds answers and is one: for an object, that it can be had at all.
-const std::set<std::string> answers_and_holders = {"system",      "mode",        "stream.all",
-                                                   "channel.all", "input.all[]", "output.all[]"};
-// What is neither.
-const std::set<std::string> no_answers = {"stream.all[].id",          "channel.all[].id",
-                                          "input.all[].id",           "output.all[].id",
-                                          "channel.all[].properties", "formats"};
-// The other kinds of answers, which hold maps and numbers.
+// Contain answers, and are answers themselves: for an object, that it can be opened.
+const std::set<std::string> answers_and_containers = {"system",      "mode",        "stream.all",
+                                                      "channel.all", "input.all[]", "output.all[]"};
+// Neither.
+const std::set<std::string> not_answers = {"stream.all[].id",          "channel.all[].id",
+                                           "input.all[].id",           "output.all[].id",
+                                           "channel.all[].properties", "formats"};
+// The other answers: maps and numbers.
 const std::set<std::string> plain_answers = {"system.caps",
                                              "mode.info",
                                              "stream.debug",
@@ -113,20 +113,20 @@ const std::set<std::string> plain_answers = {"system.caps",
                                              "output.all[].settings"};
 
 void walk(const json& node, const answer& here, std::vector<answer>& found) {
-    const bool answers = answers_and_holders.contains(here.kind);
-    if (no_answers.contains(here.kind)) {
+    const bool is_answer = answers_and_containers.contains(here.kind);
+    if (not_answers.contains(here.kind)) {
         return;
     }
-    if (answers || !holders.contains(here.kind)) {
+    if (is_answer || !containers.contains(here.kind)) {
         found.push_back(here);
     }
-    if (!answers && !holders.contains(here.kind)) {
-        return;  // a map or numbers: nothing below is an answer
+    if (!is_answer && !containers.contains(here.kind)) {
+        return;  // a map or numbers: contains no further answers
     }
     if (const auto* members = node.get_if<json::object_t>()) {
         for (const auto& [name, member] : *members) {
             if (name == "$error") {
-                continue;  // the answer here is recorded as a failure
+                continue;  // an answer recorded as a failure
             }
             answer below = here;
             below.path.emplace_back(std::string(name));
@@ -160,22 +160,22 @@ std::vector<answer> answers_of(const json& document) {
 
 // --- Failures ------------------------------------------------------------------------------------
 
-enum class way { error_in_its_place, left_out };
+enum class failure_form { error_in_its_place, left_out };
 
 const std::string error_text = "this {} fails: 100%s";
-// Stands for a message whose words are the client library's own: not empty, on one line.
+// Placeholder for a message with the client library's own wording: not empty, on one line.
 const std::string any_message = "\x1a";
 
 struct failure {
     answer what;
-    way how;
+    failure_form form;
 
     bool hits(std::string_view kind) const { return what.kind == kind; }
     bool hits(std::string_view kind, std::size_t index) const {
         return what.kind == kind && what.index == index;
     }
     const std::string& message() const {
-        return how == way::error_in_its_place ? error_text : any_message;
+        return form == failure_form::error_in_its_place ? error_text : any_message;
     }
 };
 
@@ -187,28 +187,28 @@ std::string name_of(const failure& which) {
                     : std::to_string(std::get<std::size_t>(each));
         name += "_";
     }
-    return name + (which.how == way::left_out ? "left_out" : "error");
+    return name + (which.form == failure_form::left_out ? "left_out" : "error");
 }
 
 void PrintTo(const failure& which, std::ostream* stream) {
     *stream << name_of(which);
 }
 
-// Nothing fails.
-const failure none{{{}, "nothing", 0}, way::left_out};
+const failure no_failure{{{}, "nothing", 0}, failure_form::left_out};
 
 std::vector<failure> all_failures() {
     std::vector<failure> all;
     for (const answer& each : answers_of(parse(full_snapshot))) {
-        all.push_back({each, way::error_in_its_place});
-        all.push_back({each, way::left_out});
+        all.push_back({each, failure_form::error_in_its_place});
+        all.push_back({each, failure_form::left_out});
     }
-    // The one answer that is only ever recorded as an error.
-    all.push_back({{{"channel", "filtered"}, "channel.filtered", 0}, way::error_in_its_place});
+    // A full snapshot does not record this answer: the filtered list follows from `properties`.
+    all.push_back(
+        {{{"channel", "filtered"}, "channel.filtered", 0}, failure_form::error_in_its_place});
     return all;
 }
 
-// The text of the full snapshot with that failure in it.
+// Returns the text of the full snapshot with that failure.
 std::string snapshot_with(const failure& which) {
     json document = parse(full_snapshot);
     json* parent = nullptr;
@@ -219,7 +219,7 @@ std::string snapshot_with(const failure& which) {
                     ? &parent->get<json::object_t>()[std::get<std::string>(each)]
                     : &parent->get<json::array_t>()[std::get<std::size_t>(each)];
     }
-    if (which.how == way::error_in_its_place) {
+    if (which.form == failure_form::error_in_its_place) {
         json error;
         if (which.hits("input.all[]") || which.hits("output.all[]")) {
             error["id"] = place->get<json::object_t>().at("id").get<double>();
@@ -238,7 +238,7 @@ std::string snapshot_with(const failure& which) {
 
 // --- The model: what each section prints ---------------------------------------------------------
 
-// A section's text; one with a line for standard error ends the run.
+// A section's output. A section with a line for standard error ends the run.
 struct printed {
     std::string out;
     std::string err;
@@ -322,20 +322,20 @@ printed list_streams(const failure& failing) {
         return {"",
                 "oru-serverreport-tool: Failed to get all streams: " + failing.message() + "\n"};
     }
-    const auto kept = [&](const std::vector<std::string>& lines) {
-        std::vector<std::string> left;
+    const auto remaining = [&](const std::vector<std::string>& lines) {
+        std::vector<std::string> reported;
         for (std::size_t i = 0; i < lines.size(); ++i) {
             if (!failing.hits("stream.all[].info", i) &&
                 !failing.hits("stream.all[].settings", i) &&
                 !failing.hits("stream.all[].debug", i)) {
-                left.push_back(lines[i]);
+                reported.push_back(lines[i]);
             }
         }
-        return joined(left, ",\n") + "\n";
+        return joined(reported, ",\n") + "\n";
     };
     return {"----- Snapshot of all running streams -----\n\n{\n    \"streams\" : [\n" +
-                kept(summaries) + "    ],\n\n    \"streaminfo\" : [\n" + kept(settings) +
-                "    ],\n\n    \"streamstatistics\" : [\n" + kept(statistics) + "    ]\n}\n\n",
+                remaining(summaries) + "    ],\n\n    \"streaminfo\" : [\n" + remaining(settings) +
+                "    ],\n\n    \"streamstatistics\" : [\n" + remaining(statistics) + "    ]\n}\n\n",
             ""};
 }
 
@@ -346,22 +346,22 @@ printed stream_quotas(const failure& failing) {
     if (failing.hits("stream.limit")) {
         return {"", "oru-serverreport-tool: Failed to get limit: " + failing.message() + "\n"};
     }
-    // The second stream is the first that is encoded; the third is the next, and the first answers
-    // when the one that was chosen does not.
+    // The section asks the first encoded stream: the second one, or without its settings the third.
+    // If the chosen stream does not answer, it asks the first stream.
     std::string capacity = failing.hits("stream.all[].settings", 1) ? "53" : "52";
     if (failing.hits("stream.all[].debug", 1)) {
         capacity = "51";
     }
-    const bool current = !failing.hits("stream.all");
+    const bool has_current = !failing.hits("stream.all");
     std::string out =
         "----- Stream Quotas and Limits -----\n\n{\n    \"streammaximumquota\" : [\n"
         "        {\"buffering\":\"6\",\"hard\":\"120\",\"soft\":\"100\"}\n    ],\n\n";
-    if (current) {
+    if (has_current) {
         out += "    \"streamcurrentquota\" : [\n        {\"hard\":\"" + capacity +
                "\",\"soft\":\"" + capacity + "\"}\n    ],\n\n";
     }
     out += "    \"streammaximumlimits\" : [\n        {\"encode\":\"20\",\"other\":\"20\"}\n";
-    if (current) {
+    if (has_current) {
         out +=
             "    ],\n\n    \"streamcurrentlimits\" : [\n"
             "        {\"jpeg\":\"0\",\"motion encoded\":\"0\",\"other\":\"0\"}\n";
@@ -400,12 +400,12 @@ printed list_channels(const failure& failing) {
         if (failing.hits("channel.all[].info", i)) {
             return {out + "Failed to get channel info: " + failing.message() + "\n", ""};
         }
-        const bool zeros =
+        const bool is_zero =
             failing.hits("channel.all[].crop", i) || failing.hits("channel.all[].crop_max", i);
-        out += zeros ? "        {\"id/" + std::to_string(i) +
-                           R"(":{"crop":"Yes","height":0,"maxheight":0,"maxwidth":0,"width":0,)" +
-                           R"("x":0,"y":0}})"
-                     : lines[i];
+        out += is_zero ? "        {\"id/" + std::to_string(i) +
+                             R"(":{"crop":"Yes","height":0,"maxheight":0,"maxwidth":0,"width":0,)" +
+                             R"("x":0,"y":0}})"
+                       : lines[i];
     }
     return {out + "\n    ]\n}\n", ""};
 }
@@ -460,7 +460,7 @@ using section = std::function<printed(const failure&)>;
 struct tool_run {
     decltype(&tlm) tool;
     std::vector<std::string> arguments;
-    std::vector<section> sections;  // in the order in which they run
+    std::vector<section> sections;  // in the order of the report
 };
 
 const std::vector<tool_run> runs = {
@@ -484,7 +484,7 @@ const std::vector<tool_run> runs = {
     {report, {"-cai"}, {list_channels, available_resolutions, list_inputs}},
 };
 
-// What the sections print, up to the first that ends the run.
+// Returns the output of the sections, up to the first that ends the run.
 result expected_of(const std::vector<section>& sections, const failure& failing) {
     result expected = ended(0, "");
     for (const section& each : sections) {
@@ -499,7 +499,7 @@ result expected_of(const std::vector<section>& sections, const failure& failing)
     return expected;
 }
 
-// Whether the text is the expected one, in which `any_message` stands for a message.
+// Returns whether the text is the expected one, in which `any_message` matches any message.
 bool matches(std::string_view text, std::string_view expected) {
     const std::size_t message = expected.find(any_message);
     if (message == std::string_view::npos) {
@@ -527,20 +527,20 @@ void check(const failure& failing, const std::string& snapshot) {
 }
 
 TEST(failure_matrix, without_a_failure) {
-    check(none, full_snapshot);
+    check(no_failure, full_snapshot);
 }
 
-TEST(failure_matrix, every_kind_of_answer_is_there_and_known) {
+TEST(failure_matrix, contains_every_kind_of_answer) {
     std::set<std::string> known = plain_answers;
-    known.insert(answers_and_holders.begin(), answers_and_holders.end());
-    std::set<std::string> there;
+    known.insert(answers_and_containers.begin(), answers_and_containers.end());
+    std::set<std::string> tested;
     for (const failure& each : all_failures()) {
-        there.insert(each.what.kind);
+        tested.insert(each.what.kind);
     }
-    EXPECT_EQ(there, known);
+    EXPECT_EQ(tested, known);
 }
 
-TEST(failure_matrix, the_examples_hold_no_other_kind_of_answer) {
+TEST(failure_matrix, the_examples_contain_no_other_kind_of_answer) {
     std::size_t examples = 0;
     for (const auto& file : std::filesystem::directory_iterator(ORU_EXAMPLES_DIR)) {
         if (file.path().extension() != ".json") {
@@ -551,7 +551,7 @@ TEST(failure_matrix, the_examples_hold_no_other_kind_of_answer) {
         ASSERT_FALSE(bool(glz::file_to_buffer(text, file.path().string())));
         for (const answer& each : answers_of(parse(text))) {
             EXPECT_TRUE(plain_answers.contains(each.kind) ||
-                        answers_and_holders.contains(each.kind))
+                        answers_and_containers.contains(each.kind))
                 << file.path() << ": " << each.kind;
         }
     }
@@ -560,7 +560,7 @@ TEST(failure_matrix, the_examples_hold_no_other_kind_of_answer) {
 
 class failure_matrix_of : public testing::TestWithParam<failure> {};
 
-TEST_P(failure_matrix_of, each_section_does_what_it_does_for_that_failure) {
+TEST_P(failure_matrix_of, each_section_prints_what_the_model_prints) {
     check(GetParam(), snapshot_with(GetParam()));
 }
 

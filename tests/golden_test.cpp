@@ -1,5 +1,5 @@
-// Whole reports of the examples, compared with golden files that were read line by line when they
-// were made.
+// Compares whole reports of the examples with golden files. Each line of a golden file was checked
+// by hand when the file was created.
 
 #include <filesystem>
 #include <fstream>
@@ -27,19 +27,19 @@ std::string golden(const std::string& name) {
     return content(std::filesystem::path(ORU_GOLDEN_DIR) / (name + ".txt"));
 }
 
-TEST(golden, there_is_one_for_every_example_and_tool) {
-    std::set<std::string> wanted;
+TEST(golden, every_example_has_one_for_each_tool) {
+    std::set<std::string> expected;
     for (const auto& entry : std::filesystem::directory_iterator(ORU_EXAMPLES_DIR)) {
         if (entry.path().extension() == ".json") {
-            wanted.insert(entry.path().stem().string() + ".tlm.txt");
-            wanted.insert(entry.path().stem().string() + ".report.txt");
+            expected.insert(entry.path().stem().string() + ".tlm.txt");
+            expected.insert(entry.path().stem().string() + ".report.txt");
         }
     }
     std::set<std::string> found;
     for (const auto& entry : std::filesystem::directory_iterator(ORU_GOLDEN_DIR)) {
         found.insert(entry.path().filename().string());
     }
-    EXPECT_EQ(found, wanted);
+    EXPECT_EQ(found, expected);
 }
 
 TEST(golden, two_input_encoder) {
@@ -49,7 +49,7 @@ TEST(golden, two_input_encoder) {
               ended(0, golden("two-input-encoder.report")));
 }
 
-// A recording of the one before.
+// A recording of two-input-encoder.
 TEST(golden, recorded_encoder) {
     const std::string snapshot = example("recorded-encoder");
     EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("recorded-encoder.tlm")));

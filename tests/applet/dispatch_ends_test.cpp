@@ -1,5 +1,5 @@
-// How the program ends when a tool does: main is this test's applet_main, and the tools are its
-// own.
+// How the program ends after a tool has ended. Here main is called applet_main, and this test
+// replaces the tools.
 #include <csignal>
 #include <cstring>
 #include <stdexcept>
@@ -24,7 +24,7 @@ int serverreport_tool_main(int, char**) {
 
 namespace {
 
-// The runtime calls this where nobody handles an exception.
+// noexcept, so that an unhandled exception ends the process as it does in main.
 int run(const char* tool, const char* argument) noexcept {
     char* argv[] = {const_cast<char*>(tool), const_cast<char*>(argument), nullptr};
     return applet_main(2, argv);

@@ -1,4 +1,4 @@
-// Which tool runs under which name, and how the program ends when none does.
+// Which tool runs under which name, and how the program ends if no tool runs.
 #include <csignal>
 #include <string>
 #include <utility>
@@ -14,8 +14,8 @@ namespace {
 
 const std::string refusal = "oru-cgi-applet: Invoke 'oru-tlm-tool' or 'oru-serverreport-tool'!\n";
 
-// The service cannot be reached, and there is a record of earlier assertions: so each of the two
-// tools has something of its own to say.
+// Without a service, but with a record of earlier assertions, each of the two tools prints
+// something different.
 result run_as(const std::string& name, const std::vector<std::string>& arguments) {
     const temp_directory etc;
     etc.write("dsp-assertion", "{}");
@@ -55,7 +55,7 @@ TEST(dispatch, the_installed_links_run_their_tools) {
               "----- Previous DSP assertions -----\n\n[]\n\n");
 }
 
-TEST(dispatch, any_other_name_is_refused) {
+TEST(dispatch, any_other_name_is_rejected) {
     for (const char* name : {"oru-tlm-tool/",
                              "oru-serverreport-tool/",
                              "ORU-TLM-TOOL",
@@ -84,12 +84,12 @@ TEST(dispatch, any_other_name_is_refused) {
     }
 }
 
-TEST(dispatch, the_executable_under_its_own_name_is_refused) {
+TEST(dispatch, the_executable_under_its_own_name_is_rejected) {
     EXPECT_EQ(run({.executable = program("oru-cgi-applet"), .argv = {program("oru-cgi-applet")}}),
               ended(1, "", refusal));
 }
 
-TEST(dispatch, the_refusal_keeps_its_status_when_nobody_hears_it) {
+TEST(dispatch, the_rejection_keeps_its_status_if_its_output_is_lost) {
     for (const std::string& to : unwritable) {
         EXPECT_EQ(run({.executable = program("oru-cgi-applet"), .argv = {"x"}, .stderr_to = to}),
                   ended(1, ""));
@@ -98,19 +98,20 @@ TEST(dispatch, the_refusal_keeps_its_status_when_nobody_hears_it) {
     }
 }
 
-TEST(dispatch, arguments_that_no_shell_gives_are_asserted_against) {
+TEST(dispatch, arguments_that_no_shell_passes_fail_an_assertion) {
     const temp_directory etc;
-    for (const auto& [odd, expression] : {std::pair<std::string, std::string>{"argc", "argc > 0"},
-                                          {"argv", "argv"},
-                                          {"argv[0]", "argv[0]"}}) {
+    for (const auto& [missing, expression] :
+         {std::pair<std::string, std::string>{"argc", "argc > 0"},
+          {"argv", "argv"},
+          {"argv[0]", "argv[0]"}}) {
         command what{.executable = program("oru-tlm-tool"),
                      .argv = {"oru-tlm-tool", "-q"},
                      .environment = etc_oru_in(etc.path())};
-        what.environment.push_back("ORU_TEST_MAIN=" + odd);
+        what.environment.push_back("ORU_TEST_MAIN=" + missing);
         const result got = run(what);
         EXPECT_EQ(got.signal, SIGABRT) << got;
         EXPECT_EQ(got.out, "");
-        // Between the two stands the line number.
+        // The line number follows.
         EXPECT_TRUE(got.err.starts_with("oru-tlm-tool: oru-cgi-applet.cpp:")) << got;
         EXPECT_NE(got.err.find(": int main(int, char**): Assertion `" + expression + "' failed.\n"),
                   std::string::npos)
@@ -118,8 +119,8 @@ TEST(dispatch, arguments_that_no_shell_gives_are_asserted_against) {
     }
 }
 
-// A sanitizer's own allocator cannot be made to fail: the preset leaves this test out.
-TEST(dispatch, an_exception_before_a_tool_runs_is_told_with_status_0) {
+// The preset for sanitizers skips this test, because their allocator cannot be made to fail.
+TEST(dispatch, an_exception_before_a_tool_runs_is_reported_with_status_0) {
     const std::string name = std::string(120000, 'x') + "/oru-tlm-tool";
     EXPECT_EQ(
         run({.executable = program("oru-cgi-applet"),

@@ -1,4 +1,4 @@
-// The fatal exits: what they write, in how many writes, and with which status they end.
+// The fatal exits: their writes and their status.
 #include "applet/fatal.h"
 
 #include <sys/socket.h>
@@ -13,7 +13,7 @@
 
 namespace {
 
-// What a fatal exit wrote on standard error, each write by itself, and its status.
+// The single writes of a fatal exit to standard error, and its status.
 struct ending {
     std::vector<std::string> writes;
     int status;
@@ -27,7 +27,7 @@ void PrintTo(const ending& shown, std::ostream* stream) {
 
 template <class Exit>
 ending ending_of(const Exit& exit) {
-    // Each write becomes a message of its own.
+    // With SOCK_SEQPACKET, each write is a separate message.
     int ends[2];
     EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
     const pid_t child = fork();
@@ -36,7 +36,7 @@ ending ending_of(const Exit& exit) {
         close(ends[0]);
         close(ends[1]);
         exit();
-        _exit(2);  // it came back
+        _exit(2);  // exit() returned
     }
     close(ends[1]);
     ending got{};

@@ -1,5 +1,5 @@
-// Standard output and standard error that take only the first bytes: a run whose report was lost,
-// even its last byte, says so and fails, and no run ends by a signal of its own making.
+// Standard output and standard error that accept only the first bytes. A run that loses any byte of
+// its report must report that and fail, and no run may end by a signal that it causes itself.
 #include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
@@ -25,15 +25,15 @@
 
 namespace {
 
-// How far apart the sizes are that are tried between those that matter: a sanitized or emulated run
-// takes twenty times as long.
+// The distance between the sizes that are tried, in addition to the critical sizes. A sanitized or
+// emulated run takes twenty times as long.
 const bool is_slow =
     std::getenv("ORU_TEST_SANITIZED") != nullptr || std::getenv("ORU_TEST_EMULATED") != nullptr;
 const std::size_t small_stride = is_slow ? 41 : 1;
 const std::size_t large_stride = is_slow ? 1009 : 61;
 constexpr std::size_t stdio_buffer = 4096;
 
-// Its report is short, whatever is asked, and every section has something to print.
+// Every section prints something, but not much.
 const std::string small_snapshot = R"({
     "system": {"caps": {"output": true}},
     "mode": {"info": {"fps": 25}},
@@ -51,7 +51,7 @@ std::string content_of(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// What is run, and where its streams go.
+// A command whose output can be limited.
 class tool_run {
   public:
     tool_run(const std::string& tool, const std::vector<std::string>& arguments,
@@ -61,17 +61,17 @@ class tool_run {
                  .environment = etc_oru_in(directory_.path())};
         what_.argv.insert(what_.argv.end(), arguments.begin(), arguments.end());
         what_.environment.push_back("ORU_SNAPSHOT=" + snapshot);
-        // The counts of a coverage build are a file as well.
+        // The limit would also apply to the profile of a coverage build.
         what_.environment.emplace_back("LLVM_PROFILE_FILE=/dev/null");
         directory_.write("dsp-assertion", "[1]");
     }
 
     result plain() const { return run(what_); }
 
-    // Runs with the first `bytes` of a stream taken; the stream's text in the result is what was.
+    // Runs with a stream that accepts only the first `bytes`. The result has what it accepted.
     result with_limited(std::string command::* stream, std::string result::* text,
                         std::size_t bytes) const {
-        const std::filesystem::path file = std::filesystem::path(directory_.path()) / "taken";
+        const std::filesystem::path file = std::filesystem::path(directory_.path()) / "accepted";
         std::filesystem::remove(file);
         command what = what_;
         what.*stream = file;
@@ -90,14 +90,14 @@ class tool_run {
     command what_;
 };
 
-// Every size of a short text. Of a long one, those around the ends of stdio's buffers and of the
-// report's lines and sections, and some between.
+// Returns the sizes to try: every size of a short text; of a long one, those around the ends of
+// stdio's buffers and of the report's sections, and some between.
 std::set<std::size_t> sizes_of(const std::string& text) {
     std::set<std::size_t> sizes{0, 1, text.size(), text.size() + 1};
     const auto around = [&](std::size_t size) {
-        for (const std::size_t near : {size - 1, size, size + 1}) {
-            if (near <= text.size()) {
-                sizes.insert(near);
+        for (const std::size_t each : {size - 1, size, size + 1}) {
+            if (each <= text.size()) {
+                sizes.insert(each);
             }
         }
     };
@@ -127,7 +127,7 @@ void expect_exception_line(const std::string& tool, const result& got) {
     EXPECT_TRUE(got.err.ends_with('\n')) << got;
 }
 
-void expect_no_loss_unnoticed(const tool_run& tool) {
+void expect_every_loss_reported(const tool_run& tool) {
     const result plain = tool.plain();
     ASSERT_EQ(plain.status, 0) << plain;
     ASSERT_EQ(plain.err, "");
@@ -152,32 +152,33 @@ const std::vector<tool_and_switch> every_switch =
                       {"oru-serverreport-tool", "--help"}});
 
 std::string name_of(const testing::TestParamInfo<tool_and_switch>& info) {
-    const auto& [tool, given] = info.param;
-    std::string name = tool + given;
+    const auto& [tool, switch_name] = info.param;
+    std::string name = tool + switch_name;
     std::erase_if(name, [](char c) { return c == '-'; });
     return name;
 }
 
 class each_switch : public testing::TestWithParam<tool_and_switch> {};
 
-TEST_P(each_switch, notices_every_lost_byte_of_a_short_report) {
-    const auto& [tool, given] = GetParam();
+TEST_P(each_switch, reports_every_lost_byte_of_a_short_report) {
+    const auto& [tool, switch_name] = GetParam();
     const temp_directory scratch;
-    expect_no_loss_unnoticed(
-        tool_run(tool, {given}, scratch.write("snapshot.json", small_snapshot)));
+    expect_every_loss_reported(
+        tool_run(tool, {switch_name}, scratch.write("snapshot.json", small_snapshot)));
 }
 
-TEST_P(each_switch, notices_lost_bytes_of_an_example) {
-    const auto& [tool, given] = GetParam();
-    expect_no_loss_unnoticed(tool_run(tool, {given}, ORU_EXAMPLES_DIR "/two-input-encoder.json"));
+TEST_P(each_switch, reports_lost_bytes_of_an_example) {
+    const auto& [tool, switch_name] = GetParam();
+    expect_every_loss_reported(
+        tool_run(tool, {switch_name}, ORU_EXAMPLES_DIR "/two-input-encoder.json"));
 }
 
-// Nobody reads any more: the signal that ends every program of a pipeline ends the tool as well,
-// and where it is ignored, the report is lost like any other.
+// SIGPIPE ends the tool like any program of a pipeline. If it is ignored, the lost report is
+// reported like any other.
 TEST_P(each_switch, writes_to_a_pipe_without_reader) {
-    const auto& [tool, given] = GetParam();
+    const auto& [tool, switch_name] = GetParam();
     const temp_directory scratch;
-    const tool_run run_on(tool, {given}, scratch.write("snapshot.json", small_snapshot));
+    const tool_run run_on(tool, {switch_name}, scratch.write("snapshot.json", small_snapshot));
     constexpr int inherited = 9;
     ASSERT_EQ(fcntl(inherited, F_GETFD), -1);
     int ends[2];
@@ -187,7 +188,7 @@ TEST_P(each_switch, writes_to_a_pipe_without_reader) {
     close(ends[1]);
     command through_shell = run_on.what();
     through_shell.executable = "/bin/sh";
-    through_shell.argv = {"sh", "-c", R"(exec "$@" >&9 9>&-)", "sh", program(tool), given};
+    through_shell.argv = {"sh", "-c", R"(exec "$@" >&9 9>&-)", "sh", program(tool), switch_name};
 
     const result killed = run(through_shell);
     signal(SIGPIPE, SIG_IGN);
@@ -201,7 +202,7 @@ TEST_P(each_switch, writes_to_a_pipe_without_reader) {
     expect_exception_line(tool, ignored);
 }
 
-// The section goes through GLib in no part, which would drop the reason.
+// A section that does not print through GLib, which would drop the reason.
 TEST(writes, the_reason_is_that_of_the_system) {
     const temp_directory scratch;
     const tool_run tool("oru-tlm-tool", {"-q"}, scratch.write("snapshot.json", "{}"));
@@ -217,7 +218,7 @@ TEST(writes, the_reason_is_that_of_the_system) {
     }
 }
 
-// Returns `item` for each number from 1 to 500, in which # stands for it.
+// Returns `item` for each number from 1 to 500, with the number instead of #.
 std::string five_hundred(std::string_view item) {
     std::string items;
     for (int number = 1; number <= 500; ++number) {
@@ -229,8 +230,8 @@ std::string five_hundred(std::string_view item) {
     return items;
 }
 
-// Sections longer than what stdio holds back, so that a write fails in the middle of each; and a
-// line that GLib writes, which does not say that it failed.
+// Sections that are longer than the buffer of stdio, so that a write fails in the middle of each,
+// and a line that GLib writes, which does not report the failure.
 TEST(writes, to_a_device_that_is_full) {
     const std::string streams = R"({"stream":{"debug":{)" + five_hundred(R"("identity.#":1)") +
                                 R"(},"quota":{},"limit":{},"all":[)" +
@@ -246,7 +247,7 @@ TEST(writes, to_a_device_that_is_full) {
     const std::string on_streams = scratch.write("streams.json", streams);
     const std::string on_channels = scratch.write("channels.json", channels);
     const std::string on_nothing = scratch.write("nothing.json", "{}");
-    for (const auto& [tool, given, snapshot] : {
+    for (const auto& [tool, switch_name, snapshot] : {
              std::tuple{"oru-serverreport-tool", "-lqocrai", on_streams},
              {"oru-serverreport-tool", "-c", on_channels},
              {"oru-serverreport-tool", "-a", on_channels},
@@ -256,8 +257,8 @@ TEST(writes, to_a_device_that_is_full) {
              {"oru-serverreport-tool", "-c", on_nothing},
              {"oru-serverreport-tool", "-i", on_nothing},
          }) {
-        SCOPED_TRACE(std::string(tool) + " " + given);
-        const tool_run section(tool, {given}, snapshot);
+        SCOPED_TRACE(std::string(tool) + " " + switch_name);
+        const tool_run section(tool, {switch_name}, snapshot);
         const result plain = section.plain();
         EXPECT_EQ(plain.status, 0) << plain.err;
         EXPECT_TRUE(snapshot == on_nothing || plain.out.size() > stdio_buffer + 100);
@@ -278,13 +279,13 @@ TEST(writes, to_a_device_that_is_full) {
 
 INSTANTIATE_TEST_SUITE_P(writes, each_switch, testing::ValuesIn(every_switch), name_of);
 
-// A run that says something on standard error: its status stands, whoever hears it.
+// A run that writes to standard error. Its status is the same if that output is lost.
 struct failing_run {
     const char* name;
     const char* tool;
     std::vector<std::string> arguments;
     const char* snapshot;
-    const char* record;  // of earlier assertions: a directory in its place when NULL
+    const char* record;  // of earlier assertions; NULL: a directory instead
     int status;
 };
 
@@ -320,7 +321,7 @@ const std::vector<failing_run> failing_runs = {
 
 class each_failure : public testing::TestWithParam<failing_run> {};
 
-TEST_P(each_failure, keeps_its_status_when_standard_error_is_lost) {
+TEST_P(each_failure, keeps_its_status_if_standard_error_is_lost) {
     const failing_run& failing = GetParam();
     const temp_directory scratch;
     tool_run tool(failing.tool, failing.arguments,
@@ -341,7 +342,7 @@ TEST_P(each_failure, keeps_its_status_when_standard_error_is_lost) {
         EXPECT_EQ(got.signal, 0);
         EXPECT_EQ(got.err, plain.err.substr(0, size));
         if (plain.status == 0 && size < plain.err.size()) {
-            // A complaint that would have let the report go on: its loss is an exception.
+            // The report continues after this error line, so losing the line is an exception.
             EXPECT_EQ(got.status, 1);
             EXPECT_EQ(got.out, "");
         } else {
@@ -351,7 +352,7 @@ TEST_P(each_failure, keeps_its_status_when_standard_error_is_lost) {
     }
 }
 
-// Both at once: a report that is lost makes the status 1, whether or not that can be said.
+// If a report is lost, the status is 1, even if standard error is lost too.
 TEST_P(each_failure, with_both_streams_limited) {
     const failing_run& failing = GetParam();
     const temp_directory scratch;

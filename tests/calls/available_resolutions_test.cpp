@@ -1,4 +1,4 @@
-// What the section on available resolutions asks.
+// The calls of the section on available resolutions.
 #include <string>
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// What is asked when nothing is, and what the command line's own ends give back.
+// The calls of runs without a section, and the releases when the command line ends the run.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ TEST(calls_of_command_line, with_an_unknown_switch) {
     EXPECT_EQ(report_calls(snapshot, {"--foo"}).queries, "g_option_context_new\n");
 }
 
-// Each section by itself, one after the other.
+// The sections make their calls one after the other.
 TEST(calls_of_command_line, of_all_sections_of_the_feeder_tool) {
     EXPECT_EQ(tlm_calls("{}", {"-isq"}).queries, R"(g_option_context_new
 oru_stream_get_debug(NULL, &error) -> failed

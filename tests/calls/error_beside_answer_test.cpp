@@ -19,8 +19,8 @@ const std::string snapshot = R"({
     "output": {"all": [{"id": 0, "info": {}, "settings": {}}]}
 })";
 
-result report_with_error_of(const std::string& query, const std::string& given) {
-    return report_calls(snapshot, {given}, {"ORU_STRICT_ERROR=" + query}).ended;
+result report_with_error_of(const std::string& query, const std::string& section) {
+    return report_calls(snapshot, {section}, {"ORU_STRICT_ERROR=" + query}).ended;
 }
 
 TEST(error_beside_answer, where_the_tool_ends) {
@@ -45,7 +45,7 @@ TEST(error_beside_answer, where_a_list_of_streams_counts_as_empty) {
 }
 
 TEST(error_beside_answer, where_the_answer_is_used) {
-    for (const auto& [query, given] :
+    for (const auto& [query, section] :
          {std::pair<std::string, std::string>{"oru_stream_get_debug", "-q"},
           {"oru_system_new", "-o"},
           {"oru_system_get_caps", "-o"},
@@ -57,9 +57,9 @@ TEST(error_beside_answer, where_the_answer_is_used) {
           {"oru_channel_get_info", "-i"},
           {"oru_input_new", "-i"},
           {"oru_input_get_info", "-i"}}) {
-        const result plain = report_calls(snapshot, {given}).ended;
+        const result plain = report_calls(snapshot, {section}).ended;
         EXPECT_FALSE(plain.out.contains("Failed")) << plain;
-        EXPECT_EQ(report_with_error_of(query, given), plain) << query;
+        EXPECT_EQ(report_with_error_of(query, section), plain) << query;
     }
     EXPECT_EQ(tlm_calls(snapshot, {"-q"}, {"ORU_STRICT_ERROR=oru_stream_get_debug"}).ended,
               ended(0, "MaxBufferBytes=5\nMaxEncodeStreams=0\nMaxRawStreams=0\nVersion=1\n"));

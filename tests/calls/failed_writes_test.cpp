@@ -1,4 +1,4 @@
-// Texts that cannot be written: a JSON text by the library, and a report by the system.
+// Writes that fail: of a JSON text by the library, and of a report by the system.
 #include <string>
 #include <vector>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-// --- JSON texts: nothing of one that failed is printed ------------------------------------------
+// --- JSON texts: a text whose writing fails is not printed --------------------------------------
 
 result tlm_with_failed(int write, const std::string& given) {
     return tlm_calls(R"({"stream": {"debug": {"identity.a": 1}},
@@ -83,7 +83,7 @@ TEST(failed_json, of_a_channel_leaves_it_out) {
     ]
 }
 )"));
-    // An entry's separator is printed when the walk comes to the next channel.
+    // The separator is printed before the next channel, which then prints nothing.
     EXPECT_EQ(report_with_failed(2, snapshot, "-c"),
               ended(0, R"(----- Snapshot of channel settings -----
 
@@ -120,7 +120,7 @@ TEST(failed_json, of_an_input_leaves_it_out) {
 )"));
 }
 
-// Two streams, and the texts in which they are printed.
+// Two streams, and the texts of their report.
 const std::string streams =
     snapshot_of({{.id = "1", .settings = R"({"format": 2})"},
                  {.id = "2", .settings = R"({"format": 0, "sqz.strength": 1})"}});
@@ -160,8 +160,8 @@ result stream_report(const std::string& first, const std::string& second,
                         "    ],\n\n    \"streamstatistics\" : [\n" + third + "    ]\n}\n\n");
 }
 
-// The separators of the other lines stay as they are.
-TEST(failed_json, of_a_stream_leaves_out_what_it_was_for) {
+// The separators of the other lines do not change.
+TEST(failed_json, of_a_stream_leaves_out_its_part) {
     EXPECT_EQ(report_with_failed(0, streams, "-l"), stream_report(summaries, settings, statistics));
     EXPECT_EQ(report_with_failed(1, streams, "-l"),
               stream_report(summary("2", "h264") + "\n", settings, statistics));
@@ -185,7 +185,7 @@ TEST(failed_json, of_a_stream_leaves_out_what_it_was_for) {
 
 // --- Reports: a write that fails is the last step -----------------------------------------------
 
-// Each report is longer than what the stream holds back, so that a write fails in its midst.
+// Each report is longer than the buffer of the stream, so that a write fails in the middle of it.
 TEST(failed_output, ends_the_queries_of_the_feeder_tool) {
     std::string keys = R"("a": 1)";
     for (int i = 0; i < 500; ++i) {

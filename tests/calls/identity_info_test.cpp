@@ -1,4 +1,4 @@
-// What the identity report asks.
+// The calls of the identity report.
 #include <string>
 
 #include <gtest/gtest.h>

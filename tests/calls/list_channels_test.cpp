@@ -1,4 +1,4 @@
-// What the channel snapshot asks.
+// The calls of the section on channels.
 #include <string>
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// What the section on the inputs asks.
+// The calls of the section on inputs.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 
 namespace {
 
-// A run on two channels of inputs and one that is none.
+// A run on two channels of inputs and one other channel.
 calls calls_of(const std::string& first_info, const std::string& inputs) {
     return report_calls(R"({"channel": {"all": [
         {"id": 4, "properties": {"key": "input"})" +
@@ -19,14 +19,14 @@ calls calls_of(const std::string& first_info, const std::string& inputs) {
                         {"--list-inputs"});
 }
 
-const std::string asked_first = R"(g_option_context_new
+const std::string first_calls = R"(g_option_context_new
 oru_map_new() -> new map
 oru_map_set_string(new map, "key", "input")
 oru_channel_get_filtered(new map, &error) -> channel 4, channel 5
 release new map
 g_print("----- Snapshot of input settings -----\n\n")
 )";
-// What is left when the section ends in the midst of its first channel.
+// The releases of a section that ends at its first channel.
 const std::string released_early = R"(g_list_free_full(list of oru_channel_get_filtered)
 release channel 5
 g_option_context_free
@@ -37,7 +37,7 @@ TEST(calls_of_list_inputs, of_inputs_with_and_without_crop) {
             {"id": 1, "info": {"crop.possible": true}, "crop": [1, 2, 3, 4]},
             {"id": 2, "info": {}})");
     EXPECT_EQ(made.queries,
-              asked_first + R"(oru_channel_get_info(channel 4, &error) -> channel 4 info
+              first_calls + R"(oru_channel_get_info(channel 4, &error) -> channel 4 info
 oru_input_new(1, &error) -> input 1
 oru_input_get_info(input 1, &error) -> input 1 info
 oru_input_get_crop(input 1, &0, &0, &0, &0, NULL) -> TRUE
@@ -69,7 +69,7 @@ TEST(calls_of_list_inputs, of_an_input_without_a_crop_rectangle) {
     const calls made = calls_of(R"(, "info": {})", R"({"id": 1, "info": {"crop.possible": true}},
                                                       {"id": 2, "info": {}})");
     EXPECT_EQ(made.queries,
-              asked_first + R"(oru_channel_get_info(channel 4, &error) -> channel 4 info
+              first_calls + R"(oru_channel_get_info(channel 4, &error) -> channel 4 info
 oru_input_new(1, &error) -> input 1
 oru_input_get_info(input 1, &error) -> input 1 info
 oru_input_get_crop(input 1, &0, &0, &0, &0, NULL) -> failed
@@ -92,7 +92,7 @@ g_option_context_free
 
 TEST(calls_of_list_inputs, of_a_channel_without_info) {
     EXPECT_EQ(calls_of(R"(, "info": {"$error": "x"})", "").queries,
-              asked_first + R"(oru_channel_get_info(channel 4, &error) -> failed
+              first_calls + R"(oru_channel_get_info(channel 4, &error) -> failed
 g_print("Failed to get channel info: x\n")
 g_error_free(error of oru_channel_get_info)
 release channel 4
@@ -101,7 +101,7 @@ release channel 4
 
 TEST(calls_of_list_inputs, of_an_input_that_cannot_be_opened) {
     EXPECT_EQ(calls_of(R"(, "info": {"type.id": 9})", R"({"id": 9, "$error": "x"})").queries,
-              asked_first + R"(oru_channel_get_info(channel 4, &error) -> channel 4 info
+              first_calls + R"(oru_channel_get_info(channel 4, &error) -> channel 4 info
 oru_input_new(9, &error) -> failed
 g_print("Failed to get input 9: x\n")
 release channel 4 info
@@ -112,7 +112,7 @@ release channel 4
 
 TEST(calls_of_list_inputs, of_an_input_without_info) {
     EXPECT_EQ(calls_of(R"(, "info": {})", R"({"id": 1, "info": {"$error": "x"}})").queries,
-              asked_first + R"(oru_channel_get_info(channel 4, &error) -> channel 4 info
+              first_calls + R"(oru_channel_get_info(channel 4, &error) -> channel 4 info
 oru_input_new(1, &error) -> input 1
 oru_input_get_info(input 1, &error) -> failed
 g_print("Failed to get input info: x\n")

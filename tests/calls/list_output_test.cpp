@@ -1,4 +1,4 @@
-// What the section on the HDMI output asks.
+// The calls of the section on the HDMI output.
 #include <string>
 
 #include <gtest/gtest.h>

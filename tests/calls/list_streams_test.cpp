@@ -1,4 +1,4 @@
-// What the stream section asks.
+// The calls of the section on streams.
 #include <set>
 #include <string>
 #include <vector>
@@ -44,7 +44,7 @@ never released: stream 26 info
 never released: stream 26 debug
 never released: stream 26 settings
 )");
-    // A name for each stream in each of the two arrays that show it.
+    // A look-up of the format for each of two streams in two arrays.
     std::string four;
     for (int i = 0; i < 4; ++i) {
         four += "g_type_class_ref(OruFormat)\ng_type_class_unref(OruFormat)\n";
@@ -52,11 +52,11 @@ never released: stream 26 settings
     EXPECT_EQ(made.classes, four);
 }
 
-// The queries of a run on one stream that is skipped, `asked` being those of its own.
-std::string skipped(const std::string& id, const std::string& asked) {
+// Returns the queries of a run on one stream that is skipped. `queries` are those of the stream.
+std::string skipped(const std::string& id, const std::string& queries) {
     return "g_option_context_new\n"
            "oru_stream_get_all(&error) -> stream " +
-           id + "\noru_stream_get_id(stream " + id + ") -> " + id + "\n" + asked + frame +
+           id + "\noru_stream_get_id(stream " + id + ") -> " + id + "\n" + queries + frame +
            "g_list_free_full(list of oru_stream_get_all)\nrelease stream " + id +
            "\ng_option_context_free\n";
 }
@@ -113,7 +113,7 @@ TEST(calls_of_list_streams, without_a_list) {
               "never released: error of oru_stream_get_all\n");
 }
 
-// --- What is read of the maps -------------------------------------------------------------------
+// --- Reads of the maps --------------------------------------------------------------------------
 
 const std::string reads_of_every_stream = R"(
 oru_map_get_uint32(stream 1 settings, "format", 4294967295)
@@ -161,23 +161,23 @@ oru_map_get_string(stream 1 debug, "tlm[6].reclaim_histogram", NULL, NULL)
 oru_map_get_string(stream 1 debug, "tlm[7].reclaim_histogram", NULL, NULL)
 oru_map_contains(stream 1 info, "input")
 )";
-// Of one whose size is in the settings.
+// Of a stream whose size is in the settings.
 const std::string reads_of_the_size = R"(
 oru_map_get_uint32(stream 1 settings, "width", 0)
 oru_map_get_uint32(stream 1 settings, "height", 0)
 )";
-// Of one that has no input.
+// Of a stream without an input.
 const std::string reads_of_other_sources = R"(
 oru_map_contains(stream 1 info, "view")
 oru_map_contains(stream 1 info, "warp")
 )";
-// Of one that is not raw.
+// Of a stream that is not raw.
 const std::string reads_of_the_picture = R"(
 oru_map_get_uint32(stream 1 settings, "compression", 0)
 oru_map_get_boolean(stream 1 settings, "horizontal_flip", FALSE)
 oru_map_get_uint32(stream 1 info, "monochrome", 0)
 )";
-// Of one that is encoded as a film.
+// Of a stream that is neither raw nor JPEG.
 const std::string reads_of_the_sign = R"(
 oru_map_get_boolean(stream 1 settings, "sign", FALSE)
 )";
@@ -189,12 +189,11 @@ oru_map_get_uint32(stream 1 settings, "bitrate", 0)
 oru_map_get_uint32(stream 1 settings, "sqz.strength", 0)
 )";
 
-// The reads of a run, and `optional` ones that a run need not make: what nobody sees may be left
-// out.
-void expect_reads(const calls& made, const std::vector<std::string>& wanted,
+// Expects these reads. A run may also make the `optional` ones, which do not affect the report.
+void expect_reads(const calls& made, const std::vector<std::string>& expected,
                   const std::string& optional = "") {
     std::set<std::string> all;
-    for (const std::string& group : wanted) {
+    for (const std::string& group : expected) {
         all.merge(lines_of(group));
     }
     all.erase("");
@@ -208,8 +207,7 @@ void expect_reads(const calls& made, const std::vector<std::string>& wanted,
 }
 
 TEST(calls_of_list_streams, reads_of_a_raw_stream) {
-    // Its size in the settings, read and replaced, and the strength of an encoder that it has not
-    // are seen by nobody.
+    // The size in the settings and the strength of the encoder do not affect the report.
     for (const char* settings : {R"({"format": 3})", R"({"format": {"uint16": 3}})"}) {
         expect_reads(calls_of(settings), {reads_of_every_stream, reads_of_other_sources, R"(
 oru_map_get_uint32(stream 1 info, "width", 0)

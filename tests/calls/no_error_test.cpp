@@ -1,5 +1,5 @@
-// A service that breaks its word: an operation gives nothing, and no error that says why. The
-// message in the report is empty then; a list is an empty one.
+// A service that violates its interface: an operation returns NULL without an error. The message in
+// the report is then empty, and a list counts as empty.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -21,12 +21,12 @@ const std::string snapshot = R"({
     "output": {"all": [{"id": 0, "info": {}, "settings": {}}]}
 })";
 
-result report_without(const std::string& operation, const std::string& given) {
-    return report_calls(snapshot, {given}, {"ORU_STRICT_NULL=" + operation}).ended;
+result report_without(const std::string& operation, const std::string& section) {
+    return report_calls(snapshot, {section}, {"ORU_STRICT_NULL=" + operation}).ended;
 }
 
-result tlm_without(const std::string& operation, const std::string& given) {
-    return tlm_calls(snapshot, {given}, {"ORU_STRICT_NULL=" + operation}).ended;
+result tlm_without(const std::string& operation, const std::string& section) {
+    return tlm_calls(snapshot, {section}, {"ORU_STRICT_NULL=" + operation}).ended;
 }
 
 TEST(no_error, where_the_tool_ends) {
@@ -63,7 +63,7 @@ TEST(no_error, where_the_section_ends) {
     EXPECT_EQ(report_without("oru_map_new", "-i"), ended(0, "Failed to create new OruMap.\n"));
 }
 
-TEST(no_error, where_nothing_is_said) {
+TEST(no_error, where_the_failure_is_not_reported) {
     EXPECT_EQ(report_without("oru_system_new", "-o"), ended(0, ""));
     EXPECT_EQ(report_without("oru_system_get_caps", "-o"), ended(0, ""));
     EXPECT_EQ(tlm_without("oru_stream_get_debug", "-i"), ended(0, ""));

@@ -1,4 +1,4 @@
-// What the stream maximum statistics ask.
+// The calls of the stream maximum statistics.
 #include <gtest/gtest.h>
 
 #include "support/calls.h"

@@ -1,4 +1,4 @@
-// What the section on quotas and limits asks.
+// The calls of the section on quotas and limits.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -83,7 +83,7 @@ release stream 5
                                 released_last);
 }
 
-TEST(calls_of_stream_quotas, the_first_stream_is_asked_again_if_it_is_the_encoded_one) {
+TEST(calls_of_stream_quotas, the_first_stream_is_queried_again_if_it_is_the_encoded_one) {
     EXPECT_EQ(calls_of(R"(, "all": [{"id": 4, "settings": {"format": 0}}, {"id": 5}])").queries,
               asked_first + R"(oru_stream_get_all(&error) -> stream 4, stream 5
 oru_stream_get_settings(stream 4, NULL) -> stream 4 settings

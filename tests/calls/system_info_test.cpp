@@ -1,4 +1,4 @@
-// What the system information asks.
+// The calls of the system information.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ release mode info
 release mode
 g_option_context_free
 )");
-    // The values are copied as they are.
+    // The values are copied as native values, without a getter.
     EXPECT_EQ(made.reads, lines_of(R"(oru_map_get_uint32(channel info, "input.count", 1)
 oru_map_native_ref(mode info)
 find(mode info, "a.b")
@@ -86,7 +86,7 @@ g_option_context_free
 )");
 }
 
-// The exception passes by the owners.
+// The exception still releases every object.
 TEST(calls_of_system_info, with_a_value_that_cannot_be_written) {
     const calls made = calls_with(R"("mode": {"info": {"a": {"double": "nan"}}})");
     EXPECT_EQ(made.ended.status, 1);

@@ -1,5 +1,5 @@
-// The record of earlier assertions, whatever is in the file: nothing but blanks and comments may
-// get lost, and what is JSON comes out as the same JSON on one line.
+// The record of earlier assertions, from any file content: only blanks and comments may disappear,
+// and JSON becomes the same JSON on one line.
 
 #include <algorithm>
 #include <cstddef>
@@ -19,8 +19,8 @@ bool is_blank(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-// Returns the text without comments and without the blanks outside strings. A comment that is not
-// closed is none.
+// Returns the text without comments and without blanks outside strings. An unclosed comment counts
+// as text.
 std::string essence(std::string_view text) {
     std::string kept;
     bool in_string = false;
@@ -50,10 +50,10 @@ std::string essence(std::string_view text) {
     return kept;
 }
 
-// What nests deeper is not taken for JSON, and is printed as it is.
+// A record that nests deeper is printed unchanged.
 constexpr std::size_t deepest_json = 256;
 
-// How deep a JSON text nests.
+// Returns the nesting depth of a JSON value.
 std::size_t depth(const json_text& value) {
     std::size_t deepest = 0;
     for (const json_text& element : value.elements) {
@@ -68,17 +68,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string record(reinterpret_cast<const char*>(data), size);
     const std::string compact = compact_record(record);
 
-    require(essence(compact) == essence(record), "every byte outside comments comes out", compact);
-    require(compact == record || compact == essence(record), "compact, or as it was", compact);
+    require(essence(compact) == essence(record), "every byte outside comments is printed", compact);
+    require(compact == record || compact == essence(record), "compact or unchanged", compact);
     const auto before = parse_json(record, {.comments = true});
     const bool is_utf8 = g_utf8_validate_len(record.data(), record.size(), nullptr) != FALSE;
     if (before && is_utf8 && depth(*before) < deepest_json) {
-        require(compact == essence(record), "what is JSON becomes compact", compact);
+        require(compact == essence(record), "JSON becomes compact", compact);
         const auto after = parse_json(compact);
-        require(after && *after == *before, "it stays the same JSON", compact);
+        require(after && *after == *before, "compact JSON has the same value", compact);
     }
     if (!before) {
-        require(compact == record, "what is not JSON stays as it was", compact);
+        require(compact == record, "text that is not JSON stays unchanged", compact);
     }
     return 0;
 }

@@ -1,6 +1,6 @@
-// Every section of both tools, whatever the snapshot says: it prints in the frame that the readers
-// of the report know, gives back every object that it was given, and leaves by nothing but a fatal
-// exit or the one stated exception.
+// Every section of both tools, on any snapshot: its output has the frame that readers of the report
+// expect, it releases every object, and it ends early only by a fatal exit or the one documented
+// exception.
 
 #include <algorithm>
 #include <cstddef>
@@ -21,14 +21,14 @@
 
 namespace {
 
-constexpr std::uint32_t most_inputs = 2000;  // a walk over all that a count can say takes too long
+constexpr std::uint32_t most_inputs = 2000;  // opening 4 billion inputs takes too long
 
-// A report's strings hold control bytes as they are.
+// The reports do not escape all control bytes in strings.
 bool is_json(std::string_view text) {
     return parse_json(text, {.control_bytes = true}).has_value();
 }
 
-// Takes `start` off the front of `rest`, where it must stand.
+// Requires `rest` to begin with `start`, and removes it.
 void expect(std::string_view& rest, std::string_view start) {
     require(rest.starts_with(start), start.data(), rest);
     rest.remove_prefix(start.size());
@@ -58,9 +58,8 @@ void check_identities(std::string_view out) {
     require(is_json(out), "JSON", out);
 }
 
-// Takes the lines of the array "streams" or, with `raw` text in them that may be anything,
-// "streamstatistics". Returns the labels.
-std::vector<std::string> take_stream_lines(std::string_view array) {
+// Checks the lines of the array "streams". Returns their labels.
+std::vector<std::string> check_stream_lines(std::string_view array) {
     std::vector<std::string> labels;
     while (!array.empty()) {
         const std::size_t end = array.find('\n');
@@ -70,9 +69,9 @@ std::vector<std::string> take_stream_lines(std::string_view array) {
         require(line.starts_with("        { \"id/0x") && line.find("\" : {") != line.npos,
                 "the start of a stream's line", line);
         labels.emplace_back(line.substr(11, line.find('"', 11) - 11));
-        const bool comma = line.ends_with(",");
-        require(comma == !array.empty(), "a comma after all lines but the last", line);
-        line.remove_suffix(comma ? 1 : 0);
+        const bool has_comma = line.ends_with(",");
+        require(has_comma == !array.empty(), "a comma after all lines but the last", line);
+        line.remove_suffix(has_comma ? 1 : 0);
         require(is_json(line), "JSON", line);
     }
     return labels;
@@ -85,30 +84,33 @@ std::size_t check_streams(std::string_view out) {
     constexpr std::string_view end = "    ]\n}\n\n";
     const std::size_t info_at = out.find(info);
     require(info_at != out.npos, "the array streaminfo", out);
-    const auto streams = take_stream_lines(out.substr(0, info_at));
+    const auto streams = check_stream_lines(out.substr(0, info_at));
 
     out.remove_prefix(info_at + info.size());
     const std::size_t statistics_at = out.find(statistics);
     require(statistics_at != out.npos, "the array streamstatistics", out);
     const std::string elements = "[" + std::string(out.substr(0, statistics_at)) + "]";
     const auto array = parse_json(elements, {.control_bytes = true});
-    require(array && array->elements.size() == streams.size(), "as many settings", elements);
+    require(array && array->elements.size() == streams.size(),
+            "one element of streaminfo for each stream", elements);
 
     out.remove_prefix(statistics_at + statistics.size());
     require(out.ends_with(end), "the end of the document", out);
     out.remove_suffix(end.size());
     for (std::size_t i = 0; i < streams.size(); ++i) {
-        require(array->elements[i].names == std::vector{streams[i]}, "the same stream", elements);
-        // A histogram is raw text, which may hold anything, line breaks too.
+        require(array->elements[i].names == std::vector{streams[i]},
+                "the same streams in the same order", elements);
+        // A line may contain any text, line breaks too, because a histogram is copied unchecked.
         expect(out, "        { \"" + streams[i] + "\" : {\"actual-framerate\":");
-        const bool last = i + 1 == streams.size();
+        const bool is_last = i + 1 == streams.size();
         const std::string line_end =
-            last ? "} }\n" : "} },\n        { \"" + streams[i + 1] + "\" : {\"actual-framerate\":";
-        const std::size_t at = last ? out.size() - line_end.size() : out.find(line_end);
+            is_last ? "} }\n"
+                    : "} },\n        { \"" + streams[i + 1] + "\" : {\"actual-framerate\":";
+        const std::size_t at = is_last ? out.size() - line_end.size() : out.find(line_end);
         require(at < out.size() && out.substr(at).starts_with(line_end), "the end of a line", out);
-        out.remove_prefix(at + (last ? line_end.size() : std::string_view("} },\n").size()));
+        out.remove_prefix(at + (is_last ? line_end.size() : std::string_view("} },\n").size()));
     }
-    require(out.empty(), "as many statistics", out);
+    require(out.empty(), "nothing after the last stream", out);
     return streams.size();
 }
 
@@ -131,8 +133,7 @@ void check_output(std::string_view out) {
     require(is_json("{" + std::string(out)), "JSON", out);
 }
 
-// The three sections that walk a list of channels end their document, or break off with a line
-// that says why.
+// Checks a section that lists channels: it closes its document or ends with one of the `reasons`.
 void check_channel_list(std::string_view out, std::string_view none, std::string_view no_list,
                         std::string_view header, std::vector<std::string_view> reasons) {
     if (out == none || (out.starts_with(no_list) && out.ends_with("\n"))) {
@@ -141,14 +142,14 @@ void check_channel_list(std::string_view out, std::string_view none, std::string
     expect(out, header);
     require(out.starts_with("{\n    \""), "the start of the document", out);
     if (!out.ends_with("    ]\n}\n") || !is_json(out)) {
-        // Inputs that cannot be had are left out, the comma before them is not.
+        // A skipped input at the end leaves the comma before it.
         std::string closed(out);
         if (const std::size_t comma = closed.rfind(",\n    ]\n}\n"); comma != closed.npos) {
             closed.erase(comma, 1);
         }
         require(is_json(closed) ||
-                    std::ranges::any_of(reasons, [&](auto why) { return out.contains(why); }),
-                "a document, or the reason why not", out);
+                    std::ranges::any_of(reasons, [&](auto reason) { return out.contains(reason); }),
+                "a document or a reason", out);
     }
 }
 
@@ -170,34 +171,35 @@ void check_inputs(std::string_view out) {
                        {"\nFailed to get channel info: ", "\nFailed to get input "});
 }
 
-// Runs a section and checks what it printed, unless it ended early: then it printed nothing.
+// Runs a section and checks its output. A section that ends early must print nothing.
 void run(void (*section)(), void (*check)(std::string_view), std::string_view fatal = "not fatal") {
-    const outcome went = run_section(section);
-    require(!went.exception, "no exception", went.exception.value_or(""));
-    if (went.fatal) {
-        require(went.fatal->starts_with(fatal) && went.out.empty(), "a stated failure",
-                *went.fatal);
+    const outcome result = run_section(section);
+    require(!result.exception, "no exception", result.exception.value_or(""));
+    if (result.fatal) {
+        require(result.fatal->starts_with(fatal) && result.out.empty(), "a documented failure",
+                *result.fatal);
     } else {
-        check(went.out);
+        check(result.out);
     }
-    require(live_objects(nullptr) == 0, "every object is given back", went.out);
+    require(live_objects(nullptr) == 0, "every object is released", result.out);
 }
 
 void run_streams() {
-    const outcome went = run_section(list_streams);
-    require(!went.exception, "no exception", went.exception.value_or(""));
-    if (went.fatal) {
-        require(went.fatal->starts_with("Failed to get all streams: ") && went.out.empty(),
-                "a stated failure", *went.fatal);
-        require(live_objects("OruMap") == 0, "no map is kept", went.out);
-        // The process would have ended with the list and its streams still there.
+    const outcome result = run_section(list_streams);
+    require(!result.exception, "no exception", result.exception.value_or(""));
+    if (result.fatal) {
+        require(result.fatal->starts_with("Failed to get all streams: ") && result.out.empty(),
+                "a documented failure", *result.fatal);
+        require(live_objects("OruMap") == 0, "no map is kept", result.out);
+        // The fatal exit ends the process without releasing the list and its streams.
         return;
     }
-    const std::size_t streams = check_streams(went.out);
-    require(live_objects("OruMap") == 3 * streams, "three maps are kept of each stream", went.out);
-    require(live_objects(nullptr) == 3 * streams, "nothing else is kept", went.out);
+    const std::size_t streams = check_streams(result.out);
+    require(live_objects("OruMap") == 3 * streams, "three maps are kept of each stream",
+            result.out);
+    require(live_objects(nullptr) == 3 * streams, "nothing else is kept", result.out);
     release_live_objects();
-    require(live_objects(nullptr) == 0, "a kept map has one owner", went.out);
+    require(live_objects(nullptr) == 0, "a kept map has one owner", result.out);
 }
 
 void run_system_info() {
@@ -205,14 +207,14 @@ void run_system_info() {
     if (channels && oru_map_get_uint32(channels.get(), "input.count", 1) > most_inputs) {
         return;
     }
-    const outcome went = run_section(print_system_info);
-    require(!went.fatal, "the section is never fatal");
-    require(!went.exception || (went.out.empty() && went.exception->contains("not finite")),
-            "the stated exception", went.exception.value_or(""));
-    require(went.exception || (went.out.starts_with("{\n    \"inputs\": ") &&
-                               (went.out.ends_with("\n}\n") || mode_breaks_off())),
-            "the frame of the document", went.out);
-    require(live_objects(nullptr) == (channels ? 1 : 0), "every object is given back", went.out);
+    const outcome result = run_section(print_system_info);
+    require(!result.fatal, "the section is never fatal");
+    require(!result.exception || (result.out.empty() && result.exception->contains("not finite")),
+            "the documented exception", result.exception.value_or(""));
+    require(result.exception || (result.out.starts_with("{\n    \"inputs\": ") &&
+                                 (result.out.ends_with("\n}\n") || mode_breaks_off())),
+            "the frame of the document", result.out);
+    require(live_objects(nullptr) == (channels ? 1 : 0), "every object is released", result.out);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The snapshot reader, whatever is in the file: it refuses with the file's path, a place in the
-// text and a reason, or every answer that it holds keeps the rules of the client interface.
+// The snapshot reader, on any file content: it either rejects the file with its path, a position
+// and a reason, or every answer of the snapshot follows the rules of the client interface.
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -73,12 +73,12 @@ void check(const std::span<const snapshot::named_answer<T>>& list) {
     for (std::size_t i = 0; i < list.size(); ++i) {
         require(i == 0 || list[i - 1].name < list[i].name, "names ascend");
         require(is_text(list[i].name), "a name is a text");
-        std::visit([](const auto& is) { check(is); }, list[i].value);
+        std::visit([](const auto& content) { check(content); }, list[i].value);
     }
 }
 
 void check_all(const auto&... answers) {
-    (std::visit([](const auto& is) { check(is); }, answers), ...);
+    (std::visit([](const auto& content) { check(content); }, answers), ...);
 }
 
 void check(const snapshot::answers& doc) {
@@ -117,7 +117,7 @@ void check(const snapshot::answers& doc) {
     }
 }
 
-// "PATH: REASON", or "PATH:LINE:COLUMN: REASON" with the place in the text or right behind it.
+// "PATH: REASON" or "PATH:LINE:COLUMN: REASON". The column may be one past the end of the line.
 void check_complaint(std::string_view complaint, std::string_view input) {
     const std::string path = snapshot_path() + ":";
     require(complaint.starts_with(path), "a complaint begins with the path", complaint);
@@ -127,20 +127,20 @@ void check_complaint(std::string_view complaint, std::string_view input) {
     std::string_view rest = complaint.substr(path.size());
     if (!rest.starts_with(' ')) {
         char* end = nullptr;
-        const std::string place(rest);
-        const unsigned long line = std::strtoul(place.c_str(), &end, 10);
+        const std::string position(rest);
+        const unsigned long line = std::strtoul(position.c_str(), &end, 10);
         require(line > 0 && *end == ':', "a line", complaint);
         const unsigned long column = std::strtoul(end + 1, &end, 10);
         require(column > 0 && std::string_view(end).starts_with(": "), "a column", complaint);
         std::string_view from = input;
-        for (unsigned long passed = 1; passed < line; ++passed) {
+        for (unsigned long skipped = 1; skipped < line; ++skipped) {
             const std::size_t line_end = from.find('\n');
             require(line_end != from.npos, "the line is in the text", complaint);
             from.remove_prefix(line_end + 1);
         }
         require(column <= std::min(from.find('\n'), from.size()) + 1, "the column is in the line",
                 complaint);
-        rest = rest.substr(static_cast<std::size_t>(end - place.c_str()) + 1);
+        rest = rest.substr(static_cast<std::size_t>(end - position.c_str()) + 1);
     }
     require(rest.size() > 1, "a complaint has a reason", complaint);
 }
@@ -148,8 +148,9 @@ void check_complaint(std::string_view complaint, std::string_view input) {
 void check_written(const snapshot::answers& all) {
     const std::string text = snapshot::write(all);
     const snapshot::loaded again = load(text);
-    require(again.has_value(), "what is written is a snapshot", text);
-    require(snapshot::write(**again) == text, "what is written is what was read", text);
+    require(again.has_value(), "the written text is a snapshot", text);
+    require(snapshot::write(**again) == text, "reading and writing the text again changes nothing",
+            text);
 }
 
 }  // namespace
@@ -162,7 +163,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     require(parse_json(input, {.comments = true, .half_surrogates = true}).has_value(),
-            "only JSON is taken");
+            "the reader accepts only JSON");
     check(**snapshot);
     check_written(**snapshot);
     return 0;

@@ -1,5 +1,5 @@
-// The feeder tool's document about the device, whatever the snapshot says: read back as JSON, it
-// holds the values that the service gives.
+// The feeder tool's document about the device, on any snapshot: parsed as JSON, it contains the
+// values that the service returns.
 
 #include <cstddef>
 #include <cstdint>
@@ -20,17 +20,17 @@
 
 namespace {
 
-constexpr std::uint32_t most_inputs = 2000;  // a walk over all that a count can say takes too long
+constexpr std::uint32_t most_inputs = 2000;  // opening 4 billion inputs takes too long
 
 json_text string_of(std::string_view text) {
-    return {.is = json_text::kind::string, .text = std::string(text)};
+    return {.kind = json_kind::string, .text = std::string(text)};
 }
 
 json_text number_of(const auto& number) {
-    return {.is = json_text::kind::number, .text = std::to_string(number)};
+    return {.kind = json_kind::number, .text = std::to_string(number)};
 }
 
-// A value as JSON, but for the digits of a double, which same() compares.
+// Returns a value as JSON. A double has no digits: same() compares them.
 json_text json_of(const qw::value& value) {
     switch (value.kind()) {
         case qw::kind::boolean:
@@ -40,11 +40,10 @@ json_text json_of(const qw::value& value) {
         case qw::kind::int64:
             return number_of(*value.get_if<std::int64_t>());
         case qw::kind::float64:
-            return {.is = json_text::kind::number};
+            return {.kind = json_kind::number};
         case qw::kind::pair32u: {
             const auto [first, second] = *value.get_if<qw::pair32u>();
-            return {.is = json_text::kind::array,
-                    .elements = {number_of(first), number_of(second)}};
+            return {.kind = json_kind::array, .elements = {number_of(first), number_of(second)}};
         }
         case qw::kind::other:
             return parse_json(value.get_if<qw::other>()->json, {.half_surrogates = true})
@@ -54,14 +53,14 @@ json_text json_of(const qw::value& value) {
         case qw::kind::uint32:
             return number_of(*value.get_if<std::uint32_t>());
         case qw::kind::unwritable:
-            break;  // never in a file
+            break;  // a file cannot contain one
     }
     return {};
 }
 
 bool same(const json_text& printed, const qw::value& value) {
     if (const auto number = value.get_if<double>()) {
-        return printed.is == json_text::kind::number &&
+        return printed.kind == json_kind::number &&
                std::strtod(printed.text.c_str(), nullptr) == *number;
     }
     return printed == json_of(value);
@@ -79,11 +78,12 @@ void expect_capture_modes(const json_text& printed, std::uint32_t inputs) {
                 std::to_string(width) + "x" + std::to_string(height);
         }
     }
-    require(printed.names.size() == expected.size(), "as many capture modes");
-    auto at = printed.names.begin();
-    auto is = printed.elements.begin();
+    require(printed.names.size() == expected.size(), "the number of capture modes");
+    auto printed_name = printed.names.begin();
+    auto element = printed.elements.begin();
     for (const auto& [name, resolution] : expected) {
-        require(*at++ == name && *is++ == string_of(resolution), "the capture mode", name);
+        require(*printed_name++ == name && *element++ == string_of(resolution), "the capture mode",
+                name);
     }
 }
 
@@ -99,18 +99,19 @@ void expect_view_mode(const json_text& printed, const qw::map& mode) {
         }
         expected.emplace(name, &value);
     }
-    require(printed.names.size() == expected.size(), "as many view mode members");
-    auto at = printed.names.begin();
-    auto is = printed.elements.begin();
+    require(printed.names.size() == expected.size(), "the number of view mode members");
+    auto printed_name = printed.names.begin();
+    auto element = printed.elements.begin();
     for (const auto& [name, value] : expected) {
-        require(*at++ == name && same(*is++, *value), "the view mode's member", name);
+        require(*printed_name++ == name && same(*element++, *value), "the view mode's member",
+                name);
     }
 }
 
-void replace_once(std::string& text, std::string_view what, std::string_view by) {
-    const std::size_t at = text.find(what);
+void replace_once(std::string& text, std::string_view before, std::string_view after) {
+    const std::size_t at = text.find(before);
     require(at != text.npos, "the member without a value", text);
-    text.replace(at, what.size(), by);
+    text.replace(at, before.size(), after);
 }
 
 }  // namespace
@@ -126,21 +127,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const owned_object<OruMode> mode{oru_mode_new(nullptr)};
     const owned_object<OruMap> info{mode ? oru_mode_get_info(mode.get(), nullptr) : nullptr};
 
-    const outcome went = run_section(print_system_info);
-    require(!went.fatal, "the section is never fatal");
-    if (went.exception) {
-        require(went.out.empty(), "nothing is printed", went.out);
-        require(went.exception->contains("not finite"), "the stated exception", *went.exception);
+    const outcome result = run_section(print_system_info);
+    require(!result.fatal, "the section is never fatal");
+    if (result.exception) {
+        require(result.out.empty(), "nothing is printed", result.out);
+        require(result.exception->contains("not finite"), "the documented exception",
+                *result.exception);
         return 0;
     }
 
     if (mode_breaks_off()) {
-        require(went.out.starts_with("{\n    \"inputs\": "), "the start of a document", went.out);
+        require(result.out.starts_with("{\n    \"inputs\": "), "the start of a document",
+                result.out);
         return 0;
     }
 
-    // A member whose table could not be had has no value: those two places aside, it is JSON.
-    std::string text = went.out;
+    // A table that cannot be queried leaves its member without a value. Otherwise the text is JSON.
+    std::string text = result.out;
     require(text.ends_with("\n}\n"), "a document and a newline", text);
     if (!channels) {
         replace_once(text, "\n    \"capturemodes\": ,\n", "\n    \"capturemodes\": {},\n");
@@ -153,8 +156,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(document->names == std::vector<std::string>{"inputs", "capturemodes", "viewmode"},
             "its three members", text);
     require(document->elements[0] == number_of(inputs), "the number of inputs", text);
-    require(document->elements[1].is == json_text::kind::object &&
-                document->elements[2].is == json_text::kind::object,
+    require(document->elements[1].kind == json_kind::object &&
+                document->elements[2].kind == json_kind::object,
             "two tables", text);
     expect_capture_modes(document->elements[1], inputs);
     if (info) {

@@ -13,18 +13,19 @@ struct not_json {};
 
 class parser {
   public:
-    parser(std::string_view text, json_leave leave) : rest_(text), leave_(leave) {}
+    parser(std::string_view text, json_extensions extensions)
+        : rest_(text), extensions_(extensions) {}
 
     json_text whole() {
         json_text value = read_value();
         skip_blanks();
-        demand(rest_.empty());
+        require(rest_.empty());
         return value;
     }
 
   private:
-    static void demand(bool met) {
-        if (!met) {
+    static void require(bool condition) {
+        if (!condition) {
             throw not_json{};
         }
     }
@@ -38,7 +39,7 @@ class parser {
     }
 
     char next() {
-        demand(!rest_.empty());
+        require(!rest_.empty());
         const char c = rest_.front();
         rest_.remove_prefix(1);
         return c;
@@ -49,13 +50,13 @@ class parser {
             if (take(" ") || take("\t") || take("\n") || take("\r")) {
                 continue;
             }
-            if (leave_.comments && take("//")) {
+            if (extensions_.comments && take("//")) {
                 while (!rest_.empty() && rest_.front() != '\n' && rest_.front() != '\r') {
                     next();
                 }
                 continue;
             }
-            if (leave_.comments && take("/*")) {
+            if (extensions_.comments && take("/*")) {
                 while (!take("*/")) {
                     next();
                 }
@@ -69,20 +70,20 @@ class parser {
         skip_blanks();
         json_text value;
         if (take("{")) {
-            value.is = json_text::kind::object;
+            value.kind = json_kind::object;
             read_list('}', [&] {
                 skip_blanks();
-                demand(take("\""));
+                require(take("\""));
                 value.names.push_back(read_string());
                 skip_blanks();
-                demand(take(":"));
+                require(take(":"));
                 value.elements.push_back(read_value());
             });
         } else if (take("[")) {
-            value.is = json_text::kind::array;
+            value.kind = json_kind::array;
             read_list(']', [&] { value.elements.push_back(read_value()); });
         } else if (take("\"")) {
-            value.is = json_text::kind::string;
+            value.kind = json_kind::string;
             value.text = read_string();
         } else if (take("true")) {
             value.text = "true";
@@ -91,7 +92,7 @@ class parser {
         } else if (take("null")) {
             value.text = "null";
         } else {
-            value.is = json_text::kind::number;
+            value.kind = json_kind::number;
             value.text = read_number();
         }
         return value;
@@ -110,7 +111,7 @@ class parser {
             if (c == closing) {
                 return;
             }
-            demand(c == ',');
+            require(c == ',');
         }
     }
 
@@ -133,7 +134,7 @@ class parser {
     }
 
     void read_digits() {
-        demand(!rest_.empty() && is_digit(rest_.front()));
+        require(!rest_.empty() && is_digit(rest_.front()));
         while (!rest_.empty() && is_digit(rest_.front())) {
             next();
         }
@@ -150,7 +151,7 @@ class parser {
                 read_escape(text);
                 continue;
             }
-            demand(leave_.control_bytes || static_cast<unsigned char>(c) >= 0x20);
+            require(extensions_.control_bytes || static_cast<unsigned char>(c) >= 0x20);
             text += c;
         }
     }
@@ -160,7 +161,7 @@ class parser {
         for (int i = 0; i < 4; ++i) {
             const char c = next();
             const char lower = static_cast<char>(c | 0x20);
-            demand(is_digit(c) || (lower >= 'a' && lower <= 'f'));
+            require(is_digit(c) || (lower >= 'a' && lower <= 'f'));
             unit = unit << 4 | static_cast<std::uint32_t>(is_digit(c) ? c - '0' : lower - 'a' + 10);
         }
         return unit;
@@ -168,19 +169,19 @@ class parser {
 
     void read_escape(std::string& text) {
         constexpr std::string_view letters = "\"\\/bfnrt";
-        constexpr std::string_view meant = "\"\\/\b\f\n\r\t";
+        constexpr std::string_view decoded = "\"\\/\b\f\n\r\t";
         const char c = next();
         if (c != 'u') {
-            const std::size_t which = letters.find(c);
-            demand(which != std::string_view::npos);
-            text += meant[which];
+            const std::size_t index = letters.find(c);
+            require(index != std::string_view::npos);
+            text += decoded[index];
             return;
         }
         std::uint32_t code = read_unit();
-        if (code >= 0xD800 && code <= 0xDFFF && !leave_.half_surrogates) {
-            demand(code <= 0xDBFF && take("\\u"));
+        if (code >= 0xD800 && code <= 0xDFFF && !extensions_.half_surrogates) {
+            require(code <= 0xDBFF && take("\\u"));
             const std::uint32_t low = read_unit();
-            demand(low >= 0xDC00 && low <= 0xDFFF);
+            require(low >= 0xDC00 && low <= 0xDFFF);
             code = 0x10000 + ((code - 0xD800) << 10 | (low - 0xDC00));
         }
         append_utf8(text, code);
@@ -191,23 +192,23 @@ class parser {
             text += static_cast<char>(code);
             return;
         }
-        const int further = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+        const int continuation_bytes = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
         constexpr unsigned char lead[] = {0, 0xC0, 0xE0, 0xF0};
-        text += static_cast<char>(lead[further] | code >> 6 * further);
-        for (int i = further - 1; i >= 0; --i) {
+        text += static_cast<char>(lead[continuation_bytes] | code >> 6 * continuation_bytes);
+        for (int i = continuation_bytes - 1; i >= 0; --i) {
             text += static_cast<char>(0x80 | (code >> 6 * i & 0x3F));
         }
     }
 
     std::string_view rest_;
-    json_leave leave_;
+    json_extensions extensions_;
 };
 
 }  // namespace
 
-std::optional<json_text> parse_json(std::string_view text, json_leave leave) {
+std::optional<json_text> parse_json(std::string_view text, json_extensions extensions) {
     try {
-        return parser(text, leave).whole();
+        return parser(text, extensions).whole();
     } catch (const not_json&) {
         return std::nullopt;
     }
@@ -215,7 +216,7 @@ std::optional<json_text> parse_json(std::string_view text, json_leave leave) {
 
 std::size_t nesting(std::string_view json) {
     std::size_t open = 0;
-    std::size_t most = 0;
+    std::size_t deepest = 0;
     bool in_string = false;
     for (std::size_t at = 0; at < json.size(); ++at) {
         const char c = json[at];
@@ -224,10 +225,10 @@ std::size_t nesting(std::string_view json) {
         } else if (c == '"') {
             in_string = !in_string;
         } else if (!in_string && (c == '[' || c == '{')) {
-            most = std::max(most, ++open);
+            deepest = std::max(deepest, ++open);
         } else if (!in_string && (c == ']' || c == '}')) {
             --open;
         }
     }
-    return most;
+    return deepest;
 }

@@ -1,5 +1,5 @@
-// Runs a fuzz target on recorded inputs, without the fuzzer: every file of the directories on the
-// command line, in the order of their names.
+// Runs a fuzz target on recorded inputs without the fuzzer: on every file of the directories on the
+// command line, in the order of their paths.
 
 #include <algorithm>
 #include <cstddef>

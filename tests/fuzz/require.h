@@ -1,16 +1,16 @@
-// What a fuzz target demands of the code under test: a demand that is not met is said on standard
-// error and ends the process, which the fuzzer takes as a find.
+// An assertion of a fuzz target. A failed one is reported on standard error and aborts the process,
+// so that the fuzzer reports the input.
 #pragma once
 
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
 
-inline void require(bool met, const char* demand, std::string_view shown = "") {
-    if (met) {
+inline void require(bool condition, const char* requirement, std::string_view shown = "") {
+    if (condition) {
         return;
     }
-    std::fprintf(stderr, "not met: %s\n%.*s\n", demand, static_cast<int>(shown.size()),
+    std::fprintf(stderr, "not met: %s\n%.*s\n", requirement, static_cast<int>(shown.size()),
                  shown.data());
     std::abort();
 }

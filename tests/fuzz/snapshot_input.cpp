@@ -20,13 +20,14 @@
 
 namespace {
 
-// Thrown in the place of the fatal routines' exit; not a standard exception, so that only
-// run_section() catches it.
+// The fatal routines below throw this instead of exiting. It is not a standard exception, so that
+// only run_section() catches it.
 struct fatal_exit {
     std::string message;
 };
 
-// The video formats are registered once in a process, so they must not depend on the first input.
+// Registers the video formats from an empty file: they are registered once in a process, so they
+// must not depend on the first input.
 int make_file() {
     const int file = memfd_create("snapshot", 0);
     require(file >= 0, "a file in memory");
@@ -52,7 +53,7 @@ void answer_from(std::string_view input) {
 }
 
 bool mode_breaks_off() {
-    constexpr std::size_t deepest = 127 - 1;  // the document, around the map
+    constexpr std::size_t deepest = 127 - 1;  // one level is the document around the map
     const owned_object<OruMode> mode{oru_mode_new(nullptr)};
     const owned_object<OruMap> info{mode ? oru_mode_get_info(mode.get(), nullptr) : nullptr};
     std::string text;
@@ -60,24 +61,24 @@ bool mode_breaks_off() {
 }
 
 outcome run_section(void (*section)()) {
-    outcome went;
+    outcome result;
     char* text = nullptr;
     std::size_t size = 0;
-    FILE* const real = stdout;
+    FILE* const real_stdout = stdout;
     stdout = open_memstream(&text, &size);
     require(stdout != nullptr, "a stream in memory");
     try {
         section();
     } catch (const fatal_exit& exit) {
-        went.fatal = exit.message;
+        result.fatal = exit.message;
     } catch (const std::runtime_error& error) {
-        went.exception = error.what();
+        result.exception = error.what();
     }
     fclose(stdout);
-    stdout = real;
-    went.out.assign(text, size);
+    stdout = real_stdout;
+    result.out.assign(text, size);
     free(text);
-    return went;
+    return result;
 }
 
 void tlm_fatal(const char* message) {

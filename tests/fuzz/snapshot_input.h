@@ -1,22 +1,22 @@
-// What the targets that feed a snapshot have in common: the client library answers from the input,
-// and what a section prints is kept instead of printed.
+// Shared by the targets whose input is a snapshot: the client library answers from the input, and
+// the output of a section is captured.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <string_view>
 
-// Makes the client library read its snapshot again, from a file that holds `input`.
+// Makes the client library read a new snapshot, whose text is `input`.
 void answer_from(std::string_view input);
 
-// Whether the mode's map holds a value that is nested deeper than the document about the device is
-// printed: that breaks off there.
+// Returns whether the mode's map contains a value that is nested too deep for the document about
+// the device: the document then ends in the middle of that value.
 bool mode_breaks_off();
 
-// How a section went.
+// The result of a section.
 struct outcome {
-    std::string out;                   // what it printed
-    std::optional<std::string> fatal;  // the error line with which it would have ended the process
-    std::optional<std::string> exception;  // the text of a std::runtime_error that it let out
+    std::string out;                       // its output
+    std::optional<std::string> fatal;      // error line of a fatal exit
+    std::optional<std::string> exception;  // text of a std::runtime_error it threw
 };
 outcome run_section(void (*section)());

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Completes command lines with the functions that are installed for bash, as bash calls them.
-# usage: bash_completion_test.sh COMPLETIONS TOOLS: the file under test; where the tools are
+# Calls the installed completion functions as bash does, and compares their candidates.
+# usage: bash_completion_test.sh COMPLETIONS TOOLS: the file under test; the directory of the tools
 set -u
 
 completions=$1
@@ -9,7 +9,7 @@ failed=0
 
 in_lines() { printf '%s\n' "$@" | sort; }
 
-# completes LINE CANDIDATE...: completing the last word of LINE gives these, in any order.
+# completes LINE CANDIDATE...: completing the last word of LINE returns the candidates, in any order.
 completes() {
     local line=$1 function expected got
     shift
@@ -45,7 +45,7 @@ completes 'oru-snapshot record --redact --a' --about
 completes 'oru-snapshot record --about '
 completes 'oru-snapshot metrics -' -o
 
-# The help and the completion know the same commands and switches.
+# The help and the completion have the same commands and switches.
 mapfile -t commands < <("$tools/oru-snapshot" --help | grep -o -E -e 'oru-snapshot [a-z]+' | cut -d ' ' -f 2)
 completes 'oru-snapshot ' "${commands[@]}" --help --version
 mapfile -t switches < <("$tools/oru-snapshot" --help | sed -n 's/.* record //p' | grep -o -E -e '-[a-z-]+')
@@ -70,5 +70,5 @@ completes 'oru-snapshot metrics ' one.json two.json records
 completes 'oru-snapshot metrics -o ' oru.prom records
 completes 'oru-snapshot metrics -o oru.prom o' one.json
 
-((failed)) || echo "bash completes as it should"
+((failed)) || echo "bash_completion_test: all completions are as expected"
 exit $failed

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Runs every command that the manuals and the README show and compares what it prints with what they
-show: a line that begins with "$ " is a command, the lines up to the next are its output, and a line
-of three dots stands for any number of lines. Standard output and standard error are shown as one.
-A snapshot that they show is checked.
+"""Runs every command in the examples of the manuals and the README, and compares its output with the
+example: a line that begins with "$ " is a command, the lines up to the next command are its output on
+both streams, and a line of three dots matches any number of lines. Every snapshot in an example must
+pass `oru-snapshot check`.
 
-usage: examples_test.py TOOLS TREE: where the tools are; the root of the source tree"""
+usage: examples_test.py TOOLS TREE: the directory of the tools; the root of the source tree"""
 
 import os
 import pathlib
@@ -18,7 +18,7 @@ INSTALLED_EXAMPLES = "/usr/share/doc/oru-cgi-applet/examples"
 
 
 def shown_in_manual(path):
-    """Returns the literal displays of a manual, as a reader sees them."""
+    """Returns the literal displays of a manual, without markup."""
     source = pathlib.Path(path).read_text(encoding="utf-8")
     displays = re.findall(r"^\.Bd -literal\n(.*?)^\.Ed$", source, re.DOTALL | re.MULTILINE)
     return [re.sub(r"\\(.)", lambda m: {"&": "", "e": "\\"}.get(m[1], m[1]), text) for text in displays]
@@ -30,7 +30,7 @@ def shown_in_markdown(path):
 
 
 def commands(display):
-    """Returns the commands of a display, each with the lines shown under it."""
+    """Returns the commands of a display, each with the lines of its output."""
     found = []
     for line in display.splitlines():
         if line.startswith("$ "):
@@ -46,7 +46,7 @@ def matches(lines, got):
 
 
 def passes_check(snapshot, environment):
-    """Returns whether oru-snapshot takes the text; shows the complaint otherwise."""
+    """Returns whether oru-snapshot accepts the text. Otherwise its message is on standard error."""
     with tempfile.NamedTemporaryFile("w", encoding="utf-8") as file:
         file.write(snapshot)
         file.flush()
@@ -62,19 +62,19 @@ def main():
     scratch = tempfile.mkdtemp()
     count = failed = 0
     for path in files:
-        in_file = 0
+        count_in_file = 0
         for display in shown_in_markdown(path) if path.endswith(".md") else shown_in_manual(path):
             directory = tree if path.endswith(".md") else scratch
             if display.startswith("{"):
-                in_file += 1
+                count_in_file += 1
                 failed += not passes_check(display, environment)
             for command, lines in commands(display):
                 if command == "cd " + INSTALLED_EXAMPLES:
                     directory = os.path.join(tree, "examples")
                     continue
                 if command.startswith("scripts/"):
-                    continue  # these build the very programs that are run here
-                in_file += 1
+                    continue  # builds the programs under test
+                count_in_file += 1
                 command = command.replace("build/demo/bin/", "")
                 command = command.replace(INSTALLED_EXAMPLES, os.path.join(tree, "examples"))
                 run = subprocess.run(command, shell=True, cwd=directory, env=environment, text=True,
@@ -84,10 +84,10 @@ def main():
                 if not matches(lines, got):
                     failed += 1
                     print(f"{path}: $ {command}\n--- shown\n" + "\n".join(lines) + f"\n--- printed\n{got}")
-        if in_file == 0:
+        if count_in_file == 0:
             failed += 1
             print(f"{path}: nothing to check")
-        count += in_file
+        count += count_in_file
     shutil.rmtree(scratch)
     print(f"{count} examples, {failed} failures")
     sys.exit(failed != 0)

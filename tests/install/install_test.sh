@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the build into an empty prefix, with and without DESTDIR, and uses what is there.
+# Installs the build into an empty prefix, with and without DESTDIR, and runs the installed tools.
 # usage: install_test.sh CMAKE BUILD
 set -eu
 
@@ -68,7 +68,7 @@ share/man/man5/oru-snapshot.5
 share/oru/reports.schema.json
 share/oru/snapshot.schema.json'
 
-# Lists what is in a prefix, examples apart: how many there are is their own business.
+# Lists the files of a prefix, without the examples, whose number may change.
 files() {
     (cd "$1" && find . ! -type d ! -path '*/examples/*') | sed 's:^\./::' | sort
 }
@@ -94,7 +94,7 @@ liboru.a
 libqwire.a
 pkgconfig/oru.pc
 pkgconfig/qwire.pc' "$(files "$scratch/client" | sed 's:^lib/\([^/]*-linux-gnu[^/]*/\)\{0,1\}::')"
-# Machine code, not only what one compiler's link-time optimiser reads.
+# The libraries contain machine code, not only the input of one compiler's link-time optimiser.
 for symbol in liboru.a:oru_map_new libqwire.a:_ZNK2qw3map4sizeEv; do
     library=$(find "$scratch/client" -name "${symbol%:*}")
     readelf -W -s "$library" 2>/dev/null | grep -q "FUNC .* ${symbol#*:}\$" ||

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Looks in the manuals, as man shows them, for what the tools print when something fails or is not
-there: an argument that the formatter takes for a macro ("No inputs.") is gone from the page without
-a word of complaint. The lines are those below, and every literal that the sources print.
+"""Searches the manuals, as man renders them, for the messages of the tools: the lines below, and every
+literal that the sources print. (The formatter silently drops an argument that it takes for a macro,
+for example "No inputs.")
 
 usage: manual_lines_test.py TREE: the root of the source tree"""
 
@@ -77,7 +77,7 @@ LINES = {
         "oru-tlm-tool: Option parsing failed: Unknown option --everything",
     ],
 }
-# Where the literals stand, and the page that has those of each.
+# Directories whose sources print literals, and the pages of which one must contain each literal.
 SOURCES = {
     "src/applet": ["oru-cgi-applet.1", "oru-serverreport-tool.1", "oru-tlm-tool.1"],
     "src/report": ["oru-serverreport-tool.1", "oru-tlm-tool.1"],
@@ -90,7 +90,7 @@ LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
 
 
 def as_shown(page):
-    """Returns the text of a manual with every run of blanks as one, and no word parted."""
+    """Returns the text of a manual with single blanks and without hyphenation."""
     environment = dict(os.environ, LC_ALL="C.UTF-8", MANWIDTH="80")
     text = subprocess.run(["man", "-l", page], env=environment, encoding="utf-8", check=True,
                           stdout=subprocess.PIPE).stdout
@@ -98,7 +98,7 @@ def as_shown(page):
 
 
 def printed_in(source):
-    """Returns the words of every literal that a source hands to what prints, or to what fails."""
+    """Returns the words of every literal that a source passes to a function in PRINTS."""
     found = set()
     for call in PRINTS.finditer(source):
         end = call.end()
@@ -107,7 +107,7 @@ def printed_in(source):
             literal = LITERAL.match(source, end)
             if literal:
                 end = literal.end()
-                # Between the places that are filled in; the tool's own name comes first anyway.
+                # The text between placeholders, without the tool's name at the beginning.
                 for part in re.split(r"%\w|\{[^{}]*\}|\\n", re.sub(r"^oru-[\w-]+: ", "", literal[1])):
                     if re.search(r"[A-Z][a-z]{2}|[A-Za-z]{2} [a-z]", part):
                         found.add(part.strip(" '"))
@@ -120,21 +120,21 @@ def printed_in(source):
 def main():
     tree = pathlib.Path(sys.argv[1])
     shown = {page: as_shown(tree / "docs/man" / page) for page in LINES}
-    wanted = [(line, [page], "the list") for page, lines in LINES.items() for line in lines]
+    expected = [(line, [page], "the list") for page, lines in LINES.items() for line in lines]
     for directory, pages in SOURCES.items():
         in_directory = 0
         for source in sorted((tree / directory).glob("*.cpp")):
             for line in sorted(printed_in(source.read_text(encoding="utf-8"))):
-                wanted.append((line, pages, source))
+                expected.append((line, pages, source))
                 in_directory += 1
         if in_directory == 0:
             sys.exit(f"{directory}: prints nothing")
     failed = 0
-    for line, pages, origin in wanted:
+    for line, pages, origin in expected:
         if not any(line in shown[page] for page in pages):
             failed += 1
             print(f"{origin}: {' or '.join(pages)} does not show: {line}")
-    print(f"{len(wanted)} lines, {failed} failures")
+    print(f"{len(expected)} lines, {failed} failures")
     sys.exit(failed != 0)
 
 

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Has promtool take what is shipped for Prometheus, and looks each figure up in the manual.
-# usage: prometheus_test.sh PACKAGING TOOLS MANUAL SNAPSHOT: the folder of what is shipped; where the
-# tools are; the manual of oru-snapshot; a snapshot that has every figure
+# Checks the Prometheus files with promtool, and searches the manual for each metric.
+# usage: prometheus_test.sh PACKAGING TOOLS MANUAL SNAPSHOT: the folder of the Prometheus files; the
+# directory of the tools; the manual of oru-snapshot; a snapshot from which all metrics are written
 set -eu
 
 packaging=$1
@@ -17,14 +17,14 @@ echo '- targets: [localhost:9100]' >oru-devices.yml
 promtool test rules oru.rules.test.yml
 promtool check config prometheus.yml
 
-# Every figure that an alert looks at is told, and every one that is told is in the manual.
-"$tools/oru-snapshot" metrics "$snapshot" >figures
-promtool check metrics <figures
-for figure in $(grep -o 'oru_[a-z_]*' oru.rules.yml | sort -u); do
-    grep -q "^$figure[ {]" figures || { echo "oru.rules.yml: no figure '$figure'" >&2; exit 1; }
+# Every metric that an alert uses is written, and every metric that is written is in the manual.
+"$tools/oru-snapshot" metrics "$snapshot" >metrics
+promtool check metrics <metrics
+for metric in $(grep -o 'oru_[a-z_]*' oru.rules.yml | sort -u); do
+    grep -q "^$metric[ {]" metrics || { echo "oru.rules.yml: no metric '$metric'" >&2; exit 1; }
 done
 mandoc -T ascii -O width=1000 "$manual" | sed "s/.$(printf '\b')//g" >manual
-for figure in $(sed -n 's/^# TYPE \([^ ]*\) .*/\1/p' figures); do
-    grep -q -w "$figure" manual || { echo "$manual: nothing about '$figure'" >&2; exit 1; }
+for metric in $(sed -n 's/^# TYPE \([^ ]*\) .*/\1/p' metrics); do
+    grep -q -w "$metric" manual || { echo "$manual: no metric '$metric'" >&2; exit 1; }
 done
-echo 'prometheus_test: promtool is content'
+echo 'prometheus_test: promtool reports no errors'

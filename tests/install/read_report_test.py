@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Has the reader that is shipped read hand-written reports, of which it is said what must come out; then reports
-that are cut anywhere or changed, and bytes that are none: whatever it reads, it loses nothing.
+"""Runs the shipped reader on hand-written reports and compares its output with the expected output; then on reports
+that are cut off or changed, and on random bytes: it must never lose any of its input.
 
 usage: read_report_test.py READER GOLDEN_DIRECTORY"""
 
@@ -20,14 +20,14 @@ RESOLUTIONS = "Available resolutions"
 INPUTS = "Snapshot of input settings"
 
 
-# A section is written as what must be read: its title, its text, its document and its failure.
+# A section is what the reader must return: title, text, document and failure.
 
 def whole(title, text, document, failure=None):
     return title, f"----- {title} -----\n\n{text}", document, failure
 
 
 def broken(title, text, failure):
-    """A failure that ends with three dots has more to say than what is wrong."""
+    """The reader may return any text in place of three dots at the end of the failure."""
     return title, f"----- {title} -----\n\n{text}", None, failure
 
 
@@ -48,7 +48,7 @@ def bad_record(text, failure="not JSON: ..."):
 
 
 def streams(text, members, failure=None):
-    """One stream, these members after the counters of its statistics; its other two arrays are empty."""
+    """A report whose streamstatistics has one stream: a counter, then these members. Its other arrays are empty."""
     return whole(
         STREAMS,
         '{\n    "streams" : [\n    ],\n\n    "streaminfo" : [\n    ],\n\n    "streamstatistics" : [\n'
@@ -110,7 +110,7 @@ SOME_CHANNELS = '{\n    "channels" : [\n        {"id/0":{"crop":"No"}},\n'
 SOME_RESOLUTIONS = '{\n    "available_resolutions" : [\n        {"channel":"0",'
 SOME_INPUTS = '{\n    "inputs" : [\n        {"id/1":{"crop":"No"}},\n'
 
-# The sections of a report; what is read is their texts one after the other.
+# The sections of each report. The reader reads their texts, joined.
 CASES = {
     "nothing": [],
     "all of the feeder tool": [MAXIMA, SYSTEM, IDENTITIES],
@@ -120,7 +120,7 @@ CASES = {
     "several runs": [CHANNEL, NO_STREAMS, line("No inputs."), record("{}", {}), NO_STREAMS, MAXIMA, DISABLED],
     "as a shell's $(...) gives it": [(STREAMS, NO_STREAMS[1][:-2], NO_STREAMS[2], None)],
     "without an empty line": [(STREAMS, NO_STREAMS[1][:-1], NO_STREAMS[2], None), DISABLED],
-    # Lines in a section's place
+    # Lines instead of a section
     "no channels, asked for twice": [line("No channels."), line("No channels.")],
     "no inputs after a section": [DISABLED, line("No inputs.")],
     "no list": [
@@ -133,10 +133,10 @@ CASES = {
         RESOLUTION,
         line("Failed to get inputs: No inputs.\nNo inputs."),
     ],
-    "messages that are no UTF-8": [
+    "messages that are not UTF-8": [
         line("[Invalid UTF-8] Failed to get all channels: \\xff"), line("[Invalid UTF-8] Failed to get inputs: \\x80"),
     ],
-    # Lines that break a document off
+    # Lines that end a document early
     "channel info": [
         broken(CHANNELS, SOME_CHANNELS + "Failed to get channel info: busy\n", "Failed to get channel info: busy"),
         RESOLUTION,
@@ -149,7 +149,7 @@ CASES = {
         ),
         NO_INPUT,
     ],
-    "a line in the next one's place": [
+    "a line instead of the next channel": [
         broken(
             CHANNELS,
             SOME_CHANNELS + "[Invalid UTF-8] Failed to get channel info: \\xc3\n",
@@ -161,7 +161,7 @@ CASES = {
         broken(RESOLUTIONS, SOME_RESOLUTIONS + "\nFailed to get resolutions: \n", "Failed to get resolutions: "),
         line("No inputs."),
     ],
-    "resolutions, no UTF-8": [
+    "resolutions, not UTF-8": [
         broken(
             RESOLUTIONS,
             SOME_RESOLUTIONS + "[Invalid UTF-8] \nFailed to get resolutions: \\xff\n",
@@ -196,7 +196,7 @@ CASES = {
     "channel info of an input": [
         broken(INPUTS, SOME_INPUTS + "Failed to get channel info: x\n", "Failed to get channel info: x")
     ],
-    # What is malformed on purpose
+    # Reports that are malformed by design
     "no value at all": [
         (
             "system-info",
@@ -254,7 +254,7 @@ CASES = {
         ),
         line("No inputs."),
     ],
-    "a histogram of no number, and one without end": [
+    "a histogram that is not a number, and one that is not closed": [
         streams(
             histogram("NaN", 100000 * "["),
             histograms("NaN", 100000 * "["),
@@ -288,12 +288,12 @@ CASES = {
         ),
         IDENTITIES,
     ],
-    "what breaks off without a line before what has one": [
+    "a document that ends early without a line, then one with a line": [
         ("system-info", '{\n    "inputs": 1,\n', None, "not closed"),
         broken(INPUTS, SOME_INPUTS + "Failed to get input info: x\n", "Failed to get input info: x"),
     ],
     # Texts and numbers
-    "bytes that are no UTF-8, and control characters": [
+    "bytes that are not UTF-8, and control characters": [
         (
             "identity-info",
             '{\n    "identities": {\n        "\udcff\udcc3\x01\x1b\u2028\\"": 1,\n        "\u65e5": 2e-5\n    }\n}\n',
@@ -312,24 +312,24 @@ CASES = {
     "null is a record": [record("null", None)],
     "a record with a line feed in a text": [record('{ "a": "b\nc"\n}', {"a": "b\nc"})],
     "an empty record": [bad_record(""), DISABLED],
-    "two values are no record": [bad_record('{"a":1}\n\n{"b":2}\n'), DISABLED],
-    "a record that speaks of sections": [
+    "two values are not a record": [bad_record('{"a":1}\n\n{"b":2}\n'), DISABLED],
+    "a record that contains headers of sections": [
         bad_record("----- HDMI output -----\nNo inputs.\n\n----- HDMI output -----\n\nnothing"), line("No inputs."),
     ],
     "a record nested too deep": [bad_record(100000 * "[", "not JSON: nested too deep")],
     "a record of bytes": [bad_record("\0\udcff\r\n\x0b")],
-    # What is cut off
+    # Reports that are cut off
     "only a header": [broken(OUTPUT, "", "not closed")],
     "half an opening": [broken(CHANNELS, "{\n    ", "not closed")],
     "half a header": [other("----- HDMI outp")],
     "three lines": [(MAXIMA[0], MAXIMA[1][:-10], None, "not closed")],
-    # What is no report
+    # Other texts
     "the help": [other("Usage:\n  oru-tlm-tool [OPTION?]\n")],
     "a brace": [other("{")],
     "other JSON": [other('{\n    "a": 1\n}\n')],
     "other line ends": [other(DISABLED[1].replace("\n", "\r\n"))],
-    "no figures": [(MAXIMA[0], "MaxBufferBytes=a\nVersion=1\n", None, "not JSON: ...")],
-    "what comes between": [
+    "a number that is not one": [(MAXIMA[0], "MaxBufferBytes=a\nVersion=1\n", None, "not JSON: ...")],
+    "other text between sections": [
         other("a log\n"), MAXIMA, other("\n"), SYSTEM, other("\n"), DISABLED, other("\nmore\n"), CHANNEL, other("\n"),
     ],
 }
@@ -337,29 +337,29 @@ CASES = {
 
 def same(expected, got):
     title, text, document, failure = expected
-    told = got["failure"]
-    if failure is not None and failure.endswith("...") and told is not None:
-        told = told[: len(failure) - 3] + "..."
-    # Documents as JSON, for 1 is not 1.0 there, nor true.
+    failure_read = got["failure"]
+    if failure is not None and failure.endswith("...") and failure_read is not None:
+        failure_read = failure_read[: len(failure) - 3] + "..."
+    # Documents are compared as JSON, where 1, 1.0 and true differ.
     wanted = {"title": title, "text": text, "document": json.dumps(document), "failure": failure}
-    return wanted == {**got, "document": json.dumps(got["document"]), "failure": told}
+    return wanted == {**got, "document": json.dumps(got["document"]), "failure": failure_read}
 
 
 def lost(reader, report):
-    """Returns whether anything of these bytes is lost, or cannot be printed."""
+    """Returns whether the reader loses any of these bytes or returns an empty section."""
     sections = json.loads(json.dumps(reader.read_report(report)))
     joined = "".join(section["text"] for section in sections).encode("utf-8", "surrogateescape")
     return joined != report or not all(section["text"] for section in sections)
 
 
 def mutated(draw, report):
-    """Returns the report with a few bytes changed, taken out, put in or doubled."""
+    """Returns the report with a few bytes changed, removed, inserted or repeated."""
     report = bytearray(report)
     for _ in range(draw.choice((1, 1, 3, 20))):
         at = draw.randrange(len(report) + 1)
         to = at + draw.choice((0, 1, 1, 2, 30))
-        put_in = (b"\n", b'"', b"}", b"[", b"\xff", b"\n\n", b"No channels.\n", b"----- HDMI output -----\n\n    {")
-        report[at:to] = draw.choice((b"", bytes(report[at:to] * 2), draw.randbytes(1), draw.choice(put_in)))
+        inserted = (b"\n", b'"', b"}", b"[", b"\xff", b"\n\n", b"No channels.\n", b"----- HDMI output -----\n\n    {")
+        report[at:to] = draw.choice((b"", bytes(report[at:to] * 2), draw.randbytes(1), draw.choice(inserted)))
     return bytes(report)
 
 
@@ -383,7 +383,7 @@ def main():
         check(good, f"{name}:", *(f"\n    {str(section)[:1000]}" for section in got))
         check(not lost(reader, report), f"{name}: lost something")
 
-    # As a program: from a file, from standard input, and with nothing to read.
+    # The reader as a program: from a file, from standard input, and on empty input.
     report = b"No channels.\nNo inputs.\n\xff"
     printed = (
         '[\n{"title": null, "text": "No channels.\\n", "document": null, "failure": "No channels."},\n'
@@ -404,13 +404,14 @@ def main():
     check(len(reports) >= 4, f"reports in {golden}: {len(reports)}")
     tried = 0
     for report in reports:
-        of_all = reader.read_report(report)
-        for end in range(0, len(report), 3):  # as output is lost
+        whole_report = reader.read_report(report)
+        for end in range(0, len(report), 3):  # as if the rest of the output was lost
             tried += 1
             cut = reader.read_report(report[:end])
             check(not lost(reader, report[:end]), f"lost something of {end} bytes")
-            check(cut[:-1] == of_all[: len(cut) - 1 if cut else 0], f"what is whole is not read in {end} bytes")
-    for depth in range(900, 1020):  # about as deep as Python follows
+            complete = whole_report[: len(cut) - 1 if cut else 0]
+            check(cut[:-1] == complete, f"a complete section in {end} bytes is read differently")
+    for depth in range(900, 1020):  # around the recursion limit of Python
         tried += 1
         check(not lost(reader, record(depth * "[" + depth * "]", None)[1].encode()), f"lost something {depth} deep")
     draw = random.Random("read_report")

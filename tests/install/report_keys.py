@@ -1,5 +1,5 @@
-"""The keys of the reports, as oru-reports(5) and as the JSON Schema of reports have them. A key is told by its path:
-the title of the section, and the names of the keys from the document down to it."""
+"""The keys of the reports in oru-reports(5) and in the JSON Schema of reports. A key is identified by its path: the
+title of the section, then the names of the keys from the document down to it."""
 
 import json
 import os
@@ -8,21 +8,20 @@ import subprocess
 
 import jsonschema
 
-# What the manual calls a kind, and what it may be in the schema.
+# The kinds in the manual, and the types that each may have in the schema.
 KINDS = {"number": {"integer", "number", "null"}, "text": {"string"}, "number as a text": {"string"},
          "array": {"array", "string"}, "object": {"object", "null"}}
 
 
 def rendered(page):
-    """Returns the lines of a manual as man shows them."""
+    """Returns the lines of a manual as man renders them."""
     environment = dict(os.environ, MANWIDTH="80", LC_ALL="C.UTF-8")
     command = ["man", "--no-hyphenation", "--no-justification", "-E", "UTF-8", "-l", page]
     return subprocess.run(command, env=environment, stdout=subprocess.PIPE, text=True, check=True).stdout.splitlines()
 
 
 def keys_in(lines):
-    """Returns for each key of the rendered manual, as the path of keys to it from the section's title, its kind
-    and its description, in the manual's order."""
+    """Returns the kind and the description of each key of the rendered manual, by its path, in the manual's order."""
     keys, about_reports, section, above = {}, False, None, []
     for line in lines:
         indentation = len(line) - len(line.lstrip())
@@ -40,11 +39,11 @@ def keys_in(lines):
 
 
 def names(schema_path, manual_path):
-    """Returns whether the two name the same key: the schema has a pattern where the manual has an N."""
-    def same(of_schema, of_manual):
-        if not of_schema.startswith("^"):
-            return of_schema == of_manual
-        return "N" in of_manual and re.search(of_schema, of_manual.replace("N", "1")) is not None
+    """Returns whether both paths name the same key. Where the manual has an N, the schema has a pattern."""
+    def same(schema_key, manual_key):
+        if not schema_key.startswith("^"):
+            return schema_key == manual_key
+        return "N" in manual_key and re.search(schema_key, manual_key.replace("N", "1")) is not None
     return len(schema_path) == len(manual_path) and all(map(same, schema_path, manual_path))
 
 
@@ -59,7 +58,7 @@ class Schema:
             if "$ref" in document:
                 self.documents[rule["if"]["properties"]["title"]["const"]] = document
 
-    def takes(self, sections):
+    def accepts(self, sections):
         return self.validator.is_valid(sections)
 
     def resolved(self, node):
@@ -69,8 +68,8 @@ class Schema:
         return node
 
     def members(self, node):
-        """Returns the keys, or patterns of keys, that stand directly in what the node describes, in its order, each
-        with its own node; those of an array's elements for an array."""
+        """Returns the keys, or patterns of keys, of the object that the node describes, in order, each with its own
+        node. For an array, they are those of its elements."""
         node = self.resolved(node)
         if "items" in node:
             return self.members(node["items"])
@@ -86,8 +85,8 @@ class Schema:
         return {path: node for title, document in self.documents.items() for path, node in below((title,), document)}
 
     def objects(self, title, document):
-        """Yields for each object in a document where it stands, whether it is closed, and the path of each of its
-        keys, None for a key of which the schema says nothing."""
+        """Yields for each object in a document its place, whether it is closed, and the paths of its keys, with None
+        for a key that the schema does not describe."""
         def below(place, path, node, value):
             node = self.resolved(node)
             if isinstance(value, list):
@@ -96,8 +95,8 @@ class Schema:
             elif isinstance(value, dict):
                 members = self.members(node)
                 def step_to(key):
-                    fits = (step for step in members if step == key or step[0] == "^" and re.search(step, key))
-                    return next(fits, None)
+                    matching = (step for step in members if step == key or step[0] == "^" and re.search(step, key))
+                    return next(matching, None)
                 steps = [step_to(key) for key in value]
                 yield place, node.get("additionalProperties") is False, [step and path + (step,) for step in steps]
                 for key, step in zip(value, steps):
@@ -106,7 +105,7 @@ class Schema:
         yield from below((), (title,), self.documents[title], document)
 
     def open_objects(self):
-        """Yields the nodes of objects that take keys of which the schema says nothing."""
+        """Yields the nodes of objects that allow keys that the schema does not describe."""
         def within(node):
             if isinstance(node, list):
                 for element in node:
@@ -120,20 +119,20 @@ class Schema:
 
 
 class Reports:
-    """Compares reports, as the reader has them, with the schema and with the manual."""
+    """Compares reports, in the form that the reader returns, with the schema and with the manual."""
 
     def __init__(self, tree):
         self.schema = Schema(tree / "docs/reports.schema.json")
         self.manual = keys_in(rendered(tree / "docs/man/oru-reports.5"))
         self.keys = self.schema.keys()
         order = list(self.manual)
-        # The manual's keys of each of the schema's; there shall be one.
+        # For each key of the schema, the positions of that key in the manual; there should be one.
         self.in_manual = {path: [at for at, key in enumerate(order) if names(path, key)] for path in self.keys}
         self.never_found = set(self.keys)
 
     def complaints(self, sections):
-        """Yields what is wrong with the sections of a report: what the schema refuses, keys that it or the manual
-        lacks, keys in another order than the manual's."""
+        """Yields what is wrong with the sections of a report: errors of the schema, keys that the schema or the manual
+        lacks, and keys in another order than the manual's."""
         for error in self.schema.validator.iter_errors(sections):
             yield f"{error.json_path}: {error.message}"
         for section in sections:
@@ -142,7 +141,7 @@ class Reports:
             for place, closed, paths in self.schema.objects(section["title"], section["document"]):
                 known = [path for path in paths if path is not None]
                 if closed and known != paths:
-                    yield f"{section['title']}: a key of no name in {place}"
+                    yield f"{section['title']}: a key that the schema does not describe in {place}"
                 order = [position for path in known for position in self.in_manual[path]]
                 if order != sorted(order):
                     yield f"{section['title']}: not in the manual's order: {known}"

@@ -1,10 +1,9 @@
 #!/usr/bin/python3
-"""Holds oru-reports(5), the JSON Schema of reports, the reader and the tools against each other: the
-manual as it is rendered and the schema have the same keys, in the same order, with the same
-descriptions; every one of them is in a report of the examples and no report has another; the schema
-takes those reports and refuses them changed.
+"""Compares oru-reports(5), the JSON Schema of reports, the reader and the tools. The rendered manual and the
+schema have the same keys in the same order with the same descriptions. The reports of the examples contain
+all of these keys and no others. The schema accepts these reports, and rejects them after the changes below.
 
-usage: reports_test.py TOOLS TREE: where the tools are; the root of the source tree"""
+usage: reports_test.py TOOLS TREE: the directory of the tools; the root of the source tree"""
 
 import copy
 import json
@@ -15,13 +14,13 @@ import sys
 
 from report_keys import KINDS, Reports
 
-# Of the reports of the first example: where, and what must not stand there.
+# Changes to the reports of the two-input encoder: a place, and a value that is invalid there.
 DELETED = object()
 STREAM = (3, "document", "streams", 0, "id/0x0001")
 BASIC = (3, "document", "streaminfo", 0, "id/0x0001", "basic")
 LEANFLOW = (3, "document", "streaminfo", 1, "id/0x0002", "leanflow")
 STATISTICS = (3, "document", "streamstatistics", 0, "id/0x0001")
-REFUSED = [
+REJECTED = [
     # sections
     ((0, "title"), "stream-max-statistics"),
     ((0, "title"), DELETED),
@@ -29,7 +28,7 @@ REFUSED = [
     ((0, "text"), ""),
     ((0, "text"), None),
     ((0, "document"), DELETED),
-    ((0, "document"), None),  # with no failure
+    ((0, "document"), None),  # without a failure
     ((0, "document"), []),
     ((0, "document"), "MaxBufferBytes=0"),
     ((0, "failure"), DELETED),
@@ -79,9 +78,9 @@ REFUSED = [
     (BASIC, DELETED),
     (BASIC + ("framerate",), "30"),
     (BASIC + ("mirror",), 2),
-    (BASIC + ("mirror",), DELETED),  # and compression is there
+    (BASIC + ("mirror",), DELETED),  # but compression is present
     (BASIC + ("compression",), DELETED),
-    (BASIC + ("signed",), DELETED),  # and there is an encoder
+    (BASIC + ("signed",), DELETED),  # but it has an encoder
     (BASIC + ("signed",), "yes"),
     (BASIC + ("rotation",), -90),
     (BASIC + ("view",), 1),  # beside input
@@ -93,7 +92,7 @@ REFUSED = [
     (LEANFLOW + ("strength",), "25"),
     (LEANFLOW + ("skipmode",), "fixed"),
     (LEANFLOW + ("gopmode",), "none"),
-    (LEANFLOW[:-1] + ("h26x",), DELETED),  # and leanflow is there
+    (LEANFLOW[:-1] + ("h26x",), DELETED),  # but leanflow is present
     # statistics
     (STATISTICS + ("actual-framerate",), -1),
     (STATISTICS + ("framerate",), 30),
@@ -104,7 +103,7 @@ REFUSED = [
     (STATISTICS + ("tlm[0].duration",), "-00:00:01"),
     (STATISTICS + ("tlm[8].duration",), "00:00:01"),
     (STATISTICS + ("tlm[0].reclaim_count",), 0),
-    (STATISTICS + ("tlm[0].reclaim_count",), DELETED),  # and its histogram is there
+    (STATISTICS + ("tlm[0].reclaim_count",), DELETED),  # but its histogram is present
     (STATISTICS + ("tlm[1].reclaim_histogram",), DELETED),
     (STATISTICS + ("tlm[1].reclaim_histogram",), None),
     # quotas and limits
@@ -113,7 +112,7 @@ REFUSED = [
     ((4, "document", "streammaximumquota", 0, "hard"), "0134217728"),
     ((4, "document", "streammaximumquota", 0, "hard"), "-1"),
     ((4, "document", "streammaximumquota", 0, "hard"), ""),
-    ((4, "document", "streamcurrentquota"), DELETED),  # and the limits in use are there
+    ((4, "document", "streamcurrentquota"), DELETED),  # but the limits in use are present
     ((4, "document", "streamcurrentlimits"), DELETED),
     ((4, "document", "streammaximumlimits"), DELETED),
     # output
@@ -175,18 +174,18 @@ def main():
 
     # The manual and the schema
     check(len(manual) > 80, "keys in the manual:", len(manual))
-    in_order = {}  # by the place in which they stand, the manual's numbers of the keys
+    in_order = {}  # the keys' positions in the manual, by the path of their object
     for path, node in reports.keys.items():
         positions = reports.in_manual[path]
-        check(len(positions) == 1, "in the schema, not once in the manual:", path)
+        check(len(positions) == 1, "in the schema, but not exactly once in the manual:", path)
         for position in positions:
             kind, description = list(manual.values())[position]
             same = description and node.get("description") == description
             check(same, f"{path}\n    schema: {node.get('description')}\n    manual: {description}")
-            held = {node["type"]} if isinstance(node.get("type"), str) else set(node.get("type", []))
-            held |= {"string" if isinstance(value, str) else "integer" for value in node.get("enum", [])}
-            held |= {"integer"} if "const" in node else set()
-            check(held and held <= KINDS[kind], f"{path}: {held} in the schema, {kind} in the manual")
+            types = {node["type"]} if isinstance(node.get("type"), str) else set(node.get("type", []))
+            types |= {"string" if isinstance(value, str) else "integer" for value in node.get("enum", [])}
+            types |= {"integer"} if "const" in node else set()
+            check(types and types <= KINDS[kind], f"{path}: {types} in the schema, {kind} in the manual")
         if not path[-1].startswith("^"):
             in_order.setdefault(path[:-1], []).extend(positions)
     for path, positions in in_order.items():
@@ -198,24 +197,24 @@ def main():
     check(opened == ["View mode", "How many times each client started a stream"], "open to keys of any name:", opened)
 
     # The reports
-    of_examples = {}
+    sections_by_example = {}
     for snapshot in sorted((tree / "examples").glob("*.json")):
         sections = []
         for tool, switches in (("tlm", "-qsi"), ("serverreport", "-lqo"), ("serverreport", "-cai")):
             environment = dict(os.environ, ORU_SNAPSHOT=str(snapshot))
             report = subprocess.run([tools / f"oru-{tool}-tool", switches], env=environment, capture_output=True).stdout
             read = subprocess.run([tree / "examples/read_report.py"], input=report, stdout=subprocess.PIPE, check=True)
-            of_run = json.loads(read.stdout)
-            sections += [section for section in of_run if section["title"] != "Previous DSP assertions"]
+            sections_of_run = json.loads(read.stdout)
+            sections += [section for section in sections_of_run if section["title"] != "Previous DSP assertions"]
         for complaint in reports.complaints(sections):
             check(False, f"{snapshot.name}: {complaint}")
-        of_examples[snapshot.name] = sections
+        sections_by_example[snapshot.name] = sections
     for path in sorted(reports.never_found):
         check(False, "in no report:", path)
 
     # The changed reports
-    sections = of_examples["two-input-encoder.json"]
-    check(len(sections) == 9 and all(section["document"] for section in sections), "the example is not whole")
+    sections = sections_by_example["two-input-encoder.json"]
+    check(len(sections) == 9 and all(section["document"] for section in sections), "the example lacks a document")
     extra = [
         ((index, "document", *place, "x"), None)
         for index, section in enumerate(sections)
@@ -223,11 +222,11 @@ def main():
         if closed
     ]
     check(len(extra) > 40, "closed objects:", len(extra))
-    for place, value in REFUSED + extra + [((0, "x"), None)]:
-        check(not schema.takes(changed(sections, place, value)), "the schema takes", place, value)
-    check(not schema.takes({}) and schema.takes([]), "the schema wants an array")
-    changes = len(REFUSED) + len(extra) + 1
-    print(f"{len(manual)} keys; {len(of_examples)} examples; {changes} changed reports; {failed} failures")
+    for place, value in REJECTED + extra + [((0, "x"), None)]:
+        check(not schema.accepts(changed(sections, place, value)), "the schema accepts", place, value)
+    check(not schema.accepts({}) and schema.accepts([]), "the schema requires an array")
+    changes = len(REJECTED) + len(extra) + 1
+    print(f"{len(manual)} keys; {len(sections_by_example)} examples; {changes} changed reports; {failed} failures")
     sys.exit(failed != 0)
 
 

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Compares the JSON Schema of the snapshot with oru-snapshot check: both take every example and every
-good snapshot here, and both refuse every bad one here, which are those a schema can catch.
+"""Compares the JSON Schema of the snapshot with oru-snapshot check: both accept every example and every
+good snapshot below, and both reject every bad one below. (Some rules cannot be written in a schema.)
 
 usage: schema_test.py SCHEMA EXAMPLES ORU_SNAPSHOT"""
 
@@ -130,7 +130,7 @@ BAD = [
 
 
 def without_comments(text):
-    """Returns the text with a blank for every comment outside strings."""
+    """Returns the text with every comment replaced by a blank."""
     token = re.compile(r'"(?:\\.|[^"\\])*"|//[^\n]*|/\*.*?\*/', re.DOTALL)
     return token.sub(lambda m: m[0] if m[0][0] == '"' else " ", text)
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds our client libraries as a device has its own, shared and installed, then the project against
-# them in the release preset's form, and runs its programs with the test programs that are in TESTS.
+# Builds and installs our client libraries as shared libraries, like those of a device. Then builds the
+# project against them like the release preset, and runs its programs with the test programs in TESTS.
 # usage: system_client_test.sh CMAKE TESTS SOURCE CACHE
 # CACHE is the initial cache of all builds: compiler and flags.
 set -eu
@@ -20,7 +20,7 @@ PKG_CONFIG_PATH=$(find "$scratch/device" -type d -name pkgconfig)
 LD_LIBRARY_PATH=$(dirname "$PKG_CONFIG_PATH")
 export PKG_CONFIG_PATH LD_LIBRARY_PATH
 
-# The sources without our client: there is no other to be found than what was installed.
+# The sources without our client, so that the build can only use the installed one.
 mkdir "$scratch/source"
 (cd "$source" && tar -c --exclude=./build --exclude=./.git --exclude=./src/replay \
     --exclude=./src/video/oru.h --exclude=./src/video/qwire.h .) | tar -x -C "$scratch/source"
@@ -30,11 +30,11 @@ mkdir "$scratch/source"
 "$cmake" --build "$scratch/build"
 echo dispatch tlm serverreport golden device snapshot_program arguments writes | tr ' ' '\n' |
     ORU_TEST_BIN_DIR=$scratch/build/bin xargs -P 2 -I NAME env "$tests/NAME_test" --gtest_brief=1
-# The tests of such a build are described without an error; they are those that just ran.
+# Configuring such a build with tests works. Its tests are those that just ran.
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=ON -S "$scratch/source" \
     -B "$scratch/tests" >/dev/null
 
-# A second C++ library in the program, beside the one that the libraries brought, would mix with it.
+# The program must use the C++ library of the client libraries: two copies in one process conflict.
 if ! readelf -W -d "$scratch/build/bin/oru-cgi-applet" | grep -Eq 'NEEDED.*\[lib(std)?c\+\+\.so'; then
     echo 'system_client_test: the program does not share its C++ library' >&2
     exit 1

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Installs the systemd units and uses them: systemd itself checks them, and systemd's own starter for
-tests listens in the place of the socket unit and runs what the service unit runs.
+"""Installs the systemd units and uses them: systemd-analyze verifies them, and systemd-socket-activate
+listens instead of the socket unit and runs the command of the service unit.
 
 usage: systemd_test.py CMAKE BUILD EXAMPLES"""
 
@@ -20,7 +20,7 @@ REPORTS = [("oru-tlm-tool", "-qsi"), ("oru-serverreport-tool", "-lqocai")]
 
 
 def unit(path):
-    """Returns the settings of a unit file, a dictionary of dictionaries."""
+    """Returns the settings of a unit file by section."""
     settings = configparser.RawConfigParser(strict=False)
     settings.optionxform = str
     settings.read_string(path.read_text(encoding="utf-8"))
@@ -28,7 +28,7 @@ def unit(path):
 
 
 class Pair:
-    """The pair of units at work: a listener at `path`, which answers from `snapshot`."""
+    """The socket and service units in use: a listener at `path`, which answers from `snapshot`."""
 
     def __init__(self, service, path, snapshot):
         name, _ = service["Service"]["Environment"].split("=")
@@ -43,7 +43,7 @@ class Pair:
             time.sleep(0.01)
 
     def answering(self):
-        """Returns the processes that write answers now."""
+        """Returns the processes that are writing an answer."""
         pid = self.listener.pid
         return [int(child) for child in pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text().split()]
 
@@ -63,8 +63,8 @@ def compare(what, expected, got):
         sys.exit(f"systemd_test: {what}: expected {expected!r}, got {got!r}")
 
 
-def at_once(bin_dir, pair, example, count):
-    """Runs `count` clients at the same time; each must print what it prints from the file."""
+def compare_concurrent_clients(bin_dir, pair, example, count):
+    """Runs `count` clients at the same time. Each must print the same as from the file."""
     got = [None] * count
 
     def client(number):
@@ -79,13 +79,13 @@ def at_once(bin_dir, pair, example, count):
         compare(f"client {number}", report(bin_dir, tool, switches, example), got[number])
 
 
-def killed_halfway(bin_dir, pair, between):
-    """The service is killed when a client, connected at `between`, has read the first part of its answer."""
+def kill_service_halfway(bin_dir, pair, between):
+    """Kills the service after a client, connected through `between`, has read the first part of its answer."""
     listener = socket.socket(socket.AF_UNIX)
     listener.bind(between)
     listener.listen()
 
-    def pass_on():
+    def forward():
         client, _ = listener.accept()
         with client, socket.socket(socket.AF_UNIX) as service:
             service.connect(pair.path)
@@ -96,10 +96,10 @@ def killed_halfway(bin_dir, pair, between):
             with contextlib.suppress(ConnectionResetError):
                 while part := service.recv(65536):
                     client.sendall(part)
-    passing = threading.Thread(target=pass_on)
-    passing.start()
+    forwarding = threading.Thread(target=forward)
+    forwarding.start()
     out, err, status = report(bin_dir, "oru-serverreport-tool", "-l", between)
-    passing.join()
+    forwarding.join()
     listener.close()
     compare("output of a report that was cut short", (b"", 1), (out, status))
     message = f"oru-serverreport-tool: Failed to get all streams: {between}:".encode()
@@ -111,7 +111,7 @@ def main():
     cmake, build, examples = sys.argv[1:]
     with contextlib.ExitStack() as cleanup:
         scratch = pathlib.Path(cleanup.enter_context(tempfile.TemporaryDirectory()))
-        # The path of a socket has at most 107 bytes, and $TMPDIR may be longer.
+        # $TMPDIR may be too long: the path of a socket has at most 107 bytes.
         sockets = cleanup.enter_context(tempfile.TemporaryDirectory(dir="/tmp"))
         prefix = scratch / "prefix"
         subprocess.run([cmake, "--install", build, "--prefix", prefix], check=True, stdout=subprocess.DEVNULL)
@@ -124,7 +124,7 @@ def main():
         service = unit(units[1])
         compare("program", f"{prefix}/bin/oru-snapshot record", service["Service"]["ExecStart"])
         compare("source", "ORU_SNAPSHOT=/run/oru/snapshot.json", service["Service"]["Environment"])
-        compare("figures", f"{prefix}/bin/oru-snapshot metrics -o /var/lib/prometheus/node-exporter/oru.prom",
+        compare("metrics", f"{prefix}/bin/oru-snapshot metrics -o /var/lib/prometheus/node-exporter/oru.prom",
                 unit(units[3])["Service"]["ExecStart"])
 
         bin_dir = prefix / "bin"
@@ -133,16 +133,16 @@ def main():
         cleanup.callback(pair.stop)
         for tool, switches in REPORTS:
             compare(tool, report(bin_dir, tool, switches, example), report(bin_dir, tool, switches, pair.path))
-        at_once(bin_dir, pair, example, 20)
+        compare_concurrent_clients(bin_dir, pair, example, 20)
 
-        # More than any buffer between the two holds.
+        # The answer is larger than all buffers between service and client.
         long_text = ", ".join(f'{{"id": {number}, "info": {{"text": "{"x" * 500}"}}}}' for number in range(1, 8001))
         large = scratch / "large.json"
         large.write_text(f'{{"stream": {{"all": [{long_text}]}}}}', encoding="utf-8")
         writer = Pair(service, f"{sockets}/large.sock", large)
         cleanup.callback(writer.stop)
-        killed_halfway(bin_dir, writer, f"{sockets}/between.sock")
-    print("systemd_test: the units are well, 20 clients were answered, half an answer was refused")
+        kill_service_halfway(bin_dir, writer, f"{sockets}/between.sock")
+    print("systemd_test: the units are valid, 20 clients got the answer, half an answer is rejected")
 
 
 main()

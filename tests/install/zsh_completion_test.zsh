@@ -1,7 +1,7 @@
 #!/bin/zsh -f
-# Types command lines into an interactive zsh, presses the tabulator key, and compares the line that
-# comes out, or the candidates that are listed.
-# usage: zsh_completion_test.zsh DIRECTORY: where _oru is
+# Types command lines into an interactive zsh, presses a key that completes, and compares the resulting
+# line or the listed candidates.
+# usage: zsh_completion_test.zsh DIRECTORY: the directory of _oru
 emulate -R zsh
 setopt err_return
 zmodload zsh/zpty
@@ -11,7 +11,7 @@ trap 'rm -rf $scratch' EXIT
 mkdir $scratch/records
 touch $scratch/one.json $scratch/oru.prom $scratch/notes.txt
 
-# The shell under test shows nothing but what is asked for, between two marks.
+# The shell under test prints only the results, between two marks.
 zpty shell zsh -f -i
 zpty -w shell "PROMPT=; unset zle_bracketed_paste; fpath=($directory \$fpath); cd $scratch
 autoload -Uz compinit && compinit -u -D
@@ -74,5 +74,5 @@ lists 'oru-serverreport-tool --' "--list-streams --stream-quotas --list-output -
 --list-resolutions --list-available-resolutions --list-inputs --help"
 lists 'oru-snapshot record -' '-o --about --redact'
 zpty -d shell
-(( failed )) || print "zsh completes as it should"
+(( failed )) || print "zsh_completion_test: all completions are as expected"
 exit $failed

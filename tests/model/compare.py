@@ -3,8 +3,8 @@
 
 usage: compare.py BIN_DIR REDIRECT_ETC_ORU FIRST COUNT
 
-Seeds FIRST to FIRST + COUNT - 1; BIN_DIR is where the tools are, unless $ORU_TEST_BIN_DIR says otherwise. A snapshot
-on which the two differ is kept in the working directory."""
+Draws the seeds FIRST to FIRST + COUNT - 1 and runs the tools in BIN_DIR, or in $ORU_TEST_BIN_DIR if it is set. A
+snapshot on which tools and model differ is kept in the working directory."""
 
 import os
 import pathlib
@@ -17,13 +17,13 @@ import generator
 import model
 import processes
 
-# What the tools of the trade need from the environment, as in tests/support/run.cpp.
+# Variables of sanitizers, coverage and emulator, as in tests/support/run.cpp.
 PASSED_THROUGH = ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "G_SLICE", "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH",
                   "QEMU_LD_PREFIX")
 
 
 class Bench:
-    """A directory in which the tools find what a seed draws."""
+    """A directory with the files of a seed, on which the tools run."""
 
     def __init__(self, bin_dir, redirect):
         self.bin_dir, self.redirect = os.path.abspath(bin_dir), os.path.abspath(redirect)
@@ -42,7 +42,7 @@ class Bench:
                               capture_output=True, timeout=120)
 
     def put_snapshot(self, text):
-        # A file that is emptied and written anew is forced to the disk by some file systems.
+        # If a file is truncated and rewritten instead, some file systems flush it to the disk.
         self.snapshot.unlink(missing_ok=True)
         if text is not None:
             self.snapshot.write_bytes(text)
@@ -57,80 +57,80 @@ class Bench:
             self.record.write_bytes(b"" if record == "unreadable" else record)
             self.record.chmod(0 if record == "unreadable" else 0o644)
 
-    def records_are_found(self):
-        """A program without a dynamic loader opens /etc/oru/dsp-assertion, and no other."""
+    def reads_records(self):
+        """Returns whether the tools read the record here. A static program always reads the one in /etc/oru."""
         self.put_record(b'"the bench"')
         return b'"the bench"' in self.run("oru-serverreport-tool", []).stdout
 
     def message(self):
-        """Returns the message with which every query fails on a snapshot that cannot be read: that of `oru-snapshot
-        check`, or, with another client library than ours, that of the first query."""
+        """Returns the message with which every query fails if the snapshot cannot be read: that of oru-snapshot or,
+        with another client library than ours, that of the first query."""
         command = ("oru-snapshot", ["check", str(self.snapshot)]) if self.ours else ("oru-serverreport-tool", ["-l"])
         text = self.run(*command).stderr.decode("utf-8", "surrogateescape").removesuffix("\n")
         return text.rpartition("Failed to get all streams: ")[2]
 
     def comparable(self, text):
-        """What is compared: all of it, but not the words in which another client library than ours says that an
-        answer is not recorded or that a figure is not finite."""
-        words = rb": [^:\n]*(: [^:\n]*)? not recorded|[^:\n]*'[^:\n]* finite[^\n]*"
-        return text if self.ours else re.sub(words, b": (its own words)", text)
+        """Returns the text that is compared: without another client library's own messages that an answer is not
+        recorded or that a number is not finite."""
+        messages = rb": [^:\n]*(: [^:\n]*)? not recorded|[^:\n]*'[^:\n]* finite[^\n]*"
+        return text if self.ours else re.sub(messages, b": (its own words)", text)
 
     def runs(self, seed, with_record):
-        """Runs both tools on what the seed draws. Yields the tool and its arguments, and the run that the model wants
-        and the one that there was."""
+        """Runs both tools on the files of the seed. Yields the tool, its arguments, the expected run and the actual
+        run."""
         kind, text = generator.kind_of(seed), generator.snapshot(seed)
         record = generator.assertions(seed) if with_record else None
         self.put_record(record)
-        is_there = kind != "broken" or seed % 8 != 0
-        self.put_snapshot(text.encode("utf-8", "surrogateescape") if is_there else None)
+        exists = kind != "broken" or seed % 8 != 0
+        self.put_snapshot(text.encode("utf-8", "surrogateescape") if exists else None)
         unreachable = self.message() if kind == "broken" else None
-        for tool, every in (("oru-tlm-tool", "-qsi"), ("oru-serverreport-tool", "-lqocrai")):
-            for arguments in ([every], generator.command_line(seed, tool)):
-                wanted = model.run([tool, *arguments], text, record, unreachable)
-                yield tool, arguments, wanted, self.run(tool, arguments, "C" if seed % 2 else "C.UTF-8")
+        for tool, all_switches in (("oru-tlm-tool", "-qsi"), ("oru-serverreport-tool", "-lqocrai")):
+            for arguments in ([all_switches], generator.command_line(seed, tool)):
+                expected = model.run([tool, *arguments], text, record, unreachable)
+                yield tool, arguments, expected, self.run(tool, arguments, "C" if seed % 2 else "C.UTF-8")
 
     def differences(self, seed, with_record):
-        """Returns a text for each run that differs from the model's, on what the seed draws."""
-        told = []
-        for tool, arguments, wanted, got in self.runs(seed, with_record):
-            for what, of_model, of_tool in (
-                    ("stdout", wanted.stdout, got.stdout), ("stderr", wanted.stderr, got.stderr),
-                    ("status", b"%d" % wanted.status, b"%d" % got.returncode)):
-                of_model, of_tool = self.comparable(of_model), self.comparable(of_tool)
-                if of_model != of_tool:
-                    told.append(f"seed {seed} ({generator.kind_of(seed)}), {tool} {arguments}, {what}, "
-                                + first_difference(of_model, of_tool))
-        if told:
-            kept = pathlib.Path(f"model-{seed}.json").resolve()
-            kept.write_bytes(self.snapshot.read_bytes() if self.snapshot.exists() else b"")
+        """Returns a text for each difference between the tools and the model on the files of the seed."""
+        found = []
+        for tool, arguments, expected, got in self.runs(seed, with_record):
+            for output, by_model, by_tool in (
+                    ("stdout", expected.stdout, got.stdout), ("stderr", expected.stderr, got.stderr),
+                    ("status", b"%d" % expected.status, b"%d" % got.returncode)):
+                by_model, by_tool = self.comparable(by_model), self.comparable(by_tool)
+                if by_model != by_tool:
+                    found.append(f"seed {seed} ({generator.kind_of(seed)}), {tool} {arguments}, {output}, "
+                                 + first_difference(by_model, by_tool))
+        if found:
+            path = pathlib.Path(f"model-{seed}.json").resolve()
+            path.write_bytes(self.snapshot.read_bytes() if self.snapshot.exists() else b"")
             record = generator.assertions(seed) if with_record else None
-            told.append(f"kept as {kept}" + (f"; the record is {record!r}" if record is not None else ""))
-        return told
+            found.append(f"kept as {path}" + (f"; the record is {record!r}" if record is not None else ""))
+        return found
 
 
-def first_difference(of_model, of_tool):
-    lines = zip(of_model.splitlines(True) + [b""], of_tool.splitlines(True) + [b""])
+def first_difference(by_model, by_tool):
+    lines = zip(by_model.splitlines(True) + [b""], by_tool.splitlines(True) + [b""])
     at, (first, second) = next((at, pair) for at, pair in enumerate(lines, 1) if pair[0] != pair[1])
     return f"line {at}:\n  model: {first!r}\n  tool:  {second!r}"
 
 
-def comparing(where, with_record):
-    bench = Bench(*where)
+def comparison(paths, with_record):
+    bench = Bench(*paths)
     return lambda seed: bench.differences(seed, with_record)
 
 
 def main():
     if len(sys.argv) != 5:
         sys.exit(__doc__)
-    where = os.environ.get("ORU_TEST_BIN_DIR", sys.argv[1]), sys.argv[2]
+    paths = os.environ.get("ORU_TEST_BIN_DIR", sys.argv[1]), sys.argv[2]
     seeds = range(int(sys.argv[3]), int(sys.argv[3]) + int(sys.argv[4]))
-    with_record = Bench(*where).records_are_found()
+    with_record = Bench(*paths).reads_records()
     if not with_record:
-        print("compare.py: without records of assertions: these tools cannot be given any")
+        print("compare.py: without records of assertions, because these tools do not read the record of a test")
     different = 0
-    for told in processes.results(lambda: comparing(where, with_record), seeds):
-        different += told != []
-        print("\n".join(told), end="\n" if told else "", flush=True)
+    for differences in processes.results(lambda: comparison(paths, with_record), seeds):
+        different += differences != []
+        print("\n".join(differences), end="\n" if differences else "", flush=True)
     print(f"compare.py: {len(seeds)} snapshots, {different} on which the tools and the model differ")
     sys.exit(different != 0)
 

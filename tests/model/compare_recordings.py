@@ -1,14 +1,13 @@
 #!/usr/bin/python3
-"""Records the service on random snapshots and on hand-written ones, and holds against each recording: what the model
-says of it, `oru-snapshot check`, the recording's own recording, and every report of both tools, which must be what
-the service itself gives.
+"""Records the service on random and hand-written snapshots. Each recording must be what the model expects, pass
+`oru-snapshot check`, be identical to its own recording, and give the same reports of both tools as the service itself.
 
 usage: compare_recordings.py BIN_DIR REDIRECT_ETC_ORU FIRST COUNT [SNAPSHOT...]
 
-Seeds FIRST to FIRST + COUNT - 1, then the files; BIN_DIR is where the programs are, unless $ORU_TEST_BIN_DIR says
-otherwise. $ORU_TEST_SERVICE_BIN_DIR is where the programs are that ask the service, for instance through another client:
-they record it, and theirs are the reports that the recording's are compared with. A snapshot whose recording is wrong
-is kept in the working directory."""
+Draws the seeds FIRST to FIRST + COUNT - 1, then reads the files, and runs the programs in BIN_DIR, or in
+$ORU_TEST_BIN_DIR if it is set. The programs in $ORU_TEST_SERVICE_BIN_DIR, if it is set, record the service and print
+its reports, for example through another client library. A snapshot whose recording is wrong is kept in the working
+directory."""
 
 import os
 import pathlib
@@ -24,42 +23,43 @@ ABOUT = 'gate "north", caf\u00e9\n'
 
 
 class Recorded:
-    """The recordings of one snapshot, and what is wrong with them."""
+    """The recordings of one snapshot, and the errors in them."""
 
     def __init__(self, service, replay, snapshot):
-        self.service, self.replay, self.snapshot, self.wrong = service, replay, snapshot, []
+        self.service, self.replay, self.snapshot, self.errors = service, replay, snapshot, []
         service.put_snapshot(snapshot)
 
-    def expect(self, what, wanted, got):
-        if wanted != got:
-            pairs = zip(wanted.splitlines() + [b""], got.splitlines() + [b""])
-            first = next(((ours, theirs) for ours, theirs in pairs if ours != theirs), (wanted, got))
-            self.wrong.append(f"{what}:\n  wanted: {first[0][:500]!r}\n  got:    {first[1][:500]!r}")
+    def expect(self, what, expected, got):
+        if expected != got:
+            pairs = zip(expected.splitlines() + [b""], got.splitlines() + [b""])
+            first = next(((ours, theirs) for ours, theirs in pairs if ours != theirs), (expected, got))
+            self.errors.append(f"{what}:\n  expected: {first[0][:500]!r}\n  got:      {first[1][:500]!r}")
 
     def record(self, *arguments, **options):
-        """Returns a recording, after holding it against the model's. How another client than ours says what is not
-        recorded, or that it can read nothing, is not stated there."""
-        refused = self.replay.run("oru-snapshot", ["check", str(self.service.snapshot)])
+        """Returns a recording, after comparing it with the model's. The model does not have the messages of another
+        client library, so that of its recordings only success or failure is checked here."""
+        check = self.replay.run("oru-snapshot", ["check", str(self.service.snapshot)])
         got = self.service.run("oru-snapshot", ["record", *arguments])
         what = " ".join(["record", *arguments])
         if self.service.bin_dir != self.replay.bin_dir:
             self.expect(f"{what}: whether it fails", b"%d" % (got.returncode != 0), b"%d" % (got.stdout == b""))
             return got
         unreachable = None
-        if refused.returncode != 0:
-            unreachable = refused.stderr.decode("utf-8", "surrogateescape").removesuffix("\n")
+        if check.returncode != 0:
+            unreachable = check.stderr.decode("utf-8", "surrogateescape").removesuffix("\n")
         try:
-            wanted = recording.record(self.snapshot.decode("utf-8", "surrogateescape"), **options, unreachable=unreachable)
+            text = self.snapshot.decode("utf-8", "surrogateescape")
+            expected = recording.record(text, **options, unreachable=unreachable)
         except ValueError:
-            return got  # JSON of a form that the model's reader is too plain for
-        self.expect(f"{what}: stdout", wanted.stdout, got.stdout)
-        self.expect(f"{what}: status", b"%d" % wanted.status, b"%d" % got.returncode)
-        if not re.fullmatch(wanted.stderr, got.stderr):
-            self.wrong.append(f"{what}: stderr: {got.stderr[:500]!r}")
+            return got  # valid, but not supported by the model's simple reader
+        self.expect(f"{what}: stdout", expected.stdout, got.stdout)
+        self.expect(f"{what}: status", b"%d" % expected.status, b"%d" % got.returncode)
+        if not re.fullmatch(expected.stderr, got.stderr):
+            self.errors.append(f"{what}: stderr: {got.stderr[:500]!r}")
         return got
 
     def compare(self, command_lines):
-        """Returns whether there was anything to record."""
+        """Compares all recordings and reports. Returns whether there was an answer to record."""
         plain = self.record()
         self.record("--redact", "--about", ABOUT, redact=True, about=ABOUT)
         if plain.returncode != 0:
@@ -70,9 +70,9 @@ class Recorded:
         again = self.replay.run("oru-snapshot", ["record"])
         self.expect("recording of the recording", plain.stdout + plain.stderr, again.stdout + again.stderr)
         for tool, arguments in command_lines:
-            for what, wanted, got in zip(("stdout", "stderr", "status"),
-                                         *(self.report(bench, tool, arguments) for bench in (self.service, self.replay))):
-                self.expect(f"{tool} {arguments}: {what}", wanted, got)
+            reports = (self.report(bench, tool, arguments) for bench in (self.service, self.replay))
+            for output, expected, got in zip(("stdout", "stderr", "status"), *reports):
+                self.expect(f"{tool} {arguments}: {output}", expected, got)
         return True
 
     @staticmethod
@@ -82,26 +82,26 @@ class Recorded:
 
 
 TOOLS = {"oru-tlm-tool": "qsi", "oru-serverreport-tool": "lqocrai"}
-EVERYTHING = [(tool, [f"-{given}"]) for tool, letters in TOOLS.items() for given in (*letters, letters)]
+COMMAND_LINES = [(tool, [f"-{switches}"]) for tool, letters in TOOLS.items() for switches in (*letters, letters)]
 
 
 def compare(benches, source):
-    """Compares the recording of a seed's or a file's snapshot. Returns what is wrong, and whether there was one."""
+    """Compares the recordings of a seed or a file. Returns the errors, and whether there was an answer to record."""
     if isinstance(source, int):
         snapshot = generator.snapshot(source).encode("utf-8", "surrogateescape")
-        commands = EVERYTHING + [(tool, generator.command_line(source, tool)) for tool in TOOLS]
+        commands = COMMAND_LINES + [(tool, generator.command_line(source, tool)) for tool in TOOLS]
     else:
-        snapshot, commands = pathlib.Path(source).read_bytes(), EVERYTHING
-    compared = Recorded(*benches, snapshot)
-    answered = compared.compare(commands)
-    if compared.wrong:
-        kept = pathlib.Path(f"recording-{pathlib.Path(str(source)).stem}.json").resolve()
-        kept.write_bytes(snapshot)
-        compared.wrong.append(f"kept as {kept}")
-    return [f"{source}, {what}" for what in compared.wrong], answered
+        snapshot, commands = pathlib.Path(source).read_bytes(), COMMAND_LINES
+    recorded = Recorded(*benches, snapshot)
+    answered = recorded.compare(commands)
+    if recorded.errors:
+        path = pathlib.Path(f"recording-{pathlib.Path(str(source)).stem}.json").resolve()
+        path.write_bytes(snapshot)
+        recorded.errors.append(f"kept as {path}")
+    return [f"{source}, {error}" for error in recorded.errors], answered
 
 
-def comparing(*directories, redirect):
+def comparison(*directories, redirect):
     benches = [Bench(directory, redirect) for directory in directories]
     return lambda source: compare(benches, source)
 
@@ -114,10 +114,10 @@ def main():
     first, count, *files = *map(int, sys.argv[3:5]), *sys.argv[5:]
     sources = [*range(first, first + count), *files]
     wrong = recorded = 0
-    for told, answered in processes.results(lambda: comparing(service, own, redirect=sys.argv[2]), sources):
-        wrong += told != []
+    for errors, answered in processes.results(lambda: comparison(service, own, redirect=sys.argv[2]), sources):
+        wrong += errors != []
         recorded += answered
-        print("\n".join(told), end="\n" if told else "", flush=True)
+        print("\n".join(errors), end="\n" if errors else "", flush=True)
     print(f"compare_recordings.py: {len(sources)} snapshots, {recorded} of them with an answer to record; {wrong} are wrong")
     sys.exit(wrong != 0 or recorded == 0)
 

@@ -2,12 +2,12 @@
 
     snapshot(seed, kind=None)   the text of a snapshot; its file is text.encode("utf-8", "surrogateescape")
     kind_of(seed)               the kind that snapshot(seed) has
-    assertions(seed)            the record of earlier assertions, as model.run takes it
-    command_line(seed, tool)    a command line, argv[0] left out
+    assertions(seed)            a record of earlier assertions, an argument of model.run
+    command_line(seed, tool)    a command line without argv[0]
 
-The kinds: "whole", every answer is recorded; "sparse", answers and keys are missing; "faulty", there are recorded
-failures among the answers; "broken", a rule of the format is broken, so that the service cannot be reached. Values
-are odd in all of them, of another kind than is asked for, too large, no UTF-8: a section need not print a document."""
+The kinds: "whole", every answer is recorded; "sparse", answers and keys are missing; "faulty", some answers are
+recorded failures; "broken", the text violates a rule of the format, so that the service cannot be reached. All of them
+have odd values: of another kind than the tools read, too large, not valid UTF-8."""
 
 import json
 import random
@@ -41,28 +41,28 @@ def recorded(**answers):
 
 
 class Draw(random.Random):
-    """What one seed draws."""
+    """The random numbers of one seed."""
 
     def __init__(self, seed, kind):
         super().__init__(f"{kind} {seed}")
-        # How likely an answer is missing, a key is, an answer is a failure, and a value is of any kind.
+        # The probabilities that an answer is missing, a key is missing, an answer is a failure, a value has any kind.
         self.gap, self.key_gap, self.fault, self.odd = {
             "whole": (0, 0.1, 0, 0.15), "sparse": (0.3, 0.45, 0, 0.2), "broken": (0.1, 0.2, 0.1, 0.1),
             "faulty": (0.06, 0.2, self.choice((0.1, 0.3, 0.3, 1)), 0.15)}[kind]
 
-    def chance(self, share):
-        return self.random() < share
+    def chance(self, probability):
+        return self.random() < probability
 
     def number(self):
         return self.choice(NUMBERS) if self.chance(0.7) else self.getrandbits(self.choice((4, 8, 16, 24, 32)))
 
     def double(self):
-        of_any_size = Raw(self.uniform(1, 10) * 10.0 ** self.randrange(-300, 300))
-        return self.choice(DOUBLES) if self.chance(0.7) else of_any_size
+        any_double = Raw(self.uniform(1, 10) * 10.0 ** self.randrange(-300, 300))
+        return self.choice(DOUBLES) if self.chance(0.7) else any_double
 
     def text(self):
-        of_any_letters = "".join(chr(self.randrange(32, 0xd800)) for _ in range(self.randrange(9)))
-        return self.choice(TEXTS) if self.chance(0.85) else of_any_letters
+        any_text = "".join(chr(self.randrange(32, 0xd800)) for _ in range(self.randrange(9)))
+        return self.choice(TEXTS) if self.chance(0.85) else any_text
 
     def duration(self):
         return self.choice(WIDE) if self.chance(0.4) else self.randrange(400 * 3600 * 10**6)
@@ -71,12 +71,12 @@ class Draw(random.Random):
         return [self.number(), self.number()]
 
     def other(self):
-        depth = self.randrange(124, 129)  # about as deep as what prints it goes
+        depth = self.randrange(124, 129)  # around the limit of the printed documents
         deep = ("[" * depth + "]" * depth, '{"n":' * depth + "7" + "}" * depth)
         return Raw(self.choice(deep if self.chance(0.1) else OTHERS))
 
     def any_value(self):
-        """A value of any kind, those that only a device's own map holds among them."""
+        """Returns a value of any kind, also of those that only a map of a device has."""
         return self.choice((
             lambda: self.chance(0.5), self.text, self.number, lambda: self.choice(WIDE), self.double, self.pair,
             lambda: {"uint16": self.choice((0, 1, 2, 3, 6, 9, 10, 11, 12, 30, 100, 65534, 65535))},
@@ -85,7 +85,7 @@ class Draw(random.Random):
             lambda: {"bytes": self.choice(BYTES)}, lambda: {"other": self.other()}))()
 
     def map(self, values):
-        """A map with some of these keys, whose values are drawn, and a few that nobody asks for, in any order."""
+        """Returns a map with some of these keys and with a few others, in any order."""
         drawn = {}
         for key, value in values.items():
             if not self.chance(0.6 if key in OFTEN_ABSENT else self.key_gap):
@@ -96,7 +96,7 @@ class Draw(random.Random):
         return dict(self.sample(list(drawn.items()), len(drawn)))
 
     def answer(self, value):
-        """An answer, a failure in its place, or None: not recorded."""
+        """Returns the value, a failure instead of it, or None: not recorded."""
         if self.chance(self.fault):
             return {"$error": self.choice(ERRORS)}
         return None if self.chance(self.gap) else value
@@ -105,7 +105,7 @@ class Draw(random.Random):
         return self.answer(self.map(values))
 
     def each(self, make, count, ids=(0, 1, 2, 3, 4, 5, 0x1a2b, 0x12345, 65535, 65536, 2**31, ALL_ONES)):
-        """The answer to a list query: as many, each with a number of its own."""
+        """Returns the answer to a list query: `count` objects, each with a number of its own."""
         return self.answer([make(number) for number in (self.sample(ids, count) if self.chance(0.3) else ids[:count])])
 
     def stream(self, number):
@@ -121,7 +121,7 @@ class Draw(random.Random):
             resolutions=self.answer(recorded(other=self.answer([[1, 2]]), available=self.answer(sizes))))
 
     def input(self, number):
-        """An input, which may fail to open."""
+        """Returns an input, which may fail to open."""
         return {"id": number} | ({"$error": self.choice(ERRORS)} if self.chance(self.fault) else recorded(
             info=self.map_answer({"crop.possible": FLAG, "crop.max": Draw.pair}),
             crop=self.answer(self.pair() + self.pair()),
@@ -132,7 +132,7 @@ class Draw(random.Random):
             info=self.map_answer(OUTPUT_INFO), settings=self.map_answer({"enabled": FLAG, "VIC": Draw.number})))
 
     def document(self):
-        count = self.choice((0, 1, 2, 3, 4, 12, {"uint16": 12}, "3"))  # nobody opens as many as a number may count
+        count = self.choice((0, 1, 2, 3, 4, 12, {"uint16": 12}, "3"))  # larger counts would take too long
         streams = self.sample((1, 2, 3, 4, 0x1a2b, 0x12345, 65535, 2**31, ALL_ONES, 0, 0), self.choice((0, 1, 2, 3, 5)))
         filtered = self.each(self.channel, self.randrange(4)) if self.chance(0.2) else None
         made = recorded(
@@ -155,7 +155,7 @@ def all_of(value, *keys):
     return dict.fromkeys(keys, value)
 
 
-# The keys that the sections read, and what belongs there.
+# The keys that the sections read, and their usual values.
 FLAG = (True, True, True, False)
 SMALL = (0, 1, 2, 3, 4, 1, 2, {"uint16": 0}, {"uint16": 1}, {"uint16": 2}, 7, 65536, ALL_ONES)
 CODES = (0, 0, 0, 1, 1, 2, 3, 3, 10, 10, 11, 8, 9, 6, 4, 5, 7, 12, 255, ALL_ONES)
@@ -196,7 +196,7 @@ OFTEN_ABSENT = {key for key in (*STREAM_INFO, *STREAM_DEBUG) if "[" in key} | {*
 
 
 class Writer:
-    """Writes a snapshot in one of the many ways there are to write it."""
+    """Writes a snapshot with random layout, escapes and comments."""
 
     def __init__(self, draw):
         self.draw, self.indent = draw, draw.choice((-1, 1, 4))
@@ -220,7 +220,7 @@ class Writer:
         return "[" + ", ".join(map(self.write, value)) + "]" if isinstance(value, list) else json.dumps(value)
 
 
-# What breaks one rule each: a member put into a class, a value put into a map, and a whole text.
+# Each violates one rule: members of a class, values of a map, and whole texts.
 BROKEN_MEMBERS = {
     "system": ('"Caps": {}', '"$error": "x"'), "mode": ('"info": {"a": 1, "a": 2}', '"info": [1]', '"caps": {}'),
     "stream": ('"info": {}', '"all": [1]', '"all": {}', '"all": [{"id": 7}, {"id": 7}]', '"all": [{"id": -1}]',

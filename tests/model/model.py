@@ -1,11 +1,11 @@
-"""The two tools, stated a second time: what they print for a snapshot.
+"""A second implementation of the two tools: what they print for a snapshot.
 
     run(argv, snapshot, record=None, unreachable=None) -> Run(stdout, stderr, status, sections)
 
-argv[0] names the tool. `snapshot` is the text of a valid snapshot; where none can be read, `unreachable` is the
-message with which every query fails. `record` is the record of earlier assertions: bytes, None where there is none,
-or "directory" or "unreadable". `sections` are those that printed something, each with the document that it means.
-Text is str throughout; bytes that are no UTF-8 are in it as surrogateescape has them."""
+argv[0] names the tool. `snapshot` is the text of a valid snapshot. If it cannot be read, `unreachable` is the message
+with which every query fails. `record` is the record of earlier assertions: bytes, None if there is none, "directory"
+or "unreadable". `sections` are those that printed something, each with the meaning of its document. All texts are
+str, with surrogateescape for bytes that are not valid UTF-8."""
 
 import collections
 import contextlib
@@ -25,7 +25,7 @@ TOKEN = re.compile(r"""[ \t\r\n]+|//[^\n]*|/\*.*?\*/|[][{}:,]
 
 
 class Object(dict):
-    """A JSON object: members by name, and its text, which may hold a name twice."""
+    """A JSON object: its members by name, and its text, which may contain a name twice."""
     def __init__(self, members):
         super().__init__((json.loads(name), value) for name, value in members)
         self.text = "{" + ",".join(f"{name}:{text_of(value)}" for name, value in members) + "}"
@@ -38,36 +38,36 @@ def text_of(value):
 
 
 def tokens_of(text):
-    """Returns the text in tokens, without white space and comments, or raises ValueError."""
+    """Returns the tokens of the text without white space and comments, or raises ValueError."""
     found = TOKEN.findall(text)
     if "".join(found) != text:
-        raise ValueError("something that is no token")
+        raise ValueError("not a token")
     return [token for token in found if token[0] not in " \t\r\n/"]
 
 
 def read_json(text):
-    """Returns the value: an Object, a list, or the token of anything else. Raises ValueError."""
+    """Returns the value: an Object, a list, or the token of any other value. Raises ValueError."""
     tokens, depth, quoted = tokens_of(text), 0, []
     for token in tokens:
         depth += (token in ("{", "[")) - (token in ("}", "]"))
         if depth > 256 or (token[0] == '"' and re.search("[\ud800-\udfff]", json.loads(token))):
-            raise ValueError("too deep, bytes that are no UTF-8, or half a pair of surrogates")
-        # Within quotes the tokens come through the reader as they are.
+            raise ValueError("too deep, not valid UTF-8, or half a pair of surrogates")
+        # Quoted, so that json.loads() returns each scalar as its token.
         quoted.append(token if token in ("{", "}", "[", "]", ":", ",") else json.dumps(token))
     return json.loads("".join(quoted), object_pairs_hook=Object)
 
 
-# The video service, as the snapshot recorded it --------------------------------------------------
+# The video service, as recorded in the snapshot ---------------------------------------------------
 class Failed(Exception):
     """A query that failed, with the message of its error."""
 
 
 class Fatal(Exception):
-    """What ends a run with status 1, with what is written after the tool's name."""
+    """An error that ends a run with status 1, with the text after the tool's name."""
 
 
 def or_fatal(what, query, *arguments):
-    """Queries whose failure ends the run."""
+    """Returns the result of a query whose failure ends the run."""
     try:
         return query(*arguments)
     except Failed as failed:
@@ -75,7 +75,7 @@ def or_fatal(what, query, *arguments):
 
 
 def or_none(query, *arguments):
-    """Queries whose failure only means that there is nothing."""
+    """Returns the result of a query, or None if it fails."""
     try:
         return query(*arguments)
     except Failed:
@@ -83,7 +83,7 @@ def or_none(query, *arguments):
 
 
 class Map(dict):
-    """A dictionary from key to (kind, value). What the getter's kind does not hold is as if absent."""
+    """A dictionary from key to (kind, value). Getters treat values of other kinds as absent."""
     def getter(default, *kinds):
         def get(self, key, default=default):
             kind, value = self.get(key, (None, None))
@@ -98,7 +98,7 @@ class Map(dict):
 
 
 def typed(value):
-    """Returns the kind and the value that a form of the snapshot stands for."""
+    """Returns the kind and the value that a form in the snapshot represents."""
     if isinstance(value, list):
         return "pair", tuple(map(int, value))
     if isinstance(value, Object):
@@ -116,7 +116,7 @@ def typed(value):
 
 
 class Recorded:
-    """A place in the snapshot that holds answers: a class of the service or one of its objects."""
+    """An object in the snapshot that contains answers: a class of the service or one of its objects."""
 
     def __init__(self, members, name):
         self.members, self.name, self.id = self.succeeded(members), name, int(members.get("id", 0))
@@ -128,7 +128,7 @@ class Recorded:
         return answer
 
     def answer(self, member, what=None):
-        """Returns an answer, or fails as the service did; what is not recorded, in the client library's words."""
+        """Returns an answer, or fails with the recorded message or the client library's own."""
         if member not in self.members:
             raise Failed(f"{what or self.name + ' ' + member} not recorded")
         return self.succeeded(self.members[member])
@@ -137,7 +137,7 @@ class Recorded:
         return Map((key, typed(value)) for key, value in self.answer(member).items())
 
     def listed(self, member, entry):
-        """Returns one entry of an answer that holds several."""
+        """Returns one entry of an answer that has several."""
         return Recorded(self.answer(member), self.name).answer(entry, f"{self.name} {member} '{entry}'")
 
     def objects(self, member="all"):
@@ -158,17 +158,17 @@ ESCAPES = str.maketrans({"\b": "\\b", "\t": "\\t", "\n": "\\n", "\f": "\\f", "\r
 
 
 def g_print(text):
-    """GLib converts what it prints to the character set that $CHARSET names, otherwise to ASCII, because the tools
-    never set a locale. No run that is compared sets it: every character beyond ASCII becomes a question mark."""
+    """GLib prints in the character set that $CHARSET names, otherwise in ASCII, because the tools never set a locale.
+    The compared runs do not set $CHARSET, so GLib prints a question mark for every character beyond ASCII."""
     return re.sub("[^\x00-\x7f]", "?", text)
 
 
 class Raw(str):
-    """JSON text that goes into a record as it is."""
+    """JSON text that a record contains unchanged."""
 
 
 def compact(value):
-    """A record's JSON: an int is an integer, a float a double, a str has seven characters escaped."""
+    """Returns the JSON of a record: an int as an integer, a float as a double, a str with seven characters escaped."""
     if isinstance(value, dict):
         return "{" + ",".join(f"{compact(key)}:{compact(member)}" for key, member in value.items()) + "}"
     if isinstance(value, list):
@@ -179,7 +179,7 @@ def compact(value):
 
 
 def from_json(text, otherwise):
-    """What a JSON reader makes of a text. NaN and the like are no JSON, whatever this module thinks."""
+    """Returns the value of a JSON text. NaN and Infinity are not JSON, although the json module accepts them."""
     try:
         return json.loads(text, strict=False, parse_constant=int)
     except (ValueError, RecursionError):
@@ -187,7 +187,7 @@ def from_json(text, otherwise):
 
 
 def meant(value):
-    """What a record means, however it is written. A histogram that is no JSON means its text."""
+    """Returns the value that a reader gets from a record. A histogram that is not JSON is its text."""
     if isinstance(value, dict):
         return {key: meant(member) for key, member in value.items()}
     if isinstance(value, list):
@@ -198,7 +198,7 @@ def meant(value):
 
 
 def double(value):
-    """17 significant digits without the zeros at their end, in the scientific form where it is due."""
+    """Returns 17 significant digits without trailing zeros, with an exponent if it is large or small."""
     if value == 0 or not math.isfinite(value):
         return "0" if value == 0 else "null"
     mantissa, exponent = f"{abs(value):.16e}".split("e")
@@ -209,7 +209,7 @@ def double(value):
 
 
 def in_order(members):
-    """Members in the order that every object has: ascending bytes of the keys."""
+    """Returns the members in the order of all objects: by the bytes of their keys."""
     return dict(sorted(members.items(), key=lambda member: member[0].encode("utf-8", "surrogateescape")))
 
 
@@ -219,7 +219,7 @@ def hms(microseconds):
 
 
 def native_json(values):
-    """A native map as the bus library writes it."""
+    """Returns a native map as the bus library writes it."""
     def text(value):
         return re.sub("[\x00-\x1f]", lambda found: f"\\u{ord(found[0]):04x}", compact(value))
 
@@ -232,20 +232,20 @@ def native_json(values):
 
 
 def as_meant(values):
-    """What that text means."""
+    """Returns the value of that text."""
     forms = {"pair": list, "other": lambda text: meant(Raw(text))}
     return values and {key: forms[kind](value) if kind in forms else value
                        for key, (kind, value) in in_order(values).items()}
 
 
 def shortest(value):
-    """The fewest digits that read back, plain unless the scientific form is shorter."""
+    """Returns the fewest digits that read as the same value, plain unless the form with an exponent is shorter."""
     _, digits, exponent = decimal.Decimal(repr(value)).normalize().as_tuple()
     return min(f"{value:.{max(0, -exponent)}f}", f"{value:.{len(digits) - 1}e}", key=len)
 
 
 def prettified(text):
-    """Four spaces a level, arrays on one line. The bracket that opens a 128th level is the last to be written."""
+    """Indents by four spaces, with arrays on one line. The text ends after the bracket that opens the 128th level."""
     tokens, written, levels = tokens_of(text), "", []
     for before, token, after in zip([""] + tokens, tokens, tokens[1:] + [""]):
         if token in ("}", "]"):
@@ -280,8 +280,8 @@ def a_group_a_line(label, groups):
 
 # The tools ----------------------------------------------------------------------------------------
 class Tool:
-    """What both tools have: the service, and a command line."""
-    ALWAYS, REFUSES_VALUES = (), False  # GLib lets a value be that a switch does not take
+    """The common part of both tools: the service and the command line."""
+    ALWAYS, REFUSES_VALUES = (), False  # GLib ignores a value of a switch that takes none
 
     def __init__(self, name, snapshot, record, unreachable):
         self.name, self.record, self.unreachable, self.stderr = name, record, unreachable, ""
@@ -308,7 +308,7 @@ class Tool:
                 + "\nExamples:\n" + "".join(f"  {self.name} --{names[letter]}\n" for letter in self.EXAMPLES) + "\n")
 
     def parse(self, arguments):
-        """Returns the letters of the switches given, or None for help. What is wrong first, or asks first, decides."""
+        """Returns the letters of the switches, or None for help. The first error or request for help decides."""
         letters, given = {name: letter for letter, name, _, _ in self.SWITCHES}, set()
         for argument in arguments[:arguments.index("--") if "--" in arguments else None]:
             name, equals, _ = argument[2:].partition("=")
@@ -383,7 +383,7 @@ class ServerReportTool(Tool):
             self.stderr += "Failed reading '/etc/oru/dsp-assertion': file_open_failure\n"
         yield HEADER.format("Previous DSP assertions")
         text = self.record.decode("utf-8", "surrogateescape") if isinstance(self.record, bytes) else ""
-        with contextlib.suppress(ValueError):  # what the very crash it tells of cut short is printed as it stands
+        with contextlib.suppress(ValueError):  # other text, for example cut off by the crash, stays unchanged
             text = text_of(read_json(text))
         yield text + "\n\n"
         return from_json(text, None)
@@ -404,7 +404,7 @@ class ServerReportTool(Tool):
             ("streamstatistics", self.stream_statistics))}
 
         def elements(name, layout=on_one_line):
-            """A comma follows each element, but not those with the label of the last one."""
+            """A comma follows each element whose label is not that of the last one."""
             return "".join(layout(label, record) + ("," if label != labels[-1] else "") + "\n"
                            for label, record in document[name])
         yield HEADER.format("Snapshot of all running streams") + "{\n"
@@ -438,7 +438,7 @@ class ServerReportTool(Tool):
         return in_order(summary)
 
     def stream_settings(self, stream):
-        """What stands for a number in here is a double, flags included; the source alone is an integer."""
+        """All numbers and flags are doubles, except the source, which is an integer."""
         code, name, resolution = self.format_and_resolution(stream)
         settings, info = stream.settings, stream.info
         profiles = {0: ("h264.profile", ("baseline", "main", "high")), 1: ("h265.profile", ("main", "main 10bit")),
@@ -510,7 +510,7 @@ class ServerReportTool(Tool):
         return {name: [record] for name, record in document.items()}
 
     def some_debug(self):
-        """Returns the debug map of the first encoded stream; where it gives none, that of the first stream; or None."""
+        """Returns the debug map of the first encoded stream, otherwise that of the first stream, otherwise None."""
         streams = or_none(self.of("stream").objects) or []
         encoded = [stream for stream in streams
                    if (or_none(stream.map, "settings") or Map()).uint32("format", ALL_ONES) in (0, 1, 2, 10, 11)]
@@ -525,15 +525,15 @@ class ServerReportTool(Tool):
         info = or_fatal("output info", output.map, "info")
         yes_or_no, enabled, running = ("No", "Yes"), settings.boolean("enabled"), info.boolean("running")
         rate = info.double("framerate")
-        minus_nan = math.isnan(rate) and math.copysign(1, rate) < 0  # printf shows the sign of what is no number
+        minus_nan = math.isnan(rate) and math.copysign(1, rate) < 0  # printf prints the sign of a NaN
         shown = {
             "enabled": yes_or_no[enabled], "running": yes_or_no[running], "vsdb": ("DVI", "HDMI")[info.boolean("vsdb")],
             "current VIC": str(settings.uint32("VIC")), "width": str(info.uint32("width")),
             "height": str(info.uint32("height")), "framerate": "-" * minus_nan + f"{rate:f}",
             "aspect ratio": info.string("aspect.ratio", "")}
-        told = in_order(dict(list(shown.items())[:8 if enabled and running else 2 if enabled else 1]))
-        yield HEADER.format("HDMI output") + f"    {compact(told)}\n\n"
-        return told
+        record = in_order(dict(list(shown.items())[:8 if enabled and running else 2 if enabled else 1]))
+        yield HEADER.format("HDMI output") + f"    {compact(record)}\n\n"
+        return record
 
     def list_channels(self):
         query, records = "all channels", []
@@ -579,7 +579,7 @@ class ServerReportTool(Tool):
             yield g_print(f"{query}: {failed}\n")
 
     def input_channels(self):
-        """Returns the channels that the filter key = input gives."""
+        """Returns the channels that match the filter key = input."""
         channels = self.of("channel")
         if "filtered" in channels.members:
             return channels.objects("filtered")
@@ -633,11 +633,11 @@ Run = collections.namedtuple("Run", "stdout stderr status sections")
 class Section(NamedTuple):
     name: str  # of its switch, or "previous-assertions"
     text: str
-    document: object  # None for one that breaks off, and for a line in its place
+    document: object  # None if the document ends early or there is only a line of text
 
 
 def printed(name, pieces):
-    """Returns the Section of what a section's function yields and returns."""
+    """Returns the Section from what a section's function yields and returns."""
     pieces, text = iter(pieces), ""
     while True:
         try:

@@ -1,13 +1,13 @@
-"""Work shared between processes. multiprocessing.Pool would do, but its semaphores need a /dev/shm that everybody may
-write to."""
+"""Work shared between processes. (The semaphores of multiprocessing.Pool need a /dev/shm that the user may write
+to.)"""
 
 import multiprocessing
 
 COUNT = 2
 
 
-def work_off(end, worker, items):
-    work = worker()  # until the return, which removes its temporary files
+def process_items(end, worker, items):
+    work = worker()  # returning destroys it, which removes its temporary files
     for item in items:
         end.send(work(item))
 
@@ -18,9 +18,9 @@ def results(worker, items):
     processes, ends = [], []
     for first in range(COUNT):
         ours, theirs = fork.Pipe(duplex=False)
-        processes.append(fork.Process(target=work_off, args=(theirs, worker, items[first::COUNT]), daemon=True))
+        processes.append(fork.Process(target=process_items, args=(theirs, worker, items[first::COUNT]), daemon=True))
         processes[-1].start()
-        theirs.close()  # otherwise recv() would wait for a process that has died
+        theirs.close()  # otherwise recv() waits forever if the process dies
         ends.append(ours)
     for number in range(len(items)):
         yield ends[number % COUNT].recv()

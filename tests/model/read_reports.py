@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Has the reader of reports read what the built tools print for random snapshots and command lines, and compares
-what it makes of that with what the model meant, with the JSON Schema and with the manual.
+"""Runs the reader of reports on what the built tools print for random snapshots and command lines. Compares its
+output with the model, the JSON Schema and the manual.
 
 usage: read_reports.py BIN_DIR REDIRECT_ETC_ORU FIRST COUNT
 
-Seeds FIRST to FIRST + COUNT - 1. $ORU_TEST_BIN_DIR takes the place of BIN_DIR."""
+Draws the seeds FIRST to FIRST + COUNT - 1 and runs the tools in BIN_DIR, or in $ORU_TEST_BIN_DIR if it is set."""
 
 import collections
 import importlib.util
@@ -33,7 +33,7 @@ TITLES = {
 
 
 def expected(section):
-    """Returns what the reader makes of a section of the model's, but for the words of a failure of its own."""
+    """Returns what the reader must return for a section of the model, without failures that the reader finds itself."""
     title = TITLES.get(section.name, section.name)
     failure = None
     if section.text.startswith(("No ", "Failed ")):
@@ -43,15 +43,15 @@ def expected(section):
     return {"title": title, "text": section.text, "document": section.document, "failure": failure}
 
 
-def same(wanted, got):
-    """Returns whether what was read is what was meant. 30 is 30.0, true is not 1, and what is too large is a text."""
-    if isinstance(wanted, dict) and isinstance(got, dict):
-        return list(wanted) == list(got) and all(same(wanted[key], got[key]) for key in wanted)
-    if isinstance(wanted, list) and isinstance(got, list):
-        return len(wanted) == len(got) and all(map(same, wanted, got))
-    if isinstance(wanted, float) and math.isinf(wanted):
-        return isinstance(got, str) and float(got) == wanted
-    return wanted == got and isinstance(wanted, bool) == isinstance(got, bool)
+def same(expected_value, got):
+    """Returns whether the values are equal: 30 is 30.0, true is not 1, and a number that is too large is a text."""
+    if isinstance(expected_value, dict) and isinstance(got, dict):
+        return list(expected_value) == list(got) and all(same(expected_value[key], got[key]) for key in expected_value)
+    if isinstance(expected_value, list) and isinstance(got, list):
+        return len(expected_value) == len(got) and all(map(same, expected_value, got))
+    if isinstance(expected_value, float) and math.isinf(expected_value):
+        return isinstance(got, str) and float(got) == expected_value
+    return expected_value == got and isinstance(expected_value, bool) == isinstance(got, bool)
 
 
 def is_json(text):
@@ -63,27 +63,28 @@ def is_json(text):
         return False
 
 
-def wrong_with(sections, wanted, stdout):
-    """Yields what is wrong with what was read from a standard output, of which the model says what it holds."""
+def errors_in(sections, expected_sections, stdout):
+    """Yields the errors in the sections that the reader returned for a standard output."""
     if "".join(section["text"] for section in sections).encode("utf-8", "surrogateescape") != stdout:
-        yield "the texts joined are not what was printed"
-    if not wanted and stdout:  # the help
-        wanted = [{"title": None, "text": stdout.decode(), "document": None, "failure": "not a section of a report"}]
-    if [section["text"] for section in sections] != [section["text"] for section in wanted]:
+        yield "the joined texts are not the output"
+    if not expected_sections and stdout:  # the help
+        expected_sections = [{"title": None, "text": stdout.decode(), "document": None,
+                              "failure": "not a section of a report"}]
+    if [section["text"] for section in sections] != [section["text"] for section in expected_sections]:
         yield f"split into {[section['text'] for section in sections]}"
         return
-    for section, meant in zip(sections, wanted):
-        if section["title"] != meant["title"]:
+    for section, expected_section in zip(sections, expected_sections):
+        if section["title"] != expected_section["title"]:
             yield f"the title of {section}"
-        if not same(meant["document"], section["document"]):
-            yield f"the document of {section}\n  meant: {meant['document']}"
-        if meant["failure"] is not None:
-            as_meant = section["failure"] == meant["failure"]
+        if not same(expected_section["document"], section["document"]):
+            yield f"the document of {section}\n  expected: {expected_section['document']}"
+        if expected_section["failure"] is not None:
+            is_as_expected = section["failure"] == expected_section["failure"]
         else:
-            # What is malformed says so, be it whole or not; nothing else has a failure.
+            # A section has a failure if and only if it is malformed.
             well_formed = section["title"] == "stream-max-stats" or is_json(section["text"])
-            as_meant = (section["failure"] is None) == well_formed
-        if not as_meant:
+            is_as_expected = (section["failure"] is None) == well_formed
+        if not is_as_expected:
             yield f"the failure of {section}"
 
 
@@ -96,15 +97,15 @@ class Worker:
         spec.loader.exec_module(self.reader)
 
     def read(self, seed, with_record):
-        """Returns a text for each thing that is wrong with what is read of what a seed draws, how many sections were
-        read, by title and state, and the keys that were in none."""
-        told, counts = [], collections.Counter()
-        for tool, arguments, wanted, got in self.bench.runs(seed, with_record):
-            # As it is printed, not as Python holds it.
+        """Returns the errors on the files of a seed, the number of sections by title and state, and the keys that no
+        section contains."""
+        errors, counts = [], collections.Counter()
+        for tool, arguments, expected_run, got in self.bench.runs(seed, with_record):
+            # Converted to JSON and back, because the reader prints JSON.
             sections = json.loads(json.dumps(self.reader.read_report(got.stdout)))
-            complaints = [*wrong_with(sections, [expected(section) for section in wanted.sections], got.stdout),
+            complaints = [*errors_in(sections, [expected(section) for section in expected_run.sections], got.stdout),
                           *self.reports.complaints(sections)]
-            told += [f"seed {seed}, {tool} {arguments}: {complaint}" for complaint in complaints]
+            errors += [f"seed {seed}, {tool} {arguments}: {complaint}" for complaint in complaints]
             counts["reports"] += 1
             for section in sections:
                 if section["title"] is None:
@@ -113,26 +114,26 @@ class Worker:
                     counts[section["title"] + ", no document"] += 1
                 else:
                     counts[section["title"] + (", malformed" if section["failure"] else ", whole")] += 1
-        return told, counts, self.reports.never_found
+        return errors, counts, self.reports.never_found
 
 
-def reading(where, with_record):
-    worker = Worker(*where)
+def reader(paths, with_record):
+    worker = Worker(*paths)
     return lambda seed: worker.read(seed, with_record)
 
 
 def main():
     if len(sys.argv) != 5:
         sys.exit(__doc__)
-    where = os.environ.get("ORU_TEST_BIN_DIR", sys.argv[1]), sys.argv[2]
+    paths = os.environ.get("ORU_TEST_BIN_DIR", sys.argv[1]), sys.argv[2]
     seeds = range(int(sys.argv[3]), int(sys.argv[3]) + int(sys.argv[4]))
-    with_record = Bench(*where).records_are_found()
+    with_record = Bench(*paths).reads_records()
     wrong, counts, never_found = 0, collections.Counter(), set(Reports(TREE).keys)
-    for told, in_seed, not_found in processes.results(lambda: reading(where, with_record), seeds):
-        wrong += len(told)
+    for errors, in_seed, not_found in processes.results(lambda: reader(paths, with_record), seeds):
+        wrong += len(errors)
         counts += in_seed
         never_found &= not_found
-        print("\n".join(told), end="\n" if told else "", flush=True)
+        print("\n".join(errors), end="\n" if errors else "", flush=True)
     for path in sorted(never_found):
         wrong += 1
         print("in no report:", path)

@@ -1,9 +1,9 @@
-"""What `oru-snapshot record` writes for a snapshot, stated a second time.
+"""A second implementation of `oru-snapshot record`.
 
     record(snapshot, about=None, redact=False, unreachable=None) -> Run(stdout, stderr, status)
 
-The arguments are as model.run() takes them; about is a text for people. Bytes come out, but stderr is a regular
-expression where it names keys: how odd characters in them are shown is not stated here."""
+The arguments are those of model.run(), and `about` is a text for people. stdout is bytes; stderr is a regular
+expression that matches any key, because the escapes of unusual characters in keys are not implemented here."""
 
 import json
 import math
@@ -21,11 +21,11 @@ class Run(NamedTuple):
 
 
 class Failure(str):
-    """The message of a failure that stands in an answer's place."""
+    """The message of a failure that replaces an answer."""
 
 
 class Message(str):
-    """The message of a failure where that is a member of its own."""
+    """The message of a failure that is a member of its own."""
 
 
 # The layout ---------------------------------------------------------------------------------------
@@ -34,7 +34,7 @@ def quoted(text):
 
 
 def form(kind, value):
-    """The shortest form that gives the kind back."""
+    """Returns the shortest form that has this kind when it is read."""
     def named(name=kind, inner=value):
         return f'{{ "{name}": {inner} }}'
     if kind == "uint32":
@@ -81,7 +81,7 @@ def lines(brackets, items, level):
     return opening + ",".join(inner + item for item in items) + (outer if items else "") + closing
 
 
-# What must not leave the house --------------------------------------------------------------------
+# Redaction ----------------------------------------------------------------------------------------
 class Redaction:
     def __init__(self):
         self.clients = {}
@@ -109,7 +109,7 @@ class Redaction:
         return key, (kind, value)
 
 
-# The questions ------------------------------------------------------------------------------------
+# The queries --------------------------------------------------------------------------------------
 class Recorder(model.TOOLS["oru-serverreport-tool"]):
     def __init__(self, snapshot, unreachable):
         super().__init__("oru-snapshot", snapshot, None, unreachable)
@@ -125,7 +125,7 @@ class Recorder(model.TOOLS["oru-serverreport-tool"]):
             return Failure(failed)
 
     def object(self, opened, maps):
-        """The answers of an object with nothing but maps."""
+        """Returns the answers of an object that has only maps."""
         return {name: self.ask(opened.map, name) for name in maps}
 
     def single(self, name, member):
@@ -143,25 +143,26 @@ class Recorder(model.TOOLS["oru-serverreport-tool"]):
                 "resolutions": {"available": self.ask(channel.listed, "resolutions", "available")}}
 
     def list_of(self, query, each):
-        found = self.ask(query)
-        return found if isinstance(found, Failure) else [each(element) for element in found]
+        objects = self.ask(query)
+        return objects if isinstance(objects, Failure) else [each(element) for element in objects]
 
     def channels(self):
-        made = {"info": self.ask(self.map, "channel", "info")}
+        answers = {"info": self.ask(self.map, "channel", "info")}
         everything = self.list_of(lambda: self.of("channel").objects(), self.channel)
-        found = self.list_of(self.input_channels, self.channel)
+        filtered = self.list_of(self.input_channels, self.channel)
         rest = iter(() if isinstance(everything, Failure) else map(written, everything))
-        if isinstance(everything, list) and isinstance(found, list) and all(written(one) in rest for one in found):
-            ids = [channel["id"] for channel in found]
-            return made | {"all": [{name: answer for member in channel.items() for name, answer in (
+        lists = isinstance(everything, list) and isinstance(filtered, list)
+        if lists and all(written(channel) in rest for channel in filtered):
+            ids = [channel["id"] for channel in filtered]
+            return answers | {"all": [{name: answer for member in channel.items() for name, answer in (
                 (member, ("properties", Map(key=("string", "input")))) if member == ("id", channel["id"])
-                and channel["id"] in ids else (member,))} for channel in everything]}, found
-        return made | {"all": everything, "filtered": found}, found
+                and channel["id"] in ids else (member,))} for channel in everything]}, filtered
+        return answers | {"all": everything, "filtered": filtered}, filtered
 
-    def inputs(self, channels, found):
+    def inputs(self, channels, filtered):
         count = 0 if isinstance(channels["info"], Failure) else channels["info"].uint32("input.count", 1)
-        named = {channel["info"].uint32("type.id", 1) for channel in found if isinstance(channel["info"], Map)} \
-            if isinstance(found, list) else set()
+        named = {channel["info"].uint32("type.id", 1) for channel in filtered if isinstance(channel["info"], Map)} \
+            if isinstance(filtered, list) else set()
         for number in sorted(named | set(range(1, count + 1))):
             try:
                 opened = self.of("input").opened(number)
@@ -179,22 +180,22 @@ class Recorder(model.TOOLS["oru-serverreport-tool"]):
         return {"id": 0} | self.object(opened, ["info", "settings"])
 
     def everything(self):
-        made = {"system": self.single("system", "caps"), "mode": self.single("mode", "info")}
-        made["stream"] = {name: self.ask(self.map, "stream", name) for name in ("debug", "quota", "limit")}
-        made["stream"]["all"] = self.list_of(lambda: self.of("stream").objects(), lambda stream: {
+        answers = {"system": self.single("system", "caps"), "mode": self.single("mode", "info")}
+        answers["stream"] = {name: self.ask(self.map, "stream", name) for name in ("debug", "quota", "limit")}
+        answers["stream"]["all"] = self.list_of(lambda: self.of("stream").objects(), lambda stream: {
             "id": stream.id} | self.object(stream, ["info", "settings", "debug"]))
-        made["channel"], found = self.channels()
-        made["input"] = {"all": list(self.inputs(made["channel"], found))}
-        made["output"] = {"all": [self.output()]}
+        answers["channel"], filtered = self.channels()
+        answers["input"] = {"all": list(self.inputs(answers["channel"], filtered))}
+        answers["output"] = {"all": [self.output()]}
         nicks = {}
         for nick, code in self.formats.items():
             nicks.setdefault(int(code), nick)
-        made["formats"] = {nicks[code]: code for code in sorted(nicks)}
-        return made
+        answers["formats"] = {nicks[code]: code for code in sorted(nicks)}
+        return answers
 
 
 def notes(value, subject=""):
-    """The values of kinds without a form: what each was the answer to, and its key."""
+    """Returns the query and the key of each value whose kind has no form in a snapshot."""
     if isinstance(value, Map):
         return [(subject, key) for key, (kind, _) in model.in_order(value).items() if kind == "other"]
     if isinstance(value, dict):
@@ -206,13 +207,13 @@ def notes(value, subject=""):
 
 def record(snapshot, about=None, redact=False, unreachable=None):
     recorder = Recorder(snapshot, unreachable)
-    made = recorder.everything()
+    answers = recorder.everything()
     if not recorder.answered:
         return Run(b"", re.escape(f"oru-snapshot: {recorder.failures[0]}\n".encode("utf-8", "surrogateescape")), 1)
-    told = "".join(f"oru-snapshot: {subject[1:]}: '.*' is of a kind without a form, recorded as JSON\n"
-                   for subject, _ in dict.fromkeys(notes(made)))
+    messages = "".join(f"oru-snapshot: {subject[1:]}: '.*' is of a kind without a form, recorded as JSON\n"
+                       for subject, _ in dict.fromkeys(notes(answers)))
     if redact:
-        made = Redaction().redacted(made)
+        answers = Redaction().redacted(answers)
     if about is not None:
-        made = {"about": Message(about)} | made
-    return Run((written(made) + "\n").encode(), told.encode(), 0)
+        answers = {"about": Message(about)} | answers
+    return Run((written(answers) + "\n").encode(), messages.encode(), 0)

@@ -1,5 +1,5 @@
-// Checks the report number writer for whole numbers against their decimal digits, made by integer
-// arithmetic alone.
+// Compares what the report number writer writes for whole numbers with decimal digits computed by
+// integer arithmetic alone.
 //
 //   every-number            all 4,294,967,296 unsigned 32-bit values
 //   every-number STEP       every STEP-th of them, and the last one
@@ -27,7 +27,7 @@ char* put_integer(char* out, std::uint32_t value) {
     return out;
 }
 
-// A whole number ends in zeros, then it takes the exponent form, or it is written as it is.
+// A whole number that ends in zeros has the exponent form, any other its plain digits.
 char* expected(char* out, std::uint32_t value) {
     if (value % 10 != 0 || value == 0) {
         return put_integer(out, value);
@@ -54,9 +54,9 @@ char* expected(char* out, std::uint32_t value) {
 
 bool agrees(std::uint32_t value) {
     char written[max_number_size];
-    char wanted[max_number_size];
+    char correct[max_number_size];
     const std::string_view got{written, write_number(value, written)};
-    const std::string_view want{wanted, expected(wanted, value)};
+    const std::string_view want{correct, expected(correct, value)};
     if (got == want) {
         return true;
     }
@@ -70,7 +70,7 @@ bool agrees(std::uint32_t value) {
 int main(int argc, char** argv) {
     const std::uint64_t step = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1;
     if (step == 0) {
-        std::fputs("every-number: the step is a number from 1 on\n", stderr);
+        std::fputs("every-number: the step must be a whole number of at least 1\n", stderr);
         return 2;
     }
     std::uint64_t checked = 0;

@@ -1,5 +1,5 @@
-// The decimal digits of a double by whole-number arithmetic alone: no floating-point operation and
-// no formatting of one.
+// The decimal digits of a double, computed by whole-number arithmetic alone, without floating-point
+// operations or formatting.
 #pragma once
 
 #include <algorithm>
@@ -9,11 +9,11 @@
 #include <vector>
 
 struct exact_digits {
-    std::string digits;  // 17 of them, correctly rounded: to nearest, a tie to even
-    int exponent;        // of ten, of the first digit
+    std::string digits;  // 17, rounded to nearest, ties to even
+    int exponent;        // the first digit counts 10^exponent
 };
 
-// A natural number, its decimal digits in groups of nine, the lowest first.
+// A natural number as groups of nine decimal digits, the lowest first.
 class natural {
   public:
     explicit natural(std::uint64_t value) {
@@ -51,14 +51,14 @@ class natural {
     std::vector<std::uint32_t> groups_;
 };
 
-// `bits` are those of a positive finite double.
+// Returns the digits of the positive finite double that `bits` represents.
 inline exact_digits digits_of(std::uint64_t bits) {
     const auto exponent_bits = static_cast<int>(bits >> 52);
     const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
     const bool is_normal = exponent_bits != 0;
     int power = (is_normal ? exponent_bits : 1) - 1075;  // the value is significand * 2^power
 
-    // m * 2^-k is m * 5^k / 10^k: all digits of the value, and where its point stands.
+    // m * 2^-k is m * 5^k / 10^k, so m * 5^k has all digits of the value, with k decimals.
     natural value(is_normal ? fraction | std::uint64_t{1} << 52 : fraction);
     const int decimals = power < 0 ? -power : 0;
     for (int left = decimals; left > 0; left -= 13) {
@@ -73,26 +73,26 @@ inline exact_digits digits_of(std::uint64_t bits) {
     }
     const std::string all = value.decimal();
 
-    constexpr std::size_t wanted = 17;
-    exact_digits result{all.substr(0, wanted), static_cast<int>(all.size()) - 1 - decimals};
-    result.digits.resize(wanted, '0');
-    if (all.size() <= wanted) {
+    constexpr std::size_t precision = 17;
+    exact_digits result{all.substr(0, precision), static_cast<int>(all.size()) - 1 - decimals};
+    result.digits.resize(precision, '0');
+    if (all.size() <= precision) {
         return result;
     }
-    const std::string rest = all.substr(wanted);
+    const std::string rest = all.substr(precision);
     const std::string tie = "5" + std::string(rest.size() - 1, '0');
-    const bool odd = (result.digits.back() - '0') % 2 != 0;
-    if (rest < tie || (rest == tie && !odd)) {
+    const bool is_odd = (result.digits.back() - '0') % 2 != 0;
+    if (rest < tie || (rest == tie && !is_odd)) {
         return result;
     }
-    std::size_t at = wanted;
+    std::size_t at = precision;
     while (at > 0 && result.digits[at - 1] == '9') {
         result.digits[--at] = '0';
     }
     if (at > 0) {
         ++result.digits[at - 1];
     } else {
-        result.digits = "1" + result.digits.substr(0, wanted - 1);
+        result.digits = "1" + result.digits.substr(0, precision - 1);
         ++result.exponent;
     }
     return result;

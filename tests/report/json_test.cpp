@@ -52,17 +52,17 @@ TEST(json, every_kind_is_written_compactly) {
               R"("object":{"inner":0.10000000000000001},"tens":1.2e+3,"text":"t","true":true})");
 }
 
-// Seven characters are escaped and every other byte stays as it is, wherever it stands in a text:
-// writers that look at eight or sixteen bytes at once tend to differ between its start and its end.
+// Each byte at each position of texts of several lengths: a writer that scans eight or sixteen
+// bytes at once may treat the start and the end of a text differently.
 TEST(json, seven_characters_are_escaped_and_no_others) {
     const std::string_view escapes = "\b\t\n\f\r\"\\";
     const std::string_view letters = "btnfr\"\\";
     for (int byte = 0; byte < 256; ++byte) {
         const auto character = static_cast<char>(byte);
-        const std::size_t place = byte == 0 ? std::string_view::npos : escapes.find(character);
-        const std::string form = place == std::string_view::npos
+        const std::size_t escape = byte == 0 ? std::string_view::npos : escapes.find(character);
+        const std::string form = escape == std::string_view::npos
                                      ? std::string(1, character)
-                                     : std::string("\\") + letters[place];
+                                     : std::string("\\") + letters[escape];
         for (const std::size_t length : {1U, 7U, 8U, 9U, 15U, 16U, 17U, 31U, 32U, 33U, 70U}) {
             for (std::size_t at = 0; at < length; ++at) {
                 std::string text(length, 'x');
@@ -83,7 +83,7 @@ TEST(json, maps_have_the_same_forms_and_whole_numbers_of_their_own) {
     EXPECT_EQ(written(map), "{\"a\":1200,\"b\":\"\x01 and \\\"\"}");
 }
 
-TEST(json, merged_objects_stand_in_turn_in_one_pair_of_braces) {
+TEST(json, merged_objects_follow_each_other_in_one_pair_of_braces) {
     json numbers;
     numbers["z"] = 10;
     numbers["a"] = 1;

@@ -20,8 +20,8 @@ std::string written(double value) {
     return {text, write_number(value, text)};
 }
 
-// The reports' form of a number whose digits, the first worth 10^exponent, are known.
-std::string spelt(bool negative, std::string digits, int exponent) {
+// Returns the reports' form of a number with these digits, of which the first counts 10^exponent.
+std::string report_form(bool negative, std::string digits, int exponent) {
     while (digits.size() > 1 && digits.back() == '0') {
         digits.pop_back();
     }
@@ -42,8 +42,8 @@ std::string spelt(bool negative, std::string digits, int exponent) {
     return whole < digits.size() ? result + "." + digits.substr(whole) : result;
 }
 
-// The same form from another source: the C library's 17 digits.
-std::string respelt(double value) {
+// Returns the reports' form, made from the C library's 17 digits.
+std::string c_library_form(double value) {
     if (value == 0) {
         return "0";
     }
@@ -51,8 +51,8 @@ std::string respelt(double value) {
     std::snprintf(scientific, sizeof scientific, "%.16e", std::fabs(value));
     const std::string text = scientific;
     const std::size_t mark = text.find('e');
-    return spelt(value < 0, text.substr(0, 1) + text.substr(2, mark - 2),
-                 std::atoi(text.c_str() + mark + 1));
+    return report_form(value < 0, text.substr(0, 1) + text.substr(2, mark - 2),
+                       std::atoi(text.c_str() + mark + 1));
 }
 
 struct form {
@@ -105,7 +105,7 @@ TEST(number, is_written_in_the_reports_form) {
 
 constexpr std::uint64_t mantissa_bits = (std::uint64_t{1} << 52) - 1;
 
-// Every exponent, with mantissas at both ends, in the middle, and by chance.
+// Every exponent, with the smallest, the largest and random mantissas.
 TEST(number, agrees_with_the_c_library_for_every_exponent) {
     std::mt19937_64 random(20261120);
     for (std::uint64_t exponent = 0; exponent < 2047; ++exponent) {
@@ -117,13 +117,13 @@ TEST(number, agrees_with_the_c_library_for_every_exponent) {
                 mantissa = mantissa_bits - static_cast<std::uint64_t>(sample - 16);
             }
             const double value = std::bit_cast<double>(exponent << 52 | mantissa);
-            ASSERT_EQ(written(value), respelt(value)) << std::hexfloat << value;
-            ASSERT_EQ(written(-value), respelt(-value)) << std::hexfloat << -value;
+            ASSERT_EQ(written(value), c_library_form(value)) << std::hexfloat << value;
+            ASSERT_EQ(written(-value), c_library_form(-value)) << std::hexfloat << -value;
         }
     }
 }
 
-// Every exponent again, against digits that no floating-point code had a hand in.
+// Every exponent, compared with digits computed without floating-point operations.
 TEST(number, agrees_with_whole_number_arithmetic_for_every_exponent) {
     std::mt19937_64 random(20261121);
     for (std::uint64_t exponent = 0; exponent < 2047; ++exponent) {
@@ -135,21 +135,22 @@ TEST(number, agrees_with_whole_number_arithmetic_for_every_exponent) {
                 continue;
             }
             const auto [digits, first] = digits_of(bits);
-            ASSERT_EQ(written(std::bit_cast<double>(bits)), spelt(false, digits, first))
+            ASSERT_EQ(written(std::bit_cast<double>(bits)), report_form(false, digits, first))
                 << std::hex << bits;
         }
     }
 }
 
-// Fractions of large whole numbers have few digits: some end with a 5 in the eighteenth place, a
-// tie, which goes to the even digit.
+// Some fractions of large whole numbers have exactly 18 digits, the last of which is 5: a tie,
+// which rounds to the even digit.
 TEST(number, agrees_with_whole_number_arithmetic_for_ties) {
     constexpr std::uint64_t large = std::uint64_t{1} << 52;
     for (std::uint64_t whole = large; whole < large + 2000; ++whole) {
         for (const double divisor : {1.0, 2.0, 4.0, 8.0, 16.0, 32.0, 64.0}) {
             const double value = static_cast<double>(whole) / divisor;
             const auto [digits, first] = digits_of(std::bit_cast<std::uint64_t>(value));
-            ASSERT_EQ(written(value), spelt(false, digits, first)) << whole << " / " << divisor;
+            ASSERT_EQ(written(value), report_form(false, digits, first))
+                << whole << " / " << divisor;
         }
     }
 }
@@ -157,7 +158,7 @@ TEST(number, agrees_with_whole_number_arithmetic_for_ties) {
 TEST(number, agrees_with_the_c_library_for_short_decimals) {
     for (int thousandths = 0; thousandths < 200000; ++thousandths) {
         const double value = thousandths / 1000.0;
-        ASSERT_EQ(written(value), respelt(value)) << value;
+        ASSERT_EQ(written(value), c_library_form(value)) << value;
     }
 }
 

@@ -1,4 +1,4 @@
-// Texts and values as the service gives them, however odd, in every place where a report holds one.
+// Odd texts and values from the service, in every place of the reports.
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,8 +10,8 @@
 
 namespace {
 
-// Whatever is no UTF-8 is printed byte for byte; what JSON must escape is escaped beside it.
-TEST(texts, bytes_that_are_no_utf8_stay_as_they_are) {
+// Bytes that are not valid UTF-8 are printed unchanged, and JSON escapes are still applied.
+TEST(texts, bytes_that_are_not_utf8_stay_unchanged) {
     EXPECT_EQ(
         report(R"({"stream": {"all": [{"id": 1, "info": {"identity[3]": {"bytes": "c328"}},
                   "settings": {"format": 3, "subformat": {"bytes": "feff"},
@@ -49,8 +49,8 @@ TEST(texts, bytes_that_are_no_utf8_stay_as_they_are) {
                     "        \"sensor\": \"\xFF\\\\\\u0001\xE2\"\n    }\n}\n"));
 }
 
-// Messages that go through GLib are written in the character set that it takes the locale to have:
-// that of the C locale, for the tools never set another, unless $CHARSET names one.
+// GLib prints messages in the character set that $CHARSET names, otherwise in that of the C locale,
+// because the tools never set another locale.
 TEST(texts, messages_that_glib_prints_are_in_its_character_set) {
     const std::string snapshot = R"({"channel": {"all": {"$error": "na\u00efve \u2603"}}})";
     for (const std::vector<std::string>& environment :
@@ -60,33 +60,33 @@ TEST(texts, messages_that_glib_prints_are_in_its_character_set) {
     }
     EXPECT_EQ(report(snapshot, {"--list-channels"}, {.environment = {"CHARSET=UTF-8"}}),
               ended(0, "Failed to get all channels: na\xC3\xAFve \xE2\x98\x83\n"));
-    // The ones that end a tool do not go through it.
+    // GLib does not print the messages that end a tool.
     EXPECT_EQ(report(R"({"stream": {"all": {"$error": "na\u00efve \u2603"}}})", {"--list-streams"}),
               ended(1, "",
                     "oru-serverreport-tool: Failed to get all streams: "
                     "na\xC3\xAFve \xE2\x98\x83\n"));
 }
 
-// GLib marks a message that is not UTF-8, and escapes all of it that is not ASCII. The message
-// holds the path of the snapshot.
+// GLib marks a message that is not valid UTF-8 and escapes its bytes beyond ASCII. The message
+// contains the path of the snapshot.
 TEST(texts, a_message_that_is_not_utf8_is_escaped_by_glib) {
     const temp_directory etc;
-    command what{.executable = program("oru-serverreport-tool"),
-                 .argv = {"oru-serverreport-tool", "--list-channels"},
-                 .environment = etc_oru_in(etc.path())};
-    what.environment.emplace_back("ORU_SNAPSHOT=/nowhere/na\xC3\xAFve \xE2\x98\x83\xFF");
-    EXPECT_EQ(run(what),
+    command list_channels{.executable = program("oru-serverreport-tool"),
+                          .argv = {"oru-serverreport-tool", "--list-channels"},
+                          .environment = etc_oru_in(etc.path())};
+    list_channels.environment.emplace_back("ORU_SNAPSHOT=/nowhere/na\xC3\xAFve \xE2\x98\x83\xFF");
+    EXPECT_EQ(run(list_channels),
               ended(0,
                     "[Invalid UTF-8] Failed to get all channels: /nowhere/na\\xc3\\xafve "
                     "\\xe2\\x98\\x83\\xff: No such file or directory\n"));
-    what.environment.emplace_back("CHARSET=UTF-8");
-    EXPECT_EQ(run(what), ended(0,
-                               "Failed to get all channels: /nowhere/na\xC3\xAFve "
-                               "\xE2\x98\x83\xFF: No such file or directory\n"));
+    list_channels.environment.emplace_back("CHARSET=UTF-8");
+    EXPECT_EQ(run(list_channels), ended(0,
+                                        "Failed to get all channels: /nowhere/na\xC3\xAFve "
+                                        "\xE2\x98\x83\xFF: No such file or directory\n"));
 }
 
-// A value of a kind that the getters do not know: none of them gives it, but its key is there.
-TEST(texts, values_of_a_kind_that_no_getter_knows_count_as_absent) {
+// No getter returns a value of an unknown kind, but its key exists.
+TEST(texts, values_of_an_unknown_kind_count_as_absent) {
     EXPECT_EQ(report(R"({"stream": {"all": [{"id": 1,
                   "info": {"channel": {"other": 1}, "identity[0]": {"other": "x"},
                            "statistics.duration": {"other": 1}, "view": {"other": 2}},

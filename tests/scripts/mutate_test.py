@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Which mistakes scripts/mutate makes, and which of them it draws.
+"""Tests which mistakes scripts/mutate makes and which of them it draws.
 
 usage: mutate_test.py TREE: the root of the source tree"""
 
@@ -50,7 +50,7 @@ int walk(box<int>& b, OruMap* info) {
 }
 """
 
-# Worked out by hand from the text above.
+# Derived by hand from the text above.
 MISTAKES = [
     (3, "constant off by one", "5", "6"),
     (3, "constant off by one", "5", "4"),
@@ -100,7 +100,7 @@ MISTAKES = [
 
 
 class Mistakes(unittest.TestCase):
-    def test_are_all_that_can_be_made_and_only_in_code(self):
+    def test_are_complete_and_only_in_code(self):
         found = mutate.mistakes_of("f.cpp", SOURCE, 1)
         self.assertEqual({(each.line, each.kind, each.before, each.after) for each in found},
                          set(MISTAKES))
@@ -108,7 +108,7 @@ class Mistakes(unittest.TestCase):
         for each in found:
             self.assertEqual(each.before, SOURCE[each.start:each.end])
 
-    def test_are_shown_with_their_place_and_lines(self):
+    def test_are_shown_with_place_and_lines(self):
         first = mutate.mistakes_of("src/f.cpp", "int f() {\n    return  a < b;\n}\n", 1)[0]
         self.assertEqual(mutate.shown(first), "src/f.cpp:2: statement left out: return a < b;")
         swapped = mutate.mistakes_of("src/f.cpp", "bool b = 1 < two;\n", 1)[-1]
@@ -116,7 +116,7 @@ class Mistakes(unittest.TestCase):
         self.assertEqual(mutate.shown_lines(swapped, "bool b = 1 < two;\n"),
                          "    - bool b = 1 < two;\n    + bool b = 1 > two;")
 
-    def test_change_any_one_character_of_a_literal(self):
+    def test_change_one_character_of_a_literal(self):
         def changed(literal, draw):
             class Rng:
                 def random(self):
@@ -147,7 +147,7 @@ class Draw(unittest.TestCase):
         self.assertEqual(self.drawn(4), ["a1", "b1", "a2", "a3"])
         self.assertEqual(self.drawn(9), ["a1", "b1", "a2", "a3", "b2", "b3"])
 
-    def test_covers_each_file_even_when_fewer_are_asked_for(self):
+    def test_takes_one_of_each_file_even_if_the_count_is_smaller(self):
         self.assertEqual(self.drawn(1), ["a1", "b1"])
 
     def test_takes_another_for_one_that_does_not_compile(self):
@@ -155,13 +155,13 @@ class Draw(unittest.TestCase):
 
     def test_is_the_same_for_the_same_seed(self):
         text = 'auto s = "one long text of which one character is changed";\n'
-        of_seed = [mutate.mistakes_of("f.cpp", text, seed)[0].after for seed in (1, 1, 2, 3, 4, 5)]
-        self.assertEqual(of_seed[0], of_seed[1])
-        self.assertGreater(len(set(of_seed)), 1)
+        changed = [mutate.mistakes_of("f.cpp", text, seed)[0].after for seed in (1, 1, 2, 3, 4, 5)]
+        self.assertEqual(changed[0], changed[1])
+        self.assertGreater(len(set(changed)), 1)
 
 
 class Commands(unittest.TestCase):
-    def test_tell_success_and_end_what_takes_too_long(self):
+    def test_report_success_and_kill_after_the_time_limit(self):
         commands = mutate.Commands()
         self.assertTrue(commands.passes(["true"], 20))
         self.assertFalse(commands.passes(["false"], 20))

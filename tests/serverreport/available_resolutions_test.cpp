@@ -62,7 +62,7 @@ TEST(available_resolutions, no_channels) {
 TEST(available_resolutions, a_failing_list_ends_the_section) {
     EXPECT_EQ(resolutions(R"({"$error": "service busy: é"})"),
               ended(0, "Failed to get all channels: service busy: ?\n"));
-    // Both sections on channels ask for themselves.
+    // Each of the two sections queries the channels itself.
     EXPECT_EQ(report(R"({"channel": {"all": {"$error": "busy"}}})", {"-a", "-c"}),
               ended(0, "Failed to get all channels: busy\nFailed to get all channels: busy\n"));
     EXPECT_EQ(report(R"({"channel": {"all": []}})", {"-ca"}),
@@ -90,7 +90,7 @@ TEST(available_resolutions, a_failing_query_leaves_the_document_unclosed) {
     }
 }
 
-TEST(available_resolutions, the_channel_info_is_not_asked_for) {
+TEST(available_resolutions, the_channel_info_is_not_queried) {
     EXPECT_EQ(resolutions(R"([{"id": 0, "info": {"$error": "gone"},
                                "resolutions": {"available": []}}])"),
               ended(0, opening + "        {\"channel\":\"0\",\"resolutions\":\"\"}\n" + closing));

@@ -82,7 +82,7 @@ TEST(channels, a_failing_list_ends_the_section) {
     EXPECT_EQ(channels(R"({"$error": "100%s %n {}"})"),
               ended(0, "Failed to get all channels: 100%s %n {}\n"));
     EXPECT_EQ(channels(R"({"$error": ""})"), ended(0, "Failed to get all channels: \n"));
-    // Such a message passes through g_print, which knows plain ASCII alone without a locale.
+    // g_print prints this message. Without a locale, it prints ASCII only.
     EXPECT_EQ(channels(R"({"$error": "é or ☃"})"),
               ended(0, "Failed to get all channels: ? or ?\n"));
     const result unrecorded = report("{}", {"-c"});

@@ -1,5 +1,5 @@
-// Who owns the maps of the reported streams when memory runs out. The service is this test's own,
-// and so are the records, which print nothing.
+// The ownership of the maps of reported streams when memory runs out. This test replaces the
+// service, and the records of a stream, which print nothing here.
 #include <array>
 #include <new>
 #include <vector>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t stream_count = 20;
 
-// The maps of each stream that the section asked for its info. The test holds a reference to each.
+// The maps of each stream whose info was queried. The test has a reference to each map.
 using maps_of_stream = std::array<GObject*, 3>;
 std::array<maps_of_stream, stream_count> maps;
 std::size_t streams_asked = 0;
@@ -67,7 +67,7 @@ void print_stream_statistics(const stream_snapshot_entry&, std::uint32_t) {}
 
 namespace {
 
-// Runs the section. Returns whether it ended without an exception.
+// Runs the section with this number of allocations. Returns false if an allocation failed.
 bool list_streams_with(long successful_allocations) {
     streams_asked = 0;
     testing::internal::CaptureStdout();

@@ -16,7 +16,7 @@ result inputs(const std::string& channels, const std::string& inputs) {
                   {"--list-inputs"});
 }
 
-// A channel of an input; its own number is none that an input has.
+// Returns a channel of an input. Its own number differs from those of all inputs.
 std::string channel(const std::string& info) {
     static int id = 100;
     return R"({"id": )" + std::to_string(++id) + R"(, "properties": {"key": "input"}, "info": )" +
@@ -109,7 +109,7 @@ TEST(list_inputs, two_channels_of_one_input) {
                            closing));
 }
 
-TEST(list_inputs, an_input_whose_crop_cannot_be_had_is_skipped) {
+TEST(list_inputs, an_input_without_a_crop_rectangle_is_skipped) {
     const std::string channels = "[" + channel(R"({"type.id": 1})") + ", " +
                                  channel(R"({"type.id": 2})") + ", " +
                                  channel(R"({"type.id": 3})") + "]";
@@ -123,7 +123,7 @@ TEST(list_inputs, an_input_whose_crop_cannot_be_had_is_skipped) {
                                "        {\"id/1\":{\"crop\":\"No\"}},\n"
                                "        {\"id/3\":{\"crop\":\"No\"}}\n" +
                                closing));
-        // The comma before the last one stays.
+        // The comma before the last input remains.
         EXPECT_EQ(inputs(channels, R"([{"id": 1, )" + plain + R"(}, {"id": 2, )" + plain +
                                        R"(}, {"id": 3, )" + skipped + "}]"),
                   ended(0, opening +
@@ -168,7 +168,7 @@ TEST(list_inputs, a_failing_query_leaves_the_document_unclosed) {
     EXPECT_EQ(inputs("[" + first + ", " + second + "]",
                      "[" + good + R"(, {"id": 20, "info": {"$error": "no info"}}])"),
               ended(0, opening + printed + "Failed to get input info: no info\n"));
-    // At once, the first fails with nothing printed before it.
+    // The first input fails, before an input is printed.
     EXPECT_EQ(inputs("[" + second + ", " + first + "]",
                      "[" + good + R"(, {"id": 20, "$error": "100%s"}])"),
               ended(0, opening + "Failed to get input 20: 100%s\n"));

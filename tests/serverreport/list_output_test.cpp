@@ -8,7 +8,7 @@
 
 namespace {
 
-// The report on a device that has an output with these maps.
+// Returns the report on a device that has an output with these maps.
 result output_of(const std::string& settings, const std::string& info) {
     return report(R"({"system": {"caps": {"output": true}},
                       "output": {"all": [{"id": 0, "settings": )" +
@@ -29,7 +29,7 @@ TEST(list_output, a_running_output) {
                                   R"("vsdb":"HDMI","width":"1920"})")));
 }
 
-TEST(list_output, a_running_output_that_tells_nothing_more) {
+TEST(list_output, a_running_output_without_other_values) {
     EXPECT_EQ(output_of(R"({"enabled": true})", R"({"running": true})"),
               ended(0, section_of(R"({"aspect ratio":"","current VIC":"0","enabled":"Yes",)"
                                   R"("framerate":"0.000000","height":"0","running":"Yes",)"
@@ -63,7 +63,7 @@ TEST(list_output, an_enabled_output_that_is_not_running) {
     }
 }
 
-TEST(list_output, which_map_holds_what) {
+TEST(list_output, each_value_is_read_from_its_map) {
     EXPECT_EQ(output_of(R"({"enabled": true, "VIC": 1000, "vsdb": true, "width": 7, "height": 7,
                             "framerate": 7.0, "aspect.ratio": "7"})",
                         R"({"running": true, "VIC": 7})"),
@@ -72,7 +72,7 @@ TEST(list_output, which_map_holds_what) {
                                   R"("vsdb":"DVI","width":"0"})")));
 }
 
-// The section of a running output of this frame rate, its text being `shown`.
+// Expects the text `shown` for this frame rate of a running output.
 void expect_frame_rate(const std::string& rate, const std::string& shown) {
     EXPECT_EQ(
         output_of(R"({"enabled": true})", R"({"running": true, "framerate": )" + rate + "}"),
@@ -131,7 +131,7 @@ TEST(list_output, a_device_without_output_prints_nothing) {
           R"("system": {"caps": {"output": "true"}},)"}) {
         EXPECT_EQ(report(std::string("{") + system + output, {"-o"}), ended(0, "")) << system;
     }
-    // Nothing of the output is asked for then.
+    // The output is not queried then.
     EXPECT_EQ(report(R"({"system": {"caps": {}},
                          "output": {"all": [{"id": 0, "$error": "no output"}]}})",
                      {"-o"}),
@@ -148,7 +148,7 @@ TEST(list_output, an_output_that_does_not_answer_is_fatal) {
                                   "info": {"$error": "no info"}})"),
                      {"-o"}),
               ended(1, "", "oru-serverreport-tool: Failed to get output settings: no settings\n"));
-    // The info map is asked for even when the output is disabled.
+    // The info map is queried even if the output is disabled.
     EXPECT_EQ(
         report(snapshot(R"({"id": 0, "settings": {}, "info": {"$error": "no info"}})"), {"-o"}),
         ended(1, "", "oru-serverreport-tool: Failed to get output info: no info\n"));

@@ -1,4 +1,4 @@
-// The running streams: which are reported, the document around them, and their summaries.
+// The running streams: the streams that are reported, the document, and the summaries.
 #include <cstdio>
 #include <string>
 #include <utility>
@@ -26,7 +26,7 @@ const std::string no_streams =
     "}\n"
     "\n";
 
-// The summary line of the only stream, given its id and what stands in place of the defaults.
+// Returns the lines of the array "streams".
 std::string summaries(const std::string& snapshot) {
     return array_of("streams", snapshot);
 }
@@ -111,7 +111,7 @@ TEST(list_streams, a_format_that_is_not_worth_reporting_and_widens) {
               ended(0, no_streams));
 }
 
-TEST(list_streams, streams_that_only_look_like_those) {
+TEST(list_streams, streams_that_are_similar_to_those) {
     for (const char* settings : {R"({"subformat": "Leanflow"})", R"({"subformat": "leanflow2"})",
                                  R"({"subformat": ""})", R"({"format": 66})", R"({"format": "6"})",
                                  R"({"format": {"int64": 6}})", R"({"Format": 6})"}) {
@@ -159,7 +159,7 @@ TEST(list_streams, no_comma_after_the_last_stream_that_is_kept) {
 TEST(list_streams, a_failing_list_is_fatal) {
     EXPECT_EQ(report(R"({"stream": {"all": {"$error": "service busy"}}})", {"-l"}),
               ended(1, "", "oru-serverreport-tool: Failed to get all streams: service busy\n"));
-    // The message is nobody's format, and is as long as it is.
+    // The message is not used as a format, and its length is not limited.
     for (const std::string& message : {std::string("100%s {} %n {:x}"), std::string("é ☃"),
                                        std::string(), std::string(5000, 'm')}) {
         EXPECT_EQ(
@@ -234,7 +234,7 @@ TEST(list_streams, figures_of_another_kind_count_as_absent) {
                       R"("peers":0,"resolution":"0x0")"));
 }
 
-// The summary of a stream of this duration, its text being `shown`.
+// Expects the text `shown` for a stream of this duration.
 void expect_duration(const std::string& recorded, const std::string& shown) {
     EXPECT_EQ(summaries(snapshot_of({{.info = R"({"statistics.duration": )" + recorded + "}"}})),
               line_of(R"("bitrate":0,"channel":0,"duration":")" + shown +
@@ -275,7 +275,7 @@ TEST(list_streams, a_duration_that_widens) {
     expect_duration(R"({"uint32": 59000000})", "00:00:59");
 }
 
-// The summary's format and resolution, with 1x2 in the settings and 3x4 in the info map.
+// Returns the summary's format and resolution, with 1x2 in the settings and 3x4 in the info map.
 std::string format_and_resolution(const std::string& settings, const std::string& formats = "") {
     const std::string line =
         summaries(snapshot_of({{.info = R"({"width": 3, "height": 4})",
@@ -304,7 +304,7 @@ TEST(list_streams, format_names) {
     EXPECT_EQ(format_and_resolution(""), R"("format":"n/a")" + in_settings);
     EXPECT_EQ(format_and_resolution(R"(, "format": {"uint16": 1})"),
               R"("format":"h265")" + in_settings);
-    // A subformat names raw streams only.
+    // Only raw streams are named by their subformat.
     EXPECT_EQ(format_and_resolution(R"(, "format": 0, "subformat": "Y800")"),
               R"("format":"h264")" + in_settings);
     EXPECT_EQ(format_and_resolution(R"(, "format": 3)"), R"("format":"NV12")" + in_info);
@@ -357,7 +357,7 @@ TEST(list_streams, gaps_between_identities_are_skipped) {
 }
 
 TEST(list_streams, texts_in_a_summary) {
-    // The seven escaped bytes, others copied, short and long.
+    // The seven escaped bytes and others, in short and long texts.
     EXPECT_EQ(summaries(snapshot_of({{.info = R"({"identity[0]": "\u0001\u001f",
         "identity[1]": "a long enough one: \u0001 and \u001f and \u007f and \u000b end",
         "identity[2]": "é ☃ 𝄞", "identity[3]": "/ {} %s"})",

@@ -23,7 +23,7 @@ result report_on(const std::string& record) {
     return report("{}", {}, {.assertions = record});
 }
 
-// Runs the tool with what is in `etc` in the place of /etc/oru.
+// Runs the tool with /etc/oru redirected to `etc`.
 result report_in(const std::string& etc, const std::vector<std::string>& environment = {}) {
     command what{.executable = program("oru-serverreport-tool"),
                  .argv = {"oru-serverreport-tool"},
@@ -36,7 +36,7 @@ TEST(previous_assertions, no_record_no_section) {
     EXPECT_EQ(report("{}", {}), ended(0, ""));
     const temp_directory directory;
     EXPECT_EQ(report_in(directory.path() + "/none"), ended(0, ""));
-    // A link to nowhere is no record, nor is a place that cannot be looked into.
+    // Links without a target and paths below a file are not records.
     std::filesystem::create_symlink("nowhere", directory.path() + "/dsp-assertion");
     EXPECT_EQ(report_in(directory.path()), ended(0, ""));
     const temp_directory circle;
@@ -45,7 +45,7 @@ TEST(previous_assertions, no_record_no_section) {
     EXPECT_EQ(report_in(directory.write("file", "") + "/below"), ended(0, ""));
 }
 
-TEST(previous_assertions, a_folder_that_may_not_be_searched_holds_no_record) {
+TEST(previous_assertions, a_record_in_a_folder_without_search_permission_is_ignored) {
     const temp_directory directory;
     directory.write("dsp-assertion", "{}");
     chmod(directory.path().c_str(), 0600);
@@ -92,7 +92,7 @@ TEST(previous_assertions, comments_are_removed) {
     EXPECT_EQ(report_on("[1] // the end"), ended(0, header + "[1]\n\n"));
 }
 
-TEST(previous_assertions, nothing_is_lost_of_a_record_that_is_no_json) {
+TEST(previous_assertions, a_record_that_is_not_json_is_printed_unchanged) {
     for (const char* record :
          {"{ \"assertion\": \"ptr != NU", "{ \"a\" : [ 1 , 2", "assertion failed: ptr != NULL\n",
           "{ \"a\": 1 } }", "[ 1 2 ]\n", "{ \"a\": nul }", "[1, 2] // cut short\n[ 3",
@@ -101,8 +101,8 @@ TEST(previous_assertions, nothing_is_lost_of_a_record_that_is_no_json) {
     }
 }
 
-// A comment is a blank: it does not join what it separates.
-TEST(previous_assertions, a_record_without_a_value_or_a_comma_is_printed_as_it_stands) {
+// A comment counts as a blank: removing it must not join two tokens.
+TEST(previous_assertions, a_record_without_a_value_or_a_comma_is_printed_unchanged) {
     for (const char* record :
          {" ", "\n\t\r\n", "// nothing\n", "/* a */ // b", "[1/**/2]", "[true/* or */false]",
           "[1/**/2, 3]", "\"a\"/**/\"b\"", "{\"a\":1/**/\"b\":2}"}) {
@@ -111,8 +111,8 @@ TEST(previous_assertions, a_record_without_a_value_or_a_comma_is_printed_as_it_s
     EXPECT_EQ(report_on("[1/**/,/**/2]"), ended(0, header + "[1,2]\n\n"));
 }
 
-// The JSON library follows no deeper, and takes no half of a character.
-TEST(previous_assertions, a_record_beyond_the_library_is_printed_as_it_stands) {
+// The JSON library rejects deeper nesting and half a pair of surrogates.
+TEST(previous_assertions, a_record_that_the_library_rejects_is_printed_unchanged) {
     const auto nested = [](std::size_t levels) {
         return std::string(levels, '[') + " 1 " + std::string(levels, ']');
     };
@@ -152,19 +152,19 @@ TEST(previous_assertions, nothing_is_printed_of_a_record_whose_read_fails) {
     }
 }
 
-TEST(previous_assertions, a_directory_in_its_place) {
+TEST(previous_assertions, a_directory_instead_of_a_record) {
     const temp_directory directory;
     std::filesystem::create_directory(directory.path() + "/dsp-assertion");
     EXPECT_EQ(report_in(directory.path()), ended(0, header + "\n\n", unreadable));
 }
 
-TEST(previous_assertions, a_queue_in_its_place_is_not_waited_for) {
+TEST(previous_assertions, a_queue_instead_of_a_record_does_not_block) {
     const temp_directory directory;
     ASSERT_EQ(mkfifo((directory.path() + "/dsp-assertion").c_str(), 0600), 0);
     EXPECT_EQ(report_in(directory.path()), ended(0, header + "\n\n", unreadable));
 }
 
-// Where sizes and dates have 32 bits, a record with more of either cannot be read, but it is there.
+// With 32-bit sizes and dates, a record beyond them exists but cannot be read.
 TEST(previous_assertions, a_record_of_a_late_date) {
     const temp_directory directory;
     const std::string path = directory.write("dsp-assertion", "{ }");
@@ -179,7 +179,7 @@ TEST(previous_assertions, a_record_of_a_late_date) {
 TEST(previous_assertions, a_record_beyond_the_memory) {
     const temp_directory directory;
     const std::string path = directory.write("dsp-assertion", "{}");
-    ASSERT_EQ(truncate(path.c_str(), 4294967298), 0);  // of which 32 bits hold 2
+    ASSERT_EQ(truncate(path.c_str(), 4294967298), 0);  // 2 if truncated to 32 bits
     EXPECT_EQ(report_in(directory.path()), ended(0, header + "\n\n", unreadable));
 }
 #endif
@@ -197,8 +197,8 @@ TEST(previous_assertions, memory_that_runs_out_is_an_exception_of_the_tool) {
 }
 #endif
 
-// A line that is lost is an exception like any other, on either stream.
-TEST(previous_assertions, a_complaint_that_nobody_hears_ends_the_run) {
+// A lost line on standard error is an exception like one on standard output.
+TEST(previous_assertions, a_lost_error_line_ends_the_run) {
     const temp_directory directory;
     std::filesystem::create_directory(directory.path() + "/dsp-assertion");
     for (const std::string& to : unwritable) {

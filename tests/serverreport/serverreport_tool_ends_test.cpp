@@ -1,4 +1,4 @@
-// How the server-report tool ends where a run of the program cannot show it.
+// How the server-report tool ends in cases that a run of the program cannot show.
 #include <gtest/gtest.h>
 
 #include "serverreport/serverreport_tool.h"
@@ -19,7 +19,7 @@ TEST(serverreport_tool_ends, without_an_option_context) {
     option_context_fails = false;
 }
 
-// On the exits with status 1 the process gives nothing back itself.
+// The exits with status 1 release nothing.
 TEST(serverreport_tool_ends, a_parse_error_is_not_released) {
     char name[] = "oru-serverreport-tool";
     char unknown[] = "--foo";

@@ -11,7 +11,7 @@
 
 namespace {
 
-// Each section is as short as it can be.
+// Each section has its minimal text.
 const std::string snapshot = R"({
     "stream": {"all": [], "quota": {}, "limit": {}},
     "system": {"caps": {"output": true}},
@@ -78,8 +78,8 @@ const std::string all = assertions + streams + quotas + output + channels + reso
 
 using arguments = std::vector<std::string>;
 
-TEST(serverreport_tool, the_sections_that_are_asked_for_in_their_fixed_order) {
-    for (const auto& [given, expected] : {
+TEST(serverreport_tool, the_chosen_sections_in_their_fixed_order) {
+    for (const auto& [switches, expected] : {
              std::pair<arguments, std::string>{{}, assertions},
              {{"-l"}, assertions + streams},
              {{"--list-streams"}, assertions + streams},
@@ -102,8 +102,8 @@ TEST(serverreport_tool, the_sections_that_are_asked_for_in_their_fixed_order) {
              {{"-iarcoql"}, all},
              {{"-r", "-c"}, assertions + channels},
          }) {
-        EXPECT_EQ(report(snapshot, given, {.assertions = record}), ended(0, expected))
-            << (given.empty() ? "nothing" : given.front());
+        EXPECT_EQ(report(snapshot, switches, {.assertions = record}), ended(0, expected))
+            << (switches.empty() ? "no switch" : switches.front());
     }
 }
 
@@ -114,11 +114,11 @@ TEST(serverreport_tool, without_a_record_of_assertions) {
     EXPECT_EQ(report("not json", {"-r"}), ended(0, ""));
 }
 
-TEST(serverreport_tool, a_switch_given_twice_counts_once) {
+TEST(serverreport_tool, a_repeated_switch_counts_once) {
     EXPECT_EQ(report(snapshot, {"-c", "-cc", "--list-channels"}), ended(0, channels));
 }
 
-TEST(serverreport_tool, what_is_no_option_is_ignored) {
+TEST(serverreport_tool, words_that_are_not_options_are_ignored) {
     EXPECT_EQ(report(snapshot, {"x", "-o", "y"}), ended(0, output));
     EXPECT_EQ(report(snapshot, {"", "-"}), ended(0, ""));
     EXPECT_EQ(report(snapshot, {"--"}), ended(0, ""));
@@ -127,7 +127,7 @@ TEST(serverreport_tool, what_is_no_option_is_ignored) {
     EXPECT_EQ(report(snapshot, {"\xff\xfe", "-o"}), ended(0, output));
 }
 
-TEST(serverreport_tool, an_unknown_option_is_refused) {
+TEST(serverreport_tool, an_unknown_option_is_rejected) {
     for (const char* option : {"--foo", "-x", "-lx", "--list", "--List-streams", "-L", "-i1",
                                "-l=1", "--stream-max-stats", "-s", "--f\xc3\xa9", "--f\xff"}) {
         EXPECT_EQ(report(snapshot, {"-o", option, "-c"}, {.assertions = record}),
@@ -218,8 +218,7 @@ TEST(serverreport_tool, an_unreachable_service) {
     }
 }
 
-// --- Streams that cannot be written
-// ---------------------------------------------------------------
+// --- Streams that cannot be written ---
 
 class serverreport_tool_writes : public testing::TestWithParam<const char*> {};
 
@@ -233,7 +232,7 @@ TEST_P(serverreport_tool_writes, a_lost_report_is_an_exception) {
     }
 }
 
-TEST_P(serverreport_tool_writes, a_report_is_complete_when_only_standard_error_is_lost) {
+TEST_P(serverreport_tool_writes, a_report_is_complete_if_only_standard_error_is_lost) {
     const result plain = report(snapshot, {GetParam()}, {.assertions = record});
     EXPECT_EQ(plain.status, 0) << plain;
     EXPECT_NE(plain.out, "");
@@ -276,7 +275,7 @@ TEST(serverreport_tool, a_run_that_prints_nothing_loses_nothing) {
     }
 }
 
-TEST(serverreport_tool, an_error_keeps_its_status_when_nobody_hears_it) {
+TEST(serverreport_tool, an_error_keeps_its_status_if_its_output_is_lost) {
     for (const std::string& to : unwritable) {
         EXPECT_EQ(report(snapshot, {"--foo"}, {.stderr_to = to}), ended(1, "")) << to;
         EXPECT_EQ(report("{}", {"-l"}, {.assertions = record, .stderr_to = to}),
@@ -288,7 +287,7 @@ TEST(serverreport_tool, an_error_keeps_its_status_when_nobody_hears_it) {
     }
 }
 
-TEST(serverreport_tool, a_fatal_error_is_told_even_when_the_report_before_it_is_lost) {
+TEST(serverreport_tool, a_fatal_error_is_reported_even_if_the_report_before_it_is_lost) {
     for (const std::string& to : unwritable) {
         const result got = report("{}", {"-l"}, {.assertions = record, .stdout_to = to});
         EXPECT_EQ(got.status, 1) << to;

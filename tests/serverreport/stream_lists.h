@@ -1,4 +1,4 @@
-// Snapshots of running streams, and the arrays that the report makes of them.
+// Snapshots of running streams, and the arrays of their report.
 #pragma once
 
 #include <string>
@@ -16,8 +16,8 @@ struct stream {
     std::string debug = "{}";
 };
 
-// Returns a snapshot of these streams. `formats` is the enumeration's JSON text, empty for its
-// usual members.
+// Returns a snapshot of these streams. `formats` is the JSON text of the formats, or empty for the
+// default ones.
 inline std::string snapshot_of(const std::vector<stream>& streams,
                                const std::string& formats = "") {
     std::string all;
@@ -29,8 +29,8 @@ inline std::string snapshot_of(const std::vector<stream>& streams,
            (formats.empty() ? "" : R"(, "formats": )" + formats) + "}";
 }
 
-// Returns the lines of one array of the report on the streams of a snapshot, without those that
-// open and close it.
+// Returns the lines of one array of the report on the streams of a snapshot, without the lines of
+// its brackets.
 inline std::string array_of(const std::string& name, const std::string& snapshot) {
     const result got = report(snapshot, {"--list-streams"});
     EXPECT_EQ(got.status, 0) << got;

@@ -1,4 +1,4 @@
-// The stream quotas and limits, and what is used of them.
+// The stream quotas and limits, and their current use.
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// A snapshot whose quota and limit are known and whose list of streams is `all`.
+// Returns a snapshot with a fixed quota and limit and with `all` as the list of streams.
 std::string snapshot_of(const std::string& all) {
     return R"({"stream": {
         "quota": {"global.hard.limit": 120, "global.soft.limit": 100, "global.buffering.limit": 7},
@@ -170,7 +170,7 @@ TEST(stream_quotas, values_of_another_kind_count_as_absent) {
 )"));
 }
 
-TEST(stream_quotas, no_stream_to_ask_leaves_the_current_arrays_out) {
+TEST(stream_quotas, no_stream_leaves_the_current_arrays_out) {
     for (const char* all : {"[]", R"({"$error": "busy"})", R"([{"id": 1}])",
                             R"([{"id": 1, "settings": {"format": 0}}])",
                             R"([{"id": 1, "settings": {"format": 0}, "debug": {"$error": "x"}}])",
@@ -189,7 +189,7 @@ TEST(stream_quotas, no_stream_to_ask_leaves_the_current_arrays_out) {
               ended(0, without_current));
 }
 
-// A stream whose debug map gives itself away by its figures.
+// Returns a stream whose id is a value in its debug map.
 std::string stream_of(const std::string& id, const std::string& settings) {
     return R"({"id": )" + id + settings + R"(, "debug": {"global.capacity": )" + id +
            R"(, "global.encoded.peers": 1, "global.encoded.jpeg.peers": 2,
@@ -200,7 +200,7 @@ std::string with_format(const std::string& id, const std::string& format) {
     return stream_of(id, R"(, "settings": {"format": )" + format + "}");
 }
 
-TEST(stream_quotas, the_first_encoded_stream_is_asked) {
+TEST(stream_quotas, the_first_encoded_stream_is_used) {
     for (const char* encoded : {"0", "1", "2", "10", "11"}) {
         EXPECT_EQ(
             report(snapshot_of("[" + with_format("51", "3") + ", " + with_format("52", encoded) +
@@ -211,7 +211,7 @@ TEST(stream_quotas, the_first_encoded_stream_is_asked) {
     }
 }
 
-TEST(stream_quotas, other_formats_are_passed_over) {
+TEST(stream_quotas, other_formats_are_skipped) {
     for (const char* other : {"3", "4", "5", "6", "7", "8", "9", "12", "13", "4294967295", "\"0\"",
                               R"({"int64": 0})", "0.0"}) {
         EXPECT_EQ(report(snapshot_of("[" + with_format("51", other) + ", " +
@@ -219,7 +219,7 @@ TEST(stream_quotas, other_formats_are_passed_over) {
                          {"-q"}),
                   ended(0, with_current("52", "2", "1", "3")))
             << other;
-        // When there is no better one, the first is asked after all.
+        // Without an encoded stream, the first one is used.
         EXPECT_EQ(report(snapshot_of("[" + with_format("51", other) + ", " +
                                      with_format("52", "3") + "]"),
                          {"-q"}),
@@ -228,7 +228,7 @@ TEST(stream_quotas, other_formats_are_passed_over) {
     }
 }
 
-TEST(stream_quotas, a_stream_without_settings_is_passed_over) {
+TEST(stream_quotas, a_stream_without_settings_is_skipped) {
     for (const char* settings :
          {"", R"(, "settings": {"$error": "gone"})", R"(, "settings": {})"}) {
         EXPECT_EQ(report(snapshot_of("[" + stream_of("51", settings) + ", " +
@@ -242,7 +242,7 @@ TEST(stream_quotas, a_stream_without_settings_is_passed_over) {
     }
 }
 
-TEST(stream_quotas, what_the_stream_report_leaves_out_counts_here) {
+TEST(stream_quotas, streams_that_the_stream_report_skips_count_here) {
     EXPECT_EQ(report(snapshot_of("[" + with_format("0", "0") + "]"), {"-q"}),
               ended(0, with_current("0", "2", "1", "3")));
     EXPECT_EQ(report(snapshot_of("[" + with_format("5", "6") + "]"), {"-q"}),
@@ -254,7 +254,7 @@ TEST(stream_quotas, what_the_stream_report_leaves_out_counts_here) {
               ended(0, with_current("4", "2", "1", "3")));
 }
 
-TEST(stream_quotas, a_stream_that_does_not_answer_gives_way_to_the_first) {
+TEST(stream_quotas, the_first_stream_replaces_one_that_does_not_answer) {
     for (const char* debug : {"", R"(, "debug": {"$error": "gone"})"}) {
         EXPECT_EQ(report(snapshot_of("[" + with_format("51", "3") +
                                      R"(, {"id": 52, "settings": {"format": 0})" + debug + "}, " +
@@ -272,7 +272,7 @@ TEST(stream_quotas, no_quota_or_no_limit_is_fatal) {
     EXPECT_EQ(
         report(R"({"stream": {"quota": {}, "limit": {"$error": "no {}"}, "all": []}})", {"-q"}),
         ended(1, "", "oru-serverreport-tool: Failed to get limit: no {}\n"));
-    // The quota is asked for first.
+    // The quota is queried first.
     EXPECT_EQ(
         report(R"({"stream": {"quota": {"$error": ""}, "limit": {"$error": "no limit"}}})", {"-q"}),
         ended(1, "", "oru-serverreport-tool: Failed to get quota: \n"));

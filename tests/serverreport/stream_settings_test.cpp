@@ -9,7 +9,7 @@
 
 namespace {
 
-// The lines inside the record of the only stream, one for each group.
+// Returns the lines inside the record of the only stream, one for each group.
 std::string groups_of(const std::string& settings, const std::string& info = "{}",
                       const std::string& formats = "") {
     const std::string element =
@@ -114,7 +114,7 @@ TEST(stream_settings, no_format_at_all) {
     EXPECT_EQ(groups_of(R"({"format": 4294967295, "sqz.strength": 1})"), expected);
 }
 
-// The only h26x group that these settings give.
+// Returns the h26x group for these settings.
 std::string h26x_of(const std::string& settings) {
     const std::string groups = groups_of(settings);
     const std::size_t begin = groups.find("\"h26x\": ");
@@ -171,7 +171,7 @@ TEST(stream_settings, words_for_the_profiles) {
     }
 }
 
-// The only leanflow group that these settings give for an encoded stream, or "" for none.
+// Returns the leanflow group for these settings of an encoded stream, or "" if there is none.
 std::string leanflow_of(const std::string& settings) {
     const std::string groups = groups_of(R"({"format": 1, )" + settings + "}");
     const std::size_t begin = groups.find("\"leanflow\": ");
@@ -235,7 +235,7 @@ TEST(stream_settings, words_for_the_leanflow_modes) {
               R"("skipmode":"drop","strength":25})");
 }
 
-// What stands after the sorted members of the basic group.
+// Returns the text after the sorted members of the basic group.
 std::string source_of(const std::string& info) {
     const std::string groups = groups_of(R"({"format": 3})", info);
     const std::string before = "\"rotation\":0";
@@ -253,7 +253,7 @@ TEST(stream_settings, the_source_is_the_first_of_input_view_and_warp) {
           {R"({"warp": 3, "view": 2})", ",\"view\":2}\n"},
           {R"({"warp": 3, "view": 2, "input": 1})", ",\"input\":1}\n"},
           {R"({"inputs": 3, "Input": 2})", "}\n"},
-          // An integer, whatever the other numbers look like; 1 when it is no number.
+          // An integer, unlike the other numbers; 1 if it is not a number.
           {R"({"input": 10})", ",\"input\":10}\n"},
           {R"({"input": 4294967295})", ",\"input\":4294967295}\n"},
           {R"({"input": "two", "view": 5})", ",\"input\":1}\n"},
@@ -290,7 +290,7 @@ TEST(stream_settings, booleans_of_another_kind_count_as_absent) {
 )");
 }
 
-// The record of a raw stream of this frame rate, its text being `shown`.
+// Expects the text `shown` for this frame rate of a raw stream.
 void expect_frame_rate(const std::string& recorded, const std::string& shown) {
     EXPECT_EQ(groups_of(R"({"format": 3, "framerate": )" + recorded + "}"),
               R"(                "basic": {"channel":0,"format":"NV12","framerate":)" + shown +

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The line of the only stream.
+// Returns the line of the only stream.
 std::string statistics_of(const std::string& info, const std::string& debug = "{}") {
     return array_of("streamstatistics", snapshot_of({{.info = info, .debug = debug}}));
 }

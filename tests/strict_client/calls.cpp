@@ -30,7 +30,7 @@ std::string quoted(std::string_view text) {
 
 namespace {
 
-void log_what_was_never_released();
+void log_unreleased();
 
 int log_file() {
     static const int file = [] {
@@ -43,7 +43,7 @@ int log_file() {
             std::perror(path);
             std::abort();
         }
-        std::atexit(log_what_was_never_released);
+        std::atexit(log_unreleased);
         return opened;
     }();
     return file;
@@ -88,21 +88,21 @@ bool is_planted(std::string_view fault) {
     return planted != nullptr && fault == planted;
 }
 
-// --- What is handed out -------------------------------------------------------------------------
+// --- Objects, blocks, lists and errors ----------------------------------------------------------
 
 namespace {
 
 struct object {
     GObject parent;
-    held* holds;
+    object_content* content;
 };
 
-struct known {
+struct tracked {
     std::string name;
-    const char* type;  // NULL for what is no object
+    const char* type;  // NULL for a block, list or error
     std::size_t serial;
     bool released = false;
-    // Of a list, and how often each was referred to when the list was about to be released.
+    // The elements of a list, and their reference counts just before the list is released.
     std::vector<gconstpointer> elements = {};
     std::vector<guint> references = {};
 };
@@ -111,32 +111,32 @@ guint references_to(gconstpointer object) {
     return static_cast<const GObject*>(object)->ref_count;
 }
 
-// What a leak checker must not take for a reference.
+// A pointer that a leak checker does not recognise as a reference.
 using hidden = std::uintptr_t;
 hidden hide(gconstpointer thing) {
     return ~reinterpret_cast<hidden>(thing);
 }
 
-// None of this is destroyed: the last releases come while the process ends.
+// Never destroyed, because the last releases happen while the process ends.
 struct everything {
-    std::map<hidden, known> things;
+    std::map<hidden, tracked> things;
     std::map<std::string, std::size_t, std::less<>> names;
     std::map<hidden, std::string> natives;
-    // Objects that were released stay where they are: a pointer to one is known for what it is.
+    // The memory of released objects is kept, so that a pointer to one can be recognised.
     std::vector<GObject*> released;
 };
 
 everything& all() {
-    static everything& made = *new everything;
-    return made;
+    static everything& instance = *new everything;
+    return instance;
 }
 
-known* find(gconstpointer thing) {
+tracked* find(gconstpointer thing) {
     const auto found = all().things.find(hide(thing));
     return found == all().things.end() ? nullptr : &found->second;
 }
 
-known& hand_out(gconstpointer thing, const char* type, const std::string& name) {
+tracked& hand_out(gconstpointer thing, const char* type, const std::string& name) {
     const std::size_t count = ++all().names[name];
     static std::size_t serial = 0;
     return all().things[hide(thing)] = {
@@ -145,11 +145,11 @@ known& hand_out(gconstpointer thing, const char* type, const std::string& name) 
                .serial = ++serial};
 }
 
-void log_what_was_never_released() {
+void log_unreleased() {
     std::map<std::size_t, std::string> in_order;
-    for (const auto& [thing, is] : all().things) {
-        if (!is.released) {
-            in_order.emplace(is.serial, is.name);
+    for (const auto& [thing, entry] : all().things) {
+        if (!entry.released) {
+            in_order.emplace(entry.serial, entry.name);
         }
     }
     for (const auto& [serial, name] : in_order) {
@@ -157,19 +157,19 @@ void log_what_was_never_released() {
     }
 }
 
-// The last reference is being given back. The object comes to life again, empty, so that a later
-// use of it, or another release, is seen.
+// Called when the last reference is released. Keeps the object alive, without content, so that a
+// later use or another release is detected.
 void dispose(GObject* disposed) {
-    known& is = *find(disposed);
-    if (is.released) {
-        misuse("g_object_unref", is.name + " was released before");
+    tracked& entry = *find(disposed);
+    if (entry.released) {
+        misuse("g_object_unref", entry.name + " was released before");
     }
     G_OBJECT_CLASS(g_type_class_peek_static(G_TYPE_OBJECT))->dispose(disposed);
-    log("release " + is.name);
+    log("release " + entry.name);
     auto* self = reinterpret_cast<object*>(disposed);
-    delete self->holds;
-    self->holds = nullptr;
-    is.released = true;
+    delete self->content;
+    self->content = nullptr;
+    entry.released = true;
     all().released.push_back(disposed);
     g_object_ref(disposed);
 }
@@ -187,25 +187,26 @@ GType type_named(const char* name) {
 
 }  // namespace
 
-gpointer new_object(const char* type, const std::string& name, held* holds) {
+gpointer new_object(const char* type, const std::string& name, object_content* content) {
     gpointer made = g_object_new(type_named(type), nullptr);
-    static_cast<object*>(made)->holds = holds;
+    static_cast<object*>(made)->content = content;
     hand_out(made, type, name);
     return made;
 }
 
-held& held_by(std::string_view call, const char* type, gconstpointer of) {
-    if (of == nullptr) {
+object_content& content_of(std::string_view call, const char* type, gconstpointer instance) {
+    if (instance == nullptr) {
         misuse(call, std::string("NULL is no ") + type);
     }
-    const known* is = find(of);
-    if (is == nullptr || is->type == nullptr || std::string_view(is->type) != type) {
-        misuse(call, (is == nullptr ? std::string("something else") : is->name) + " is no " + type);
+    const tracked* entry = find(instance);
+    if (entry == nullptr || entry->type == nullptr || std::string_view(entry->type) != type) {
+        misuse(call,
+               (entry == nullptr ? std::string("something else") : entry->name) + " is no " + type);
     }
-    if (is->released) {
-        misuse(call, is->name + " was released");
+    if (entry->released) {
+        misuse(call, entry->name + " was released");
     }
-    return *static_cast<const object*>(of)->holds;
+    return *static_cast<const object*>(instance)->content;
 }
 
 const std::string& name_of(gconstpointer object) {
@@ -225,9 +226,9 @@ void hand_out_block(gconstpointer block, const std::string& name) {
 }
 
 void hand_out_list(const GList* list, std::string_view call) {
-    known& is = hand_out(list, nullptr, "list of " + std::string(call));
+    tracked& entry = hand_out(list, nullptr, "list of " + std::string(call));
     for (const GList* link = list; link != nullptr; link = link->next) {
-        is.elements.push_back(link->data);
+        entry.elements.push_back(link->data);
     }
 }
 
@@ -236,8 +237,8 @@ void hand_out_error(const GError* error, std::string_view call) {
 }
 
 std::string handed_out(gconstpointer thing) {
-    const known* is = thing == nullptr ? nullptr : find(thing);
-    return is == nullptr ? "" : is->name;
+    const tracked* entry = thing == nullptr ? nullptr : find(thing);
+    return entry == nullptr ? "" : entry->name;
 }
 
 void release_block(gconstpointer block) {
@@ -248,27 +249,26 @@ void release_block(gconstpointer block) {
 }
 
 void release_list(std::string_view call, const GList* list) {
-    known* is = list == nullptr ? nullptr : find(list);
-    if (is == nullptr) {
+    tracked* entry = list == nullptr ? nullptr : find(list);
+    if (entry == nullptr) {
         return;
     }
-    log(std::string(call) + '(' + is->name + ')');
-    for (gconstpointer element : is->elements) {
-        is->references.push_back(references_to(element));
+    log(std::string(call) + '(' + entry->name + ')');
+    for (gconstpointer element : entry->elements) {
+        entry->references.push_back(references_to(element));
     }
 }
 
 void list_is_released(std::string_view call, const GList* list) {
-    const known* is = list == nullptr ? nullptr : find(list);
-    if (is == nullptr) {
+    const tracked* entry = list == nullptr ? nullptr : find(list);
+    if (entry == nullptr) {
         return;
     }
-    for (std::size_t i = 0; i < is->elements.size(); ++i) {
-        // Who holds on to an element has a reference of its own: the list's is given back all the
-        // same.
-        gconstpointer element = is->elements[i];
-        if (!find(element)->released && references_to(element) >= is->references[i]) {
-            misuse(call, is->name + " is freed without its element " + find(element)->name);
+    for (std::size_t i = 0; i < entry->elements.size(); ++i) {
+        // The list's reference must be released even if the caller keeps a reference of its own.
+        gconstpointer element = entry->elements[i];
+        if (!find(element)->released && references_to(element) >= entry->references[i]) {
+            misuse(call, entry->name + " is freed without its element " + find(element)->name);
         }
     }
     all().things.erase(hide(list));
@@ -281,7 +281,7 @@ void release_error(const GError* error) {
 }
 
 void log_native_read(const qw::map& map, const std::string& key) {
-    // Only a map of the service's has a name.
+    // Only maps from the service have a name.
     const auto native = all().natives.find(hide(&map));
     if (native != all().natives.end()) {
         log("find(" + native->second + ", " + quoted(key) + ')');
@@ -293,7 +293,7 @@ void log_native_read(const qw::map& map, const std::string& key) {
 namespace {
 
 std::string object_shown(std::string_view call, const char* type, gconstpointer object) {
-    held_by(call, type, object);
+    content_of(call, type, object);
     return name_of(object);
 }
 
@@ -369,8 +369,8 @@ std::string shown(std::string_view, gdouble number) {
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
-std::string shown(std::string_view call, always_null argument) {
-    if (argument.is != nullptr) {
+std::string shown(std::string_view call, always_null wrapped) {
+    if (wrapped.argument != nullptr) {
         misuse(call, "an argument is not NULL");
     }
     return "NULL";

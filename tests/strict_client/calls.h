@@ -1,16 +1,15 @@
-// The watch over every call to the service. What is passed is checked and may be logged; what is
-// handed out is known by a name such as "stream 1 settings" until the process ends, so that a use
-// after the release, or a release too many, is told from all else. A mistake is told in one line on
-// standard error that names the call, and the process aborts.
+// Checks every call to the service, and logs it on request. Each object that the client returns
+// keeps a name such as "stream 1 settings" until the process ends, so that a use after the release
+// and a second release are detected. A misuse is reported in one line on standard error that names
+// the call, and the process aborts.
 //
 //   ORU_STRICT_LOG=FILE   log each call, each release, each text that the tools write to standard
-//                         output, and at the end what was never released. The list at the end goes
-//                         nowhere else: standard error is the tools' own.
-//   ORU_STRICT_EXACT=1    a typed getter returns its default for every kind but its own
-//   ORU_STRICT_NULL=NAME  the operation of that name gives NULL or FALSE, and no error
+//                         output, and at the end what was never released
+//   ORU_STRICT_EXACT=1    a typed getter returns its default for every other kind
+//   ORU_STRICT_NULL=NAME  the operation of that name returns NULL or FALSE without an error
 //   ORU_STRICT_ERROR=NAME the query of that name sets its error although it succeeds
-//   ORU_STRICT_WRITE=N    the Nth JSON text fails to be written; see failing_writer/report/json.h
-//   ORU_STRICT_FAULT=NAME the fault of that name is in the library; see faults.cpp
+//   ORU_STRICT_WRITE=N    writing the Nth JSON text fails; see failing_writer/report/json.h
+//   ORU_STRICT_FAULT=NAME the library has the fault of that name; see faults.cpp
 #pragma once
 
 #include <cstdint>
@@ -30,47 +29,47 @@ void log(std::string_view line);
 std::string quoted(std::string_view text);
 void log_native_read(const qw::map& map, const std::string& key);
 
-// Whether $ORU_STRICT_NULL or $ORU_STRICT_ERROR names the operation, or $ORU_STRICT_FAULT the
-// fault.
+// Return whether $ORU_STRICT_NULL or $ORU_STRICT_ERROR names the operation, or $ORU_STRICT_FAULT
+// the fault.
 bool gives_null(std::string_view call);
 bool gives_error(std::string_view call);
 bool is_planted(std::string_view fault);
 
-// --- What is handed out -------------------------------------------------------------------------
+// --- Objects, blocks, lists and errors ----------------------------------------------------------
 
-// What an object holds for as long as nobody has released it.
-struct held {
-    virtual ~held() = default;
+// The content of an object, destroyed when the object is released.
+struct object_content {
+    virtual ~object_content() = default;
 };
 
-// Returns a new object of the named type. Two of one name are told apart: "stream 1#2".
-gpointer new_object(const char* type, const std::string& name, held* holds);
+// Returns a new object of the named type. The second object of one name is called "stream 1#2".
+gpointer new_object(const char* type, const std::string& name, object_content* content);
 
-// Returns what an object of the named type holds. It is a misuse when it is no such object, or was
-// released.
-held& held_by(std::string_view call, const char* type, gconstpointer object);
+// Returns the content of an object of the named type. An object of another type, or a released one,
+// is a misuse.
+object_content& content_of(std::string_view call, const char* type, gconstpointer object);
 const std::string& name_of(gconstpointer object);
 
-// A map's native form goes by the name of its object, until that is released.
+// Gives a map's native form the name of its object, until the object is released.
 void name_native(const qw::map& map, gconstpointer object);
 void forget_native(const qw::map& map);
 
-// Blocks, lists and errors, each until it is released through GLib.
+// Give a block, list or error a name, until it is released through GLib.
 void hand_out_block(gconstpointer block, const std::string& name);
 void hand_out_list(const GList* list, std::string_view call);
 void hand_out_error(const GError* error, std::string_view call);
 
-// These are told of the releases; `block`, `list` and `error` may be of somebody else's.
+// Record a release. `block`, `list` and `error` may be of another origin.
 void release_block(gconstpointer block);
 void release_list(std::string_view call, const GList* list);
 void list_is_released(std::string_view call, const GList* list);
 void release_error(const GError* error);
-// Returns the name of a thing of that kind, or "" for somebody else's.
+// Returns the name of a block, list or error, or "" if it is of another origin.
 std::string handed_out(gconstpointer thing);
 
 // --- One call -----------------------------------------------------------------------------------
 
-// Each returns the argument as the log shows it, when it can be right.
+// Return the argument in the form of the log. An argument that cannot be right is a misuse.
 std::string shown(std::string_view call, OruMap* map);
 std::string shown(std::string_view call, OruStream* stream);
 std::string shown(std::string_view call, OruChannel* channel);
@@ -80,28 +79,28 @@ std::string shown(std::string_view call, OruSystem* system);
 std::string shown(std::string_view call, OruMode* mode);
 std::string shown(std::string_view call, const gchar* text);
 std::string shown(std::string_view call, GError** error);
-std::string shown(std::string_view call, guint32* out);  // with what it points to
+std::string shown(std::string_view call, guint32* out);  // with its value
 std::string shown(std::string_view call, guint32 number);
 std::string shown(std::string_view call, gint32 boolean);
 std::string shown(std::string_view call, gint64 number);
 std::string shown(std::string_view call, guint64 number);
 std::string shown(std::string_view call, gdouble number);
 
-// An argument that may be NULL, and one that must be.
+// An argument that may be NULL, and one that must be NULL.
 template <class T>
 struct or_null {
-    T* is;
+    T* argument;
 };
 struct always_null {
-    gconstpointer is;
+    gconstpointer argument;
 };
 template <class T>
-std::string shown(std::string_view call, or_null<T> argument) {
-    return argument.is == nullptr ? "NULL" : shown(call, argument.is);
+std::string shown(std::string_view call, or_null<T> wrapped) {
+    return wrapped.argument == nullptr ? "NULL" : shown(call, wrapped.argument);
 }
-std::string shown(std::string_view call, always_null argument);
+std::string shown(std::string_view call, always_null wrapped);
 
-// A call that was made: its arguments are checked before anything else is done.
+// One call. The constructor checks the arguments.
 class call {
   public:
     template <class... Arguments>
@@ -112,11 +111,11 @@ class call {
 
     const std::string& name() const { return name_; }
 
-    // Each logs the call with its result, and returns that.
+    // Log the call with its result, and return the result.
     void gives_nothing() const { log(text_); }
     template <class T>
-    T gives(T result, const std::string& said) const {
-        log(text_ + " -> " + said);
+    T gives(T result, const std::string& shown_result) const {
+        log(text_ + " -> " + shown_result);
         return result;
     }
     template <class T>
@@ -124,11 +123,11 @@ class call {
         return gives(object, name_of(object));
     }
 
-    // Logs that the call failed, and sets the error when one is asked for and $ORU_STRICT_NULL
-    // names another operation.
+    // Logs that the call failed. Sets the error, if the caller passes one, unless $ORU_STRICT_NULL
+    // names the operation.
     void fails(GError** error, const std::string& message) const;
 
-    // Sets the error of a call that succeeds, if $ORU_STRICT_ERROR names it.
+    // Sets the error of a successful call if $ORU_STRICT_ERROR names the operation.
     void succeeds(GError** error) const;
 
   private:

@@ -1,7 +1,7 @@
-// Faults that a device's library might have, planted one at a time: $ORU_STRICT_FAULT is the name
-// of one, which is the beginning of the line of oru-probe that reports it. The linker
-// puts these functions in the place of the client's own (--wrap), where their users call them;
-// those that are faults of the native map stand there.
+// Faults that a device's library may have, planted one at a time. $ORU_STRICT_FAULT is the name of
+// a fault: the beginning of the line of oru-probe that reports it. Calls to the client's functions
+// go to these functions instead (the linker's --wrap). The faults of the native map are in
+// include/qwire.h.
 #include <algorithm>
 #include <cstdint>
 #include <map>
@@ -31,7 +31,7 @@ void drop_error(GError** error) {
     }
 }
 
-// An object that is known for as long as it lives.
+// A pointer to an object that becomes NULL when the object is destroyed.
 class last_object {
   public:
     gpointer get() const { return object_; }
@@ -44,7 +44,7 @@ class last_object {
     gpointer object_ = nullptr;
 };
 
-// Gives the object that was given before, while it lives, without a reference of its own.
+// The first object, returned again by later calls while it is alive, without a new reference.
 template <class Object>
 Object* shared(Object* made) {
     static last_object& last = *new last_object;
@@ -64,7 +64,7 @@ const qw::tagged* find(OruMap* map, const gchar* key) {
     return found == entries.end() ? nullptr : &found->second;
 }
 
-// What a getter gives with its fault, if that is planted.
+// Returns `otherwise` if the getter's fault is planted, otherwise `right`.
 template <class Value>
 Value wrong(const std::string& getter, OruMap* map, const gchar* key, std::uint16_t own_kind,
             Value right, Value otherwise) {
@@ -76,13 +76,14 @@ Value wrong(const std::string& getter, OruMap* map, const gchar* key, std::uint1
                : right;
 }
 
-// Keys that were taken out of an answer, by a service that has but one map.
+// The keys removed from an answer by a service that returns the same map each time.
 std::set<std::string>& removed() {
     static auto& keys = *new std::set<std::string>;
     return keys;
 }
 
-// The native map with other codes. No copy is given back: who knows who holds it.
+// Returns a copy of the native map with another kind code. Copies are never freed, because the
+// caller may keep them.
 qw::map* with_code(const qw::map& map, std::uint16_t code, std::uint16_t other) {
     static auto& copies = *new std::vector<std::unique_ptr<qw::map>>;
     copies.push_back(std::make_unique<qw::map>(map));
@@ -92,7 +93,7 @@ qw::map* with_code(const qw::map& map, std::uint16_t code, std::uint16_t other) 
     return copies.back().get();
 }
 
-// The lists of streams, to tell what is in none that is still there.
+// The lists of streams, to find out whether a stream is in a list that still exists.
 std::vector<std::pair<const GList*, std::set<gconstpointer>>>& lists() {
     static auto& all = *new std::vector<std::pair<const GList*, std::set<gconstpointer>>>;
     return all;
@@ -166,22 +167,22 @@ gboolean __real_oru_channel_get_crop(OruChannel* channel, guint32* x, guint32* y
                                      guint32* height, GError** error);
 gboolean __wrap_oru_channel_get_crop(OruChannel* channel, guint32* x, guint32* y, guint32* width,
                                      guint32* height, GError** error) {
-    const gboolean given = __real_oru_channel_get_crop(channel, x, y, width, height, error);
-    if (given != FALSE && is_planted("oru_channel_get_crop")) {
+    const gboolean success = __real_oru_channel_get_crop(channel, x, y, width, height, error);
+    if (success != FALSE && is_planted("oru_channel_get_crop")) {
         set_error(error);
     }
-    return error == nullptr && is_planted("oru_channel_get_crop, failing") ? TRUE : given;
+    return error == nullptr && is_planted("oru_channel_get_crop, failing") ? TRUE : success;
 }
 
 gboolean __real_oru_channel_get_crop_max(OruChannel* channel, guint32* width, guint32* height,
                                          GError** error);
 gboolean __wrap_oru_channel_get_crop_max(OruChannel* channel, guint32* width, guint32* height,
                                          GError** error) {
-    const gboolean given = __real_oru_channel_get_crop_max(channel, width, height, error);
+    const gboolean success = __real_oru_channel_get_crop_max(channel, width, height, error);
     if (is_planted("oru_channel_get_crop_max, failing")) {
         drop_error(error);
     }
-    return given;
+    return success;
 }
 
 gboolean __real_oru_input_get_resolution_unrotated(OruInput* input, const gchar* mode,
@@ -195,7 +196,7 @@ gboolean __wrap_oru_input_get_resolution_unrotated(OruInput* input, const gchar*
         error);
 }
 
-// --- What is handed out -------------------------------------------------------------------------
+// --- Objects ------------------------------------------------------------------------------------
 
 GList* __real_oru_stream_get_all(GError** error);
 GList* __wrap_oru_stream_get_all(GError** error) {
@@ -342,7 +343,7 @@ const gchar* __wrap_oru_map_get_string(OruMap* map, const gchar* key, gpointer r
                                __real_oru_map_get_string(map, key, reserved, def), "");
 }
 
-// Two halves in the wrong order.
+// The halves are swapped.
 guint64 __real_oru_map_get_pair32u(OruMap* map, const gchar* key, guint64 def);
 guint64 __wrap_oru_map_get_pair32u(OruMap* map, const gchar* key, guint64 def) {
     const guint64 right = __real_oru_map_get_pair32u(map, key, def);

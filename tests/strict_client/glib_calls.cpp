@@ -1,6 +1,5 @@
-// What the tools call of GLib and of the C library: what they release, print, and say of their
-// command line. The linker puts these functions in the place of those that the tools call (--wrap);
-// each passes on what it was given.
+// Logs the tools' calls to GLib and the C library that release, print and set up the command line.
+// The linker redirects these calls (--wrap), and each function passes its arguments on.
 #include <cstdarg>
 #include <cstdio>
 #include <string>

@@ -43,8 +43,8 @@ native_value value_of(const qw::tagged& value) {
 
 std::string json_of(const qw::map& map) {
     std::string text;
-    if (const auto wrong = map.to_json(text)) {
-        throw std::runtime_error(*wrong);
+    if (const auto error = map.to_json(text)) {
+        throw std::runtime_error(*error);
     }
     return text;
 }
@@ -92,7 +92,7 @@ std::string native_map::to_json() const {
 struct native_table::content {
     struct row {
         std::string text;
-        const qw::tagged* copied;  // replaces the text unless NULL
+        const qw::tagged* copied;  // used instead of the text unless NULL
     };
     std::map<std::string, row, std::less<>> rows;
 };

@@ -1,4 +1,4 @@
-// The operations of the service but those of its maps.
+// The operations of the service, without those of maps.
 #include <array>
 #include <initializer_list>
 #include <string>
@@ -17,14 +17,14 @@ namespace strict {
 namespace {
 
 template <class Record>
-struct record_of : held {
-    explicit record_of(const Record& record) : is(record) {}
-    const Record& is;
+struct record_of : object_content {
+    explicit record_of(const Record& content) : record(content) {}
+    const Record& record;
 };
 
 template <class Record>
 const Record& record(const call& made, const char* type, gconstpointer object) {
-    return static_cast<record_of<Record>&>(held_by(made.name(), type, object)).is;
+    return static_cast<record_of<Record>&>(content_of(made.name(), type, object)).record;
 }
 
 const stream_record& record(const call& made, OruStream* stream) {
@@ -51,7 +51,7 @@ Object* open_object(const char* type, const std::string& name, const Record& rec
     return static_cast<Object*>(new_object(type, name, new record_of<Record>(record)));
 }
 
-// Returns the snapshot, or NULL with the call failed.
+// Returns the snapshot, or fails the call and returns NULL.
 const snapshot* reach(const call& made, GError** error) {
     if (gives_null(made.name())) {
         made.fails(error, "");
@@ -64,26 +64,27 @@ const snapshot* reach(const call& made, GError** error) {
     return &*current();
 }
 
-// Returns what is recorded under `what`, or NULL with the call failed.
+// Returns the content of the answer, or fails the call and returns NULL. `what` is for the message.
 template <class T>
-const T* recorded(const call& made, const answer<T>& is, const std::string& what, GError** error) {
+const T* recorded(const call& made, const answer<T>& recorded_answer, const std::string& what,
+                  GError** error) {
     if (gives_null(made.name())) {
         made.fails(error, "");
         return nullptr;
     }
-    if (const auto* fails = std::get_if<failure>(&is)) {
+    if (const auto* fails = std::get_if<failure>(&recorded_answer)) {
         made.fails(error, fails->message);
         return nullptr;
     }
-    if (const T* given = std::get_if<T>(&is)) {
+    if (const T* content = std::get_if<T>(&recorded_answer)) {
         made.succeeds(error);
-        return given;
+        return content;
     }
     made.fails(error, what + " not recorded");
     return nullptr;
 }
 
-// Of several that are asked for by name, or by number.
+// Returns the content of the answer of that name or number, or fails the call and returns NULL.
 template <class All>
 auto find_recorded(const call& made, const All& all, const typename All::key_type& name,
                    const std::string& what, GError** error) {
@@ -92,25 +93,27 @@ auto find_recorded(const call& made, const All& all, const typename All::key_typ
     return recorded(made, found == all.end() ? nothing : found->second, what, error);
 }
 
-// Returns the object's name in a message, which does not tell it from another of the same name.
+// Returns the object's name for a message, without the suffix of a second object of that name.
 std::string described(gconstpointer object) {
     const std::string& name = name_of(object);
     return name.substr(0, name.find('#'));
 }
 
 // Returns the map `part` of the object.
-OruMap* map_of(const call& made, const answer<qw::map>& is, gconstpointer object, const char* part,
-               GError** error) {
-    const qw::map* entries = recorded(made, is, described(object) + ": " + part, error);
+OruMap* map_of(const call& made, const answer<qw::map>& recorded_answer, gconstpointer object,
+               const char* part, GError** error) {
+    const qw::map* entries =
+        recorded(made, recorded_answer, described(object) + ": " + part, error);
     return entries == nullptr ? nullptr
                               : made.gives_object(new_map(name_of(object) + ' ' + part, *entries));
 }
 
 // Returns a map of the service as a whole.
-OruMap* map_of_all(const call& made, answer<qw::map> snapshot::* is, const char* name,
+OruMap* map_of_all(const call& made, answer<qw::map> snapshot::* member, const char* name,
                    GError** error) {
-    const snapshot* now = reach(made, error);
-    const qw::map* entries = now == nullptr ? nullptr : recorded(made, now->*is, name, error);
+    const snapshot* service = reach(made, error);
+    const qw::map* entries =
+        service == nullptr ? nullptr : recorded(made, service->*member, name, error);
     return entries == nullptr ? nullptr : made.gives_object(new_map(name, *entries));
 }
 
@@ -141,7 +144,7 @@ std::vector<const Record*> picked(const std::vector<Record>& records, const Filt
     return all;
 }
 
-// Fills the out-values from an answer, or, without one, with what nobody recorded.
+// Fills the out-values from an answer or, without one, with odd values.
 template <std::size_t Count>
 gboolean fill(const call& made, const std::array<std::uint32_t, Count>* from,
               const std::array<guint32*, Count>& to) {
@@ -156,10 +159,10 @@ gboolean fill(const call& made, const std::array<std::uint32_t, Count>* from,
     return from == nullptr ? FALSE : made.gives(TRUE, "TRUE");
 }
 
-// Whether the channel's properties hold every text of the filter.
+// Returns whether the channel's properties contain every text of the filter.
 bool matches(const channel_record& channel, const qw::map& filter) {
-    for (const auto& [key, wanted] : filter) {
-        const auto* text = std::get_if<std::string>(&wanted.content);
+    for (const auto& [key, value] : filter) {
+        const auto* text = std::get_if<std::string>(&value.content);
         const auto found = channel.properties.by_key::find(key);
         if (text == nullptr) {
             continue;
@@ -205,8 +208,9 @@ GType oru_format_get_type(void) {
 
 GList* oru_stream_get_all(GError** error) {
     const call made("oru_stream_get_all", error);
-    const snapshot* now = reach(made, error);
-    const auto* all = now == nullptr ? nullptr : recorded(made, now->streams, "streams", error);
+    const snapshot* service = reach(made, error);
+    const auto* all =
+        service == nullptr ? nullptr : recorded(made, service->streams, "streams", error);
     return all == nullptr ? nullptr
                           : list_of<OruStream>(made, "OruStream", "stream ",
                                                picked(*all, [](const auto&) { return true; }));
@@ -264,23 +268,23 @@ GList* channels(const call& made, const answer<std::vector<channel_record>>& of,
 
 GList* oru_channel_get_all(GError** error) {
     const call made("oru_channel_get_all", error);
-    const snapshot* now = reach(made, error);
-    return now == nullptr ? nullptr : channels(made, now->channels, {}, error);
+    const snapshot* service = reach(made, error);
+    return service == nullptr ? nullptr : channels(made, service->channels, {}, error);
 }
 
 GList* oru_channel_get_filtered(OruMap* filter, GError** error) {
     const call made("oru_channel_get_filtered", filter, error);
     const qw::map& entries = entries_of(made.name(), filter);
-    const snapshot* now = reach(made, error);
-    if (now == nullptr) {
+    const snapshot* service = reach(made, error);
+    if (service == nullptr) {
         return nullptr;
     }
-    const bool is_list = std::holds_alternative<std::vector<channel_record>>(now->filtered);
-    if (std::holds_alternative<failure>(now->filtered) ||
+    const bool is_list = std::holds_alternative<std::vector<channel_record>>(service->filtered);
+    if (std::holds_alternative<failure>(service->filtered) ||
         (is_list && text_in(entries, "key") == "input")) {
-        return channels(made, now->filtered, {}, error);
+        return channels(made, service->filtered, {}, error);
     }
-    return channels(made, now->channels, entries, error);
+    return channels(made, service->channels, entries, error);
 }
 
 guint32 oru_channel_get_id(OruChannel* channel) {
@@ -308,7 +312,7 @@ OruResolutions* oru_channel_get_resolutions(OruChannel* channel, OruMap* filter,
     if (sizes == nullptr) {
         return nullptr;
     }
-    // The count in 64 bits, then a width and a height for each.
+    // A count of 64 bits, then a width and a height for each resolution.
     auto* set = static_cast<guint64*>(g_malloc(sizeof(guint64) * (1 + sizes->size())));
     set[0] = sizes->size();
     auto* items = reinterpret_cast<guint32*>(set + 1);
@@ -340,9 +344,9 @@ gboolean oru_channel_get_crop_max(OruChannel* channel, guint32* width, guint32* 
 
 OruInput* oru_input_new(guint32 number, GError** error) {
     const call made("oru_input_new", number, error);
-    const snapshot* now = reach(made, error);
+    const snapshot* service = reach(made, error);
     const std::string name = "input " + std::to_string(number);
-    const auto* all = now == nullptr ? nullptr : recorded(made, now->inputs, name, error);
+    const auto* all = service == nullptr ? nullptr : recorded(made, service->inputs, name, error);
     const auto* input = all == nullptr ? nullptr : find_recorded(made, *all, number, name, error);
     return input == nullptr ? nullptr
                             : made.gives_object(open_object<OruInput>("OruInput", name, *input));
@@ -373,8 +377,9 @@ gboolean oru_input_get_resolution_unrotated(OruInput* input, const gchar* mode, 
 
 OruOutput* oru_output_new(const gchar* name, GError** error) {
     const call made("oru_output_new", always_null(name), error);
-    const snapshot* now = reach(made, error);
-    const auto* all = now == nullptr ? nullptr : recorded(made, now->outputs, "output 0", error);
+    const snapshot* service = reach(made, error);
+    const auto* all =
+        service == nullptr ? nullptr : recorded(made, service->outputs, "output 0", error);
     const auto* output = all == nullptr ? nullptr : find_recorded(made, *all, 0, "output 0", error);
     return output == nullptr
                ? nullptr
@@ -393,8 +398,9 @@ OruMap* oru_output_get_settings(OruOutput* output, GError** error) {
 
 OruSystem* oru_system_new(GError** error) {
     const call made("oru_system_new", error);
-    const snapshot* now = reach(made, error);
-    const auto* system = now == nullptr ? nullptr : recorded(made, now->system, "system", error);
+    const snapshot* service = reach(made, error);
+    const auto* system =
+        service == nullptr ? nullptr : recorded(made, service->system, "system", error);
     return system == nullptr
                ? nullptr
                : made.gives_object(open_object<OruSystem>("OruSystem", "system", *system));
@@ -407,8 +413,8 @@ OruMap* oru_system_get_caps(OruSystem* system, GError** error) {
 
 OruMode* oru_mode_new(GError** error) {
     const call made("oru_mode_new", error);
-    const snapshot* now = reach(made, error);
-    const auto* mode = now == nullptr ? nullptr : recorded(made, now->mode, "mode", error);
+    const snapshot* service = reach(made, error);
+    const auto* mode = service == nullptr ? nullptr : recorded(made, service->mode, "mode", error);
     return mode == nullptr ? nullptr
                            : made.gives_object(open_object<OruMode>("OruMode", "mode", *mode));
 }

@@ -12,16 +12,16 @@
 namespace strict {
 namespace {
 
-// A map together with the texts that were handed out of it.
-struct map_content : held {
+// A map, and the texts that its getters returned.
+struct map_content : object_content {
     explicit map_content(qw::map entries) : native(std::move(entries)) {}
     ~map_content() override {
         forget_texts();
         forget_native(native);
     }
 
-    // Texts are good until the map changes or is released; then each is made one that no report
-    // holds, so that a use of it shows. Their memory is not given back, for it shall show.
+    // Texts are valid until the map changes or is released. Then they are overwritten, so that a
+    // later use is visible in the report. For the same reason, their memory is never freed.
     const char* hand_out(const std::string& text) {
         static auto& kept = *new std::vector<char*>;
         char* copy = strdup(text.c_str());
@@ -41,14 +41,14 @@ struct map_content : held {
 };
 
 map_content& content(const call& made, OruMap* map) {
-    return static_cast<map_content&>(held_by(made.name(), "OruMap", map));
+    return static_cast<map_content&>(content_of(made.name(), "OruMap", map));
 }
 
-// The content of a map that the call changes.
+// Returns the content of a map that the call changes.
 map_content& changed(const call& made, OruMap* map) {
-    map_content& is = content(made, map);
-    is.forget_texts();
-    return is;
+    map_content& changed_map = content(made, map);
+    changed_map.forget_texts();
+    return changed_map;
 }
 
 bool is_exact() {
@@ -56,13 +56,13 @@ bool is_exact() {
     return exact;
 }
 
-// Whether a value of a narrow kind is given to a getter of another kind, into which it widens.
+// Returns whether the getter of the kind `wanted` widens a value of the kind `tag`.
 constexpr bool widens(std::uint16_t tag, std::uint16_t wanted) {
     return (tag == qw::tag_u16 && wanted != qw::tag_u16) ||
            (tag == qw::tag_u32 && wanted != qw::tag_u16);
 }
 
-// The number under `key` for the getter of numbers of the kind `wanted`, which has the type T.
+// Returns the number of `key` for the getter of the kind `wanted`, whose type is T.
 template <class T>
 T number(const call& made, OruMap* map, const gchar* key, std::uint16_t wanted, T def) {
     made.gives_nothing();
@@ -71,24 +71,24 @@ T number(const call& made, OruMap* map, const gchar* key, std::uint16_t wanted, 
     if (found == native.end()) {
         return def;
     }
-    const auto& [tag, held] = found->second;
+    const auto& [tag, stored] = found->second;
     if (tag == wanted) {
         return std::visit(
-            [&](const auto& is) -> T {
-                if constexpr (std::is_arithmetic_v<std::remove_cvref_t<decltype(is)>>) {
-                    return static_cast<T>(is);
+            [&](const auto& alternative) -> T {
+                if constexpr (std::is_arithmetic_v<std::remove_cvref_t<decltype(alternative)>>) {
+                    return static_cast<T>(alternative);
                 }
                 return def;
             },
-            held);
+            stored);
     }
     if (widens(tag, wanted) && !is_exact()) {
-        return static_cast<T>(std::get<std::uint64_t>(held));
+        return static_cast<T>(std::get<std::uint64_t>(stored));
     }
     return def;
 }
 
-// The value under `key` when it is of the kind whose values are of type T, or NULL.
+// Returns the value of `key` if it has the type T, otherwise NULL.
 template <class T>
 const T* exactly(const call& made, OruMap* map, const gchar* key) {
     made.gives_nothing();
@@ -107,7 +107,7 @@ OruMap* new_map(const std::string& name, qw::map entries) {
 }
 
 const qw::map& entries_of(std::string_view call, OruMap* map) {
-    return static_cast<map_content&>(held_by(call, "OruMap", map)).native;
+    return static_cast<map_content&>(content_of(call, "OruMap", map)).native;
 }
 
 }  // namespace strict
@@ -142,21 +142,21 @@ gdouble oru_map_get_double(OruMap* map, const gchar* key, gdouble def) {
 
 gboolean oru_map_get_boolean(OruMap* map, const gchar* key, gboolean def) {
     const call made("oru_map_get_boolean", map, key, def);
-    const bool* is = exactly<bool>(made, map, key);
-    return is == nullptr ? def : *is ? TRUE : FALSE;
+    const bool* value = exactly<bool>(made, map, key);
+    return value == nullptr ? def : *value ? TRUE : FALSE;
 }
 
 const gchar* oru_map_get_string(OruMap* map, const gchar* key, gpointer reserved,
                                 const gchar* def) {
     const call made("oru_map_get_string", map, key, always_null(reserved), or_null(def));
-    const std::string* is = exactly<std::string>(made, map, key);
-    return is == nullptr ? def : content(made, map).hand_out(*is);
+    const std::string* value = exactly<std::string>(made, map, key);
+    return value == nullptr ? def : content(made, map).hand_out(*value);
 }
 
 guint64 oru_map_get_pair32u(OruMap* map, const gchar* key, guint64 def) {
     const call made("oru_map_get_pair32u", map, key, def);
-    const auto* is = exactly<std::pair<std::uint32_t, std::uint32_t>>(made, map, key);
-    return is == nullptr ? def : std::uint64_t{is->second} << 32 | is->first;
+    const auto* pair = exactly<std::pair<std::uint32_t, std::uint32_t>>(made, map, key);
+    return pair == nullptr ? def : std::uint64_t{pair->second} << 32 | pair->first;
 }
 
 gboolean oru_map_contains(OruMap* map, const gchar* key) {

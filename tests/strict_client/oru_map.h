@@ -1,4 +1,4 @@
-// What the rest of the client does with maps.
+// Maps, for the other files of the client.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ namespace strict {
 
 OruMap* new_map(const std::string& name, qw::map entries);
 
-// Returns what a map holds, which is passed to `call`.
+// Returns the entries of a map that was passed to `call`.
 const qw::map& entries_of(std::string_view call, OruMap* map);
 
 }  // namespace strict

@@ -34,20 +34,21 @@ std::string shortest(double number) {
 
 std::string json_of(const qw::tagged& value) {
     return std::visit(
-        [](const auto& held) -> std::string {
-            using kind = std::remove_cvref_t<decltype(held)>;
+        [](const auto& content) -> std::string {
+            using kind = std::remove_cvref_t<decltype(content)>;
             if constexpr (std::is_same_v<kind, bool>) {
-                return held ? "true" : "false";
+                return content ? "true" : "false";
             } else if constexpr (std::is_same_v<kind, std::string>) {
-                return quoted(held);
+                return quoted(content);
             } else if constexpr (std::is_same_v<kind, double>) {
-                return shortest(held);
+                return shortest(content);
             } else if constexpr (std::is_same_v<kind, qw::raw_json>) {
-                return held.text;
+                return content.text;
             } else if constexpr (std::is_integral_v<kind>) {
-                return std::to_string(held);
+                return std::to_string(content);
             } else {
-                return '[' + std::to_string(held.first) + ',' + std::to_string(held.second) + ']';
+                return '[' + std::to_string(content.first) + ',' + std::to_string(content.second) +
+                       ']';
             }
         },
         value.content);

@@ -19,7 +19,7 @@ namespace {
 
 using json = nlohmann::json;
 
-// What is wrong with a snapshot.
+// An error in a snapshot.
 struct broken {
     std::string reason;
 };
@@ -28,23 +28,23 @@ struct broken {
 
 constexpr std::size_t deepest = 5000;
 
-// A value as it was written. The library's own values would lose what the snapshot's rules and the
-// values of an unknown kind need: members given twice, -0, and the tokens themselves.
-struct node {
-    enum class form { null, boolean, text, whole, too_large, fraction, list, object };
+// A value with its tokens. The library's own values lose repeated members, -0 and the tokens, which
+// the rules of snapshots and values of an unknown kind need.
+enum class node_form { null, boolean, text, whole, too_large, fraction, list, object };
 
-    form is = form::null;
-    std::string token;  // of a value that is neither list nor object, as it stood
+struct node {
+    node_form form = node_form::null;
+    std::string token;  // as written; not of a list or object
     std::string text = {};
     double real = 0;         // of every number
     std::int64_t whole = 0;  // of a whole number in the signed 64-bit range
     std::vector<node> elements = {};
     std::vector<std::pair<std::string, node>> members = {};
     std::vector<std::string> key_tokens = {};  // of the members
-    std::string repeated = {};                 // why these are none, when one is given twice
+    std::string repeated = {};                 // the error if a member is repeated
 };
 
-// The tokens of all texts, in their order. The library tells what they mean, not how they stood.
+// Returns the tokens of all strings in order. The library returns only their values.
 std::vector<std::string_view> texts_of(std::string_view source) {
     std::vector<std::string_view> found;
     for (std::size_t at = 0; at < source.size(); ++at) {
@@ -72,46 +72,46 @@ class tree_builder : public nlohmann::json_sax<json> {
 
     node root;
 
-    bool null() override { return add({.is = node::form::null, .token = "null"}); }
-    bool boolean(bool held) override {
-        return add({.is = node::form::boolean, .token = held ? "true" : "false"});
+    bool null() override { return add({.form = node_form::null, .token = "null"}); }
+    bool boolean(bool value) override {
+        return add({.form = node_form::boolean, .token = value ? "true" : "false"});
     }
-    // Of a number with a sign; the only one that is not below zero is -0.
-    bool number_integer(std::int64_t held) override {
-        return add({.is = node::form::whole,
-                    .token = held == 0 ? "-0" : std::to_string(held),
-                    .real = held == 0 ? -0.0 : static_cast<double>(held),
-                    .whole = held});
+    // Called for numbers with a sign, so zero is -0.
+    bool number_integer(std::int64_t value) override {
+        return add({.form = node_form::whole,
+                    .token = value == 0 ? "-0" : std::to_string(value),
+                    .real = value == 0 ? -0.0 : static_cast<double>(value),
+                    .whole = value});
     }
-    bool number_unsigned(std::uint64_t held) override {
-        const bool fits = held <= std::uint64_t{std::numeric_limits<std::int64_t>::max()};
-        return add({.is = fits ? node::form::whole : node::form::too_large,
-                    .token = std::to_string(held),
-                    .real = static_cast<double>(held),
-                    .whole = fits ? static_cast<std::int64_t>(held) : 0});
+    bool number_unsigned(std::uint64_t value) override {
+        const bool fits = value <= std::uint64_t{std::numeric_limits<std::int64_t>::max()};
+        return add({.form = fits ? node_form::whole : node_form::too_large,
+                    .token = std::to_string(value),
+                    .real = static_cast<double>(value),
+                    .whole = fits ? static_cast<std::int64_t>(value) : 0});
     }
-    // Also of a whole number that 64 bits do not hold.
-    bool number_float(double held, const std::string& token) override {
+    // Also called for whole numbers beyond 64 bits.
+    bool number_float(double value, const std::string& token) override {
         const bool whole = token.find_first_of(".eE") == std::string::npos;
-        return add({.is = whole ? node::form::too_large : node::form::fraction,
+        return add({.form = whole ? node_form::too_large : node_form::fraction,
                     .token = token,
-                    .real = held});
+                    .real = value});
     }
-    bool string(std::string& held) override {
-        return add({.is = node::form::text, .token = next_text(), .text = held});
+    bool string(std::string& value) override {
+        return add({.form = node_form::text, .token = next_text(), .text = value});
     }
     bool binary(json::binary_t&) override { return false; }
 
-    bool start_object(std::size_t) override { return open(node::form::object); }
+    bool start_object(std::size_t) override { return open(node_form::object); }
     bool end_object() override { return close(); }
-    bool start_array(std::size_t) override { return open(node::form::list); }
+    bool start_array(std::size_t) override { return open(node_form::list); }
     bool end_array() override { return close(); }
-    bool key(std::string& held) override {
-        if (!names_.back().insert(held).second) {
-            open_.back()->repeated = "member '" + held + "' is given twice";
+    bool key(std::string& value) override {
+        if (!names_.back().insert(value).second) {
+            open_.back()->repeated = "member '" + value + "' is given twice";
         }
         open_.back()->key_tokens.push_back(next_text());
-        open_.back()->members.emplace_back(held, node());
+        open_.back()->members.emplace_back(value, node());
         return true;
     }
     bool parse_error(std::size_t, const std::string&, const json::exception& wrong) override {
@@ -127,19 +127,19 @@ class tree_builder : public nlohmann::json_sax<json> {
             return root;
         }
         node& parent = *open_.back();
-        return parent.is == node::form::list ? parent.elements.emplace_back()
-                                             : parent.members.back().second;
+        return parent.form == node_form::list ? parent.elements.emplace_back()
+                                              : parent.members.back().second;
     }
     bool add(node added) {
         place() = std::move(added);
         return true;
     }
-    bool open(node::form form) {
+    bool open(node_form form) {
         if (open_.size() == deepest) {
             throw broken("nests too deep");
         }
         node& opened = place();
-        opened.is = form;
+        opened.form = form;
         open_.push_back(&opened);
         names_.emplace_back();
         return true;
@@ -152,49 +152,50 @@ class tree_builder : public nlohmann::json_sax<json> {
 
     std::vector<std::string_view> texts_;
     std::size_t next_ = 0;
-    std::vector<node*> open_;  // a list or object that is open is not moved: it is the last one
+    std::vector<node*> open_;  // valid: each is the last element of its parent, so it is not moved
     std::vector<std::set<std::string>> names_;
 };
 
-// The value as it was written, without what stands between its tokens.
-std::string source_of(const node& of) {
+// Returns the tokens of the value, joined.
+std::string source_of(const node& parsed) {
     std::string text;
-    if (of.is == node::form::list) {
-        for (const node& element : of.elements) {
+    if (parsed.form == node_form::list) {
+        for (const node& element : parsed.elements) {
             text += (text.empty() ? "[" : ",") + source_of(element);
         }
         return text.empty() ? "[]" : text + ']';
     }
-    if (of.is == node::form::object) {
-        for (std::size_t i = 0; i < of.members.size(); ++i) {
-            text += (text.empty() ? "{" : ",") + of.key_tokens[i] + ':' +
-                    source_of(of.members[i].second);
+    if (parsed.form == node_form::object) {
+        for (std::size_t i = 0; i < parsed.members.size(); ++i) {
+            text += (text.empty() ? "{" : ",") + parsed.key_tokens[i] + ':' +
+                    source_of(parsed.members[i].second);
         }
         return text.empty() ? "{}" : text + '}';
     }
-    return of.token;
+    return parsed.token;
 }
 
 // --- The tree as a snapshot ---------------------------------------------------------------------
 
-const node& expect(const node& of, node::form form, const char* what) {
-    if (of.is != form) {
-        throw broken("expected " + std::string(what) + ", found " + source_of(of).substr(0, 40));
+const node& expect(const node& parsed, node_form form, const char* what) {
+    if (parsed.form != form) {
+        throw broken("expected " + std::string(what) + ", found " +
+                     source_of(parsed).substr(0, 40));
     }
-    if (!of.repeated.empty()) {
-        throw broken(of.repeated);
+    if (!parsed.repeated.empty()) {
+        throw broken(parsed.repeated);
     }
-    return of;
+    return parsed;
 }
 
-// The members of an object, each of which is asked for; end() refuses what was not.
+// The members of an object. end() rejects members that were never looked up.
 class members_of {
   public:
     members_of(const node& object, const char* what)
-        : object_(expect(object, node::form::object, what)) {}
+        : object_(expect(object, node_form::object, what)) {}
 
     const node* find(const char* name) {
-        asked_.insert(name);
+        looked_up_.insert(name);
         for (const auto& [other, member] : object_.members) {
             if (other == name) {
                 return &member;
@@ -204,7 +205,7 @@ class members_of {
     }
     void end() const {
         for (const auto& [name, member] : object_.members) {
-            if (!asked_.contains(name)) {
+            if (!looked_up_.contains(name)) {
                 throw broken("unknown member '" + name + "'");
             }
         }
@@ -212,27 +213,28 @@ class members_of {
 
   private:
     const node& object_;
-    std::set<std::string> asked_;
+    std::set<std::string> looked_up_;
 };
 
-// The member of an object that holds but this one, or NULL.
-const node* only_member(const node& of, std::string_view name) {
-    return of.is == node::form::object && of.members.size() == 1 && of.members[0].first == name
-               ? &of.members[0].second
+// Returns the member of that name if it is the only one of an object, otherwise NULL.
+const node* only_member(const node& parsed, std::string_view name) {
+    return parsed.form == node_form::object && parsed.members.size() == 1 &&
+                   parsed.members[0].first == name
+               ? &parsed.members[0].second
                : nullptr;
 }
 
-std::int64_t whole_number(const node& of, std::int64_t smallest, std::int64_t largest) {
-    expect(of, node::form::whole, "a whole number");
-    if (of.whole < smallest || of.whole > largest) {
-        throw broken("the number " + of.token + " is out of range");
+std::int64_t whole_number(const node& parsed, std::int64_t smallest, std::int64_t largest) {
+    expect(parsed, node_form::whole, "a whole number");
+    if (parsed.whole < smallest || parsed.whole > largest) {
+        throw broken("the number " + parsed.token + " is out of range");
     }
-    return of.whole;
+    return parsed.whole;
 }
 
-std::uint32_t number(const node& of) {
+std::uint32_t number(const node& parsed) {
     return static_cast<std::uint32_t>(
-        whole_number(of, 0, std::numeric_limits<std::uint32_t>::max()));
+        whole_number(parsed, 0, std::numeric_limits<std::uint32_t>::max()));
 }
 
 std::string text_without_nul(std::string text) {
@@ -242,25 +244,25 @@ std::string text_without_nul(std::string text) {
     return text;
 }
 
-std::string text(const node& of) {
-    return text_without_nul(expect(of, node::form::text, "a text").text);
+std::string text(const node& parsed) {
+    return text_without_nul(expect(parsed, node_form::text, "a text").text);
 }
 
 template <std::size_t Count>
-std::array<std::uint32_t, Count> numbers(const node& of) {
-    expect(of, node::form::list, "an array of numbers");
-    if (of.elements.size() != Count) {
+std::array<std::uint32_t, Count> numbers(const node& parsed) {
+    expect(parsed, node_form::list, "an array of numbers");
+    if (parsed.elements.size() != Count) {
         throw broken("expected " + std::to_string(Count) + " numbers");
     }
     std::array<std::uint32_t, Count> read;
     for (std::size_t i = 0; i < Count; ++i) {
-        read[i] = number(of.elements[i]);
+        read[i] = number(parsed.elements[i]);
     }
     return read;
 }
 
-std::string bytes_in_hexadecimal(const node& of) {
-    const std::string digits = text(of);
+std::string bytes_in_hexadecimal(const node& parsed) {
+    const std::string digits = text(parsed);
     const auto value_of = [](char digit) {
         const std::size_t value = std::string_view("0123456789abcdef").find(digit);
         if (value == std::string_view::npos) {
@@ -278,93 +280,101 @@ std::string bytes_in_hexadecimal(const node& of) {
     return text_without_nul(bytes);
 }
 
-double named_or_number(const node& of) {
+double named_or_number(const node& parsed) {
     static const std::map<std::string, double> names = {
         {"nan", std::numeric_limits<double>::quiet_NaN()},
         {"-nan", -std::numeric_limits<double>::quiet_NaN()},
         {"inf", std::numeric_limits<double>::infinity()},
         {"-inf", -std::numeric_limits<double>::infinity()}};
-    switch (of.is) {
-        case node::form::whole:
-        case node::form::too_large:
-        case node::form::fraction:
-            return of.real;
+    switch (parsed.form) {
+        case node_form::whole:
+        case node_form::too_large:
+        case node_form::fraction:
+            return parsed.real;
         default: {
-            const auto named = names.find(text(of));
+            const auto named = names.find(text(parsed));
             if (named == names.end()) {
-                throw broken("no number is called '" + of.text + "'");
+                throw broken("no number is called '" + parsed.text + "'");
             }
             return named->second;
         }
     }
 }
 
-qw::tagged value(const node& of) {
+qw::tagged value(const node& parsed) {
     using tagged = qw::tagged;
-    switch (of.is) {
-        case node::form::boolean:
-            return {qw::tag_flag, of.token == "true"};
-        case node::form::text:
-            return {qw::tag_text, text(of)};
-        case node::form::whole:
-            if (of.whole >= 0 && of.whole <= std::numeric_limits<std::uint32_t>::max()) {
-                return {qw::tag_u32, static_cast<std::uint64_t>(of.whole)};
+    switch (parsed.form) {
+        case node_form::boolean:
+            return {qw::tag_flag, parsed.token == "true"};
+        case node_form::text:
+            return {qw::tag_text, text(parsed)};
+        case node_form::whole:
+            if (parsed.whole >= 0 && parsed.whole <= std::numeric_limits<std::uint32_t>::max()) {
+                return {qw::tag_u32, static_cast<std::uint64_t>(parsed.whole)};
             }
-            return {qw::tag_i64, of.whole};
-        case node::form::fraction:
-            return {qw::tag_real, of.real};
-        case node::form::list: {
-            const auto [first, second] = numbers<2>(of);
+            return {qw::tag_i64, parsed.whole};
+        case node_form::fraction:
+            return {qw::tag_real, parsed.real};
+        case node_form::list: {
+            const auto [first, second] = numbers<2>(parsed);
             return {qw::tag_pair, std::pair(first, second)};
         }
         default:
             break;
     }
-    const auto unsigned_up_to = [](const node& held, std::int64_t largest) {
-        return static_cast<std::uint64_t>(whole_number(held, 0, largest));
+    const auto unsigned_up_to = [](const node& value_node, std::int64_t largest) {
+        return static_cast<std::uint64_t>(whole_number(value_node, 0, largest));
     };
     const std::pair<const char*, std::function<tagged(const node&)>> named_kinds[] = {
         {"uint16",
-         [&](const node& held) -> tagged {
-             return {qw::tag_u16, unsigned_up_to(held, std::numeric_limits<std::uint16_t>::max())};
+         [&](const node& value_node) -> tagged {
+             return {qw::tag_u16,
+                     unsigned_up_to(value_node, std::numeric_limits<std::uint16_t>::max())};
          }},
         {"uint32",
-         [&](const node& held) -> tagged {
-             return {qw::tag_u32, unsigned_up_to(held, std::numeric_limits<std::uint32_t>::max())};
+         [&](const node& value_node) -> tagged {
+             return {qw::tag_u32,
+                     unsigned_up_to(value_node, std::numeric_limits<std::uint32_t>::max())};
          }},
         {"int64",
-         [](const node& held) -> tagged {
-             return {qw::tag_i64, whole_number(held, std::numeric_limits<std::int64_t>::min(),
+         [](const node& value_node) -> tagged {
+             return {qw::tag_i64, whole_number(value_node, std::numeric_limits<std::int64_t>::min(),
                                                std::numeric_limits<std::int64_t>::max())};
          }},
         {"double",
-         [](const node& held) -> tagged { return {qw::tag_real, named_or_number(held)}; }},
+         [](const node& value_node) -> tagged {
+             return {qw::tag_real, named_or_number(value_node)};
+         }},
         {"bytes",
-         [](const node& held) -> tagged { return {qw::tag_text, bytes_in_hexadecimal(held)}; }},
+         [](const node& value_node) -> tagged {
+             return {qw::tag_text, bytes_in_hexadecimal(value_node)};
+         }},
         {"other",
-         [](const node& held) -> tagged { return {qw::tag_raw, qw::raw_json{source_of(held)}}; }},
+         [](const node& value_node) -> tagged {
+             return {qw::tag_raw, qw::raw_json{source_of(value_node)}};
+         }},
     };
     for (const auto& [name, read] : named_kinds) {
-        if (const node* held = only_member(of, name)) {
-            return read(*held);
+        if (const node* value_node = only_member(parsed, name)) {
+            return read(*value_node);
         }
     }
-    throw broken("no kind of value looks like " + source_of(of).substr(0, 40));
+    throw broken("no kind of value looks like " + source_of(parsed).substr(0, 40));
 }
 
-qw::map map(const node& of) {
+qw::map map(const node& parsed) {
     qw::map read;
-    for (const auto& [key, held] : expect(of, node::form::object, "a map").members) {
-        read.emplace(text_without_nul(key), value(held));
+    for (const auto& [key, value_node] : expect(parsed, node_form::object, "a map").members) {
+        read.emplace(text_without_nul(key), value(value_node));
     }
     return read;
 }
 
-// A failure in an answer's place, or none when it is something else.
-std::optional<failure> failure_in(const node& of) {
-    for (const auto& [name, member] : of.members) {
-        if (name == "$error" && member.is == node::form::text) {
-            if (of.members.size() > 1) {
+// Returns the failure that is recorded instead of an answer, if any.
+std::optional<failure> failure_in(const node& parsed) {
+    for (const auto& [name, member] : parsed.members) {
+        if (name == "$error" && member.form == node_form::text) {
+            if (parsed.members.size() > 1) {
                 throw broken("a failure has no other member");
             }
             return failure{text(member)};
@@ -373,7 +383,7 @@ std::optional<failure> failure_in(const node& of) {
     return std::nullopt;
 }
 
-// What stands in an answer's place, `read` being told what to do with one that is given.
+// Returns the answer at `place`. `read` reads one that is neither missing nor a failure.
 template <class Read>
 auto answer_in(const node* place, const Read& read) -> answer<decltype(read(*place))> {
     if (place == nullptr) {
@@ -386,17 +396,17 @@ auto answer_in(const node* place, const Read& read) -> answer<decltype(read(*pla
 }
 
 template <class Read>
-auto named_answers(const node& of, const Read& read) {
-    by_name<decltype(read(of))> all;
-    for (const auto& [name, member] : expect(of, node::form::object, "an object").members) {
+auto named_answers(const node& parsed, const Read& read) {
+    by_name<decltype(read(parsed))> all;
+    for (const auto& [name, member] : expect(parsed, node_form::object, "an object").members) {
         all.emplace(text_without_nul(name), answer_in(&member, read));
     }
     return all;
 }
 
-std::vector<size> sizes(const node& of) {
+std::vector<size> sizes(const node& parsed) {
     std::vector<size> all;
-    for (const node& element : expect(of, node::form::list, "an array of sizes").elements) {
+    for (const node& element : expect(parsed, node_form::list, "an array of sizes").elements) {
         all.push_back(numbers<2>(element));
     }
     return all;
@@ -408,10 +418,10 @@ void refuse_repeated(std::set<std::uint32_t>& seen, std::uint32_t id) {
     }
 }
 
-std::vector<stream_record> streams(const node& of) {
+std::vector<stream_record> streams(const node& parsed) {
     std::vector<stream_record> all;
     std::set<std::uint32_t> seen;
-    for (const node& element : expect(of, node::form::list, "an array of streams").elements) {
+    for (const node& element : expect(parsed, node_form::list, "an array of streams").elements) {
         members_of members(element, "a stream");
         stream_record& stream = all.emplace_back();
         if (const node* id = members.find("id")) {
@@ -428,10 +438,10 @@ std::vector<stream_record> streams(const node& of) {
     return all;
 }
 
-std::vector<channel_record> channels(const node& of) {
+std::vector<channel_record> channels(const node& parsed) {
     std::vector<channel_record> all;
     std::set<std::uint32_t> seen;
-    for (const node& element : expect(of, node::form::list, "an array of channels").elements) {
+    for (const node& element : expect(parsed, node_form::list, "an array of channels").elements) {
         members_of members(element, "a channel");
         channel_record& channel = all.emplace_back();
         if (const node* id = members.find("id")) {
@@ -452,12 +462,13 @@ std::vector<channel_record> channels(const node& of) {
     return all;
 }
 
-// A list of what is opened by its number; an element that cannot be opened has nothing but that.
+// Reads a list of objects that are opened by number. An object that cannot be opened has only an id
+// and its failure.
 template <class Record, class Read>
-by_id<Record> numbered(const node& of, const Read& read) {
+by_id<Record> numbered(const node& parsed, const Read& read) {
     by_id<Record> all;
     std::set<std::uint32_t> seen;
-    for (const node& element : expect(of, node::form::list, "an array of objects").elements) {
+    for (const node& element : expect(parsed, node_form::list, "an array of objects").elements) {
         members_of members(element, "an object");
         const node* id = members.find("id");
         if (id == nullptr) {
@@ -476,8 +487,8 @@ by_id<Record> numbered(const node& of, const Read& read) {
     return all;
 }
 
-by_id<input_record> inputs(const node& of) {
-    return numbered<input_record>(of, [](members_of& members, input_record& input) {
+by_id<input_record> inputs(const node& parsed) {
+    return numbered<input_record>(parsed, [](members_of& members, input_record& input) {
         input.info = answer_in(members.find("info"), map);
         input.crop = answer_in(members.find("crop"), numbers<4>);
         input.resolution_unrotated =
@@ -486,8 +497,8 @@ by_id<input_record> inputs(const node& of) {
     });
 }
 
-by_id<output_record> outputs(const node& of) {
-    return numbered<output_record>(of, [](members_of& members, output_record& output) {
+by_id<output_record> outputs(const node& parsed) {
+    return numbered<output_record>(parsed, [](members_of& members, output_record& output) {
         output.info = answer_in(members.find("info"), map);
         output.settings = answer_in(members.find("settings"), map);
     });
@@ -497,48 +508,48 @@ snapshot document(const node& root) {
     snapshot read;
     members_of members(root, "a snapshot");
     if (const node* about = members.find("about")) {
-        expect(*about, node::form::text, "a text");
+        expect(*about, node_form::text, "a text");
     }
-    read.system = answer_in(members.find("system"), [](const node& of) {
-        members_of system(of, "the system");
+    read.system = answer_in(members.find("system"), [](const node& parsed) {
+        members_of system(parsed, "the system");
         system_record record{answer_in(system.find("caps"), map)};
         system.end();
         return record;
     });
-    read.mode = answer_in(members.find("mode"), [](const node& of) {
-        members_of mode(of, "the mode");
+    read.mode = answer_in(members.find("mode"), [](const node& parsed) {
+        members_of mode(parsed, "the mode");
         mode_record record{answer_in(mode.find("info"), map)};
         mode.end();
         return record;
     });
-    if (const node* of = members.find("stream")) {
-        members_of stream(*of, "the streams");
+    if (const node* parsed = members.find("stream")) {
+        members_of stream(*parsed, "the streams");
         read.stream_debug = answer_in(stream.find("debug"), map);
         read.stream_quota = answer_in(stream.find("quota"), map);
         read.stream_limit = answer_in(stream.find("limit"), map);
         read.streams = answer_in(stream.find("all"), streams);
         stream.end();
     }
-    if (const node* of = members.find("channel")) {
-        members_of channel(*of, "the channels");
+    if (const node* parsed = members.find("channel")) {
+        members_of channel(*parsed, "the channels");
         read.channel_info = answer_in(channel.find("info"), map);
         read.channels = answer_in(channel.find("all"), channels);
         read.filtered = answer_in(channel.find("filtered"), channels);
         channel.end();
     }
-    if (const node* of = members.find("input")) {
-        members_of input(*of, "the inputs");
+    if (const node* parsed = members.find("input")) {
+        members_of input(*parsed, "the inputs");
         read.inputs = answer_in(input.find("all"), inputs);
         input.end();
     }
-    if (const node* of = members.find("output")) {
-        members_of output(*of, "the outputs");
+    if (const node* parsed = members.find("output")) {
+        members_of output(*parsed, "the outputs");
         read.outputs = answer_in(output.find("all"), outputs);
         output.end();
     }
-    if (const node* of = members.find("formats")) {
+    if (const node* parsed = members.find("formats")) {
         read.formats.clear();
-        for (const auto& [nick, code] : expect(*of, node::form::object, "the formats").members) {
+        for (const auto& [nick, code] : expect(*parsed, node_form::object, "the formats").members) {
             read.formats.emplace_back(text_without_nul(nick), number(code));
         }
     }
@@ -565,7 +576,7 @@ std::string content_of(const std::string& path) {
 snapshot read(const std::string& path) {
     const std::string source = content_of(path);
     if (source.contains('\0') || source.starts_with("\xEF\xBB\xBF")) {
-        throw broken("is not plain JSON text");  // the library passes over both
+        throw broken("is not plain JSON text");  // the library ignores both
     }
     tree_builder builder(source);
     json::sax_parse(source, &builder, json::input_format_t::json, true, true);
@@ -575,7 +586,7 @@ snapshot read(const std::string& path) {
 }  // namespace
 
 const std::expected<snapshot, std::string>& current() {
-    static const std::expected<snapshot, std::string>& now = *new auto([] {
+    static const std::expected<snapshot, std::string>& snapshot_or_error = *new auto([] {
         const char* named = std::getenv("ORU_SNAPSHOT");
         const std::string path =
             named != nullptr && *named != '\0' ? named : "/run/oru/snapshot.json";
@@ -586,7 +597,7 @@ const std::expected<snapshot, std::string>& current() {
                 std::unexpected(path + ": " + wrong.reason));
         }
     }());
-    return now;
+    return snapshot_or_error;
 }
 
 }  // namespace strict

@@ -1,6 +1,5 @@
-// What a snapshot says, for the client that forgives nothing. It shares no line with the reader in
-// src/snapshot, and reads with another JSON library: what the two take a file to say is
-// compared by every test that runs on both.
+// The strict client's own reader of snapshots. It shares no code with src/snapshot and uses another
+// JSON library, so that every test that runs on both clients compares the two readers.
 #pragma once
 
 #include <array>
@@ -20,7 +19,7 @@ struct failure {
     std::string message;
 };
 
-// Not recorded, recorded as a failure, or given.
+// Not recorded, recorded as a failure, or recorded.
 template <class T>
 using answer = std::variant<std::monostate, failure, T>;
 
@@ -72,14 +71,14 @@ struct snapshot {
     answer<std::vector<stream_record>> streams;
     answer<qw::map> channel_info;
     answer<std::vector<channel_record>> channels;
-    answer<std::vector<channel_record>> filtered;  // not recorded: found among the channels
+    answer<std::vector<channel_record>> filtered;  // if not recorded: selected from the channels
     answer<by_id<input_record>> inputs;
     answer<by_id<output_record>> outputs;
     std::vector<std::pair<std::string, std::uint32_t>> formats = {
         {"h264", 0}, {"h265", 1}, {"jpeg", 2}, {"raw", 3}, {"av1", 10}};
 };
 
-// Returns the snapshot that $ORU_SNAPSHOT names, read once, or why there is none.
+// Returns the snapshot that $ORU_SNAPSHOT names, or why it cannot be read. It is read once.
 const std::expected<snapshot, std::string>& current();
 
 }  // namespace strict

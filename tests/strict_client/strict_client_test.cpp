@@ -1,5 +1,5 @@
-// That the client which forgives nothing does not: each mistake in how it is asked ends the
-// process, and what it hands out is as strange as it may be.
+// Tests of the strict client: each misuse of its functions ends the process, and it returns values
+// as unusual as the interface allows.
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,7 +19,7 @@
 
 #include "support/temp_directory.h"
 
-// The runs below leave much unreleased, to see it told: a leak checker has no say here.
+// Disables the leak checker, because the runs below release little, to test the report of it.
 extern "C" int __lsan_is_turned_off() {
     return 1;
 }
@@ -37,12 +37,12 @@ const std::string full = R"({
 })";
 
 struct outcome {
-    std::string said;  // what the body returned, or the line of a misuse
+    std::string text;  // what the body returned, or the line of a misuse
     int signal = 0;
     std::string log = {};
 };
 
-// Runs the body in a process of its own, in which the service is what the snapshot says.
+// Runs the body in a process of its own, with this snapshot as the service.
 outcome run(const std::string& snapshot, const std::function<std::string()>& body,
             const char* variable = nullptr) {
     const temp_directory directory;
@@ -58,15 +58,15 @@ outcome run(const std::string& snapshot, const std::function<std::string()>& bod
         if (variable != nullptr) {
             setenv(variable, "1", 1);
         }
-        const std::string said = body();
-        std::fputs(said.c_str(), stderr);
+        const std::string text = body();
+        std::fputs(text.c_str(), stderr);
         std::exit(0);
     }
     close(ends[1]);
     outcome got;
     char buffer[4096];
     while (const ssize_t count = read(ends[0], buffer, sizeof buffer)) {
-        got.said.append(buffer, static_cast<std::size_t>(count));
+        got.text.append(buffer, static_cast<std::size_t>(count));
     }
     close(ends[0]);
     int status = 0;
@@ -82,7 +82,7 @@ void expect_misuse(const std::function<void()>& mistake, const std::string& line
         mistake();
         return std::string("nothing was noticed");
     });
-    EXPECT_EQ(got.said, line + '\n');
+    EXPECT_EQ(got.text, line + '\n');
     EXPECT_EQ(got.signal, SIGABRT);
 }
 
@@ -100,7 +100,7 @@ OruChannel* channel() {
 
 // --- Mistakes -----------------------------------------------------------------------------------
 
-TEST(strict_client, aborts_when_an_error_pointer_holds_something) {
+TEST(strict_client, aborts_if_an_error_pointer_is_not_null) {
     expect_misuse(
         [] {
             GError* error = nullptr;
@@ -128,7 +128,7 @@ TEST(strict_client, aborts_on_a_use_after_the_release) {
         "oru_stream_get_id: stream 1 was released");
 }
 
-TEST(strict_client, aborts_on_a_release_too_many) {
+TEST(strict_client, aborts_on_a_second_release) {
     expect_misuse(
         [] {
             OruMap* map = caps();
@@ -138,7 +138,7 @@ TEST(strict_client, aborts_on_a_release_too_many) {
         "g_object_unref: system caps was released before");
 }
 
-TEST(strict_client, aborts_when_a_list_is_freed_without_its_elements) {
+TEST(strict_client, aborts_if_a_list_is_freed_without_its_elements) {
     expect_misuse(
         [] {
             GList* all = oru_stream_get_all(nullptr);
@@ -185,98 +185,99 @@ TEST(strict_client, aborts_on_arguments_that_cannot_be_right) {
         "oru_channel_get_crop_max: two results have one place");
 }
 
-// --- What is handed out -------------------------------------------------------------------------
+// --- Returned objects ---------------------------------------------------------------------------
 
-std::string said(const std::string& snapshot, const std::function<std::string()>& body,
-                 const char* variable = nullptr) {
+std::string text_of(const std::string& snapshot, const std::function<std::string()>& body,
+                    const char* variable = nullptr) {
     const outcome got = run(snapshot, body, variable);
     EXPECT_EQ(got.signal, 0);
-    return got.said;
+    return got.text;
 }
 
-TEST(strict_client, lets_an_element_that_is_held_outlive_its_list) {
-    EXPECT_EQ(said(full,
-                   [] {
-                       GList* all = oru_stream_get_all(nullptr);
-                       auto* held = static_cast<OruStream*>(g_object_ref(all->data));
-                       g_list_free_full(all, g_object_unref);
-                       const guint32 id = oru_stream_get_id(held);
-                       g_object_unref(held);
-                       return std::to_string(id);
-                   }),
+TEST(strict_client, an_element_with_a_reference_outlives_its_list) {
+    EXPECT_EQ(text_of(full,
+                      [] {
+                          GList* all = oru_stream_get_all(nullptr);
+                          auto* stream = static_cast<OruStream*>(g_object_ref(all->data));
+                          g_list_free_full(all, g_object_unref);
+                          const guint32 id = oru_stream_get_id(stream);
+                          g_object_unref(stream);
+                          return std::to_string(id);
+                      }),
               "1");
 }
 
 TEST(strict_client, overwrites_a_text_when_its_map_changes_or_is_released) {
-    EXPECT_EQ(said(full,
-                   [] {
-                       OruMap* map = caps();
-                       const char* first = oru_map_get_string(map, "text", nullptr, nullptr);
-                       const char* second = oru_map_get_string(map, "text", nullptr, nullptr);
-                       std::string seen = std::format("{} {} ", first, first == second);
-                       oru_map_remove(map, "yes");
-                       const char* third = oru_map_get_string(map, "text", nullptr, nullptr);
-                       seen += std::format("{} {} {} ", first, second, third);
-                       g_object_unref(map);
-                       return seen + third;
-                   }),
+    EXPECT_EQ(text_of(full,
+                      [] {
+                          OruMap* map = caps();
+                          const char* first = oru_map_get_string(map, "text", nullptr, nullptr);
+                          const char* second = oru_map_get_string(map, "text", nullptr, nullptr);
+                          std::string seen = std::format("{} {} ", first, first == second);
+                          oru_map_remove(map, "yes");
+                          const char* third = oru_map_get_string(map, "text", nullptr, nullptr);
+                          seen += std::format("{} {} {} ", first, second, third);
+                          g_object_unref(map);
+                          return seen + third;
+                      }),
               "a false ? ? a ?");
 }
 
 TEST(strict_client, makes_new_objects_for_each_list) {
-    EXPECT_EQ(said(full, [] { return std::format("{}", first_stream() == first_stream()); }),
+    EXPECT_EQ(text_of(full, [] { return std::format("{}", first_stream() == first_stream()); }),
               "false");
 }
 
-TEST(strict_client, leaves_odd_values_where_a_call_fails) {
-    EXPECT_EQ(said(full,
-                   [] {
-                       guint32 x = 0;
-                       guint32 y = 0;
-                       guint32 width = 0;
-                       guint32 height = 0;
-                       const gboolean ok =
-                           oru_channel_get_crop(channel(), &x, &y, &width, &height, nullptr);
-                       return std::format("{} {:x} {:x} {:x} {:x}", ok, x, y, width, height);
-                   }),
+TEST(strict_client, writes_odd_values_if_a_call_fails) {
+    EXPECT_EQ(text_of(full,
+                      [] {
+                          guint32 x = 0;
+                          guint32 y = 0;
+                          guint32 width = 0;
+                          guint32 height = 0;
+                          const gboolean ok =
+                              oru_channel_get_crop(channel(), &x, &y, &width, &height, nullptr);
+                          return std::format("{} {:x} {:x} {:x} {:x}", ok, x, y, width, height);
+                      }),
               "0 dead0001 dead0002 dead0003 dead0004");
 }
 
-TEST(strict_client, tells_a_format_s_nick_name_and_code_apart) {
-    EXPECT_EQ(
-        said(full,
-             [] {
-                 auto* formats = static_cast<GEnumClass*>(g_type_class_ref(oru_format_get_type()));
-                 const GEnumValue* value = g_enum_get_value(formats, 5);
-                 std::string seen = std::format("{} {}", value->value_nick, value->value_name);
-                 g_type_class_unref(formats);
-                 return seen;
-             }),
-        "h264 ORU_FORMAT_h264");
+TEST(strict_client, a_format_s_nick_name_and_code_differ) {
+    EXPECT_EQ(text_of(full,
+                      [] {
+                          auto* formats =
+                              static_cast<GEnumClass*>(g_type_class_ref(oru_format_get_type()));
+                          const GEnumValue* value = g_enum_get_value(formats, 5);
+                          std::string seen =
+                              std::format("{} {}", value->value_nick, value->value_name);
+                          g_type_class_unref(formats);
+                          return seen;
+                      }),
+              "h264 ORU_FORMAT_h264");
 }
 
-TEST(strict_client, takes_null_and_an_address_for_the_error) {
-    EXPECT_EQ(said(full,
-                   [] {
-                       GError* error = nullptr;
-                       const bool failed =
-                           oru_mode_new(nullptr) == nullptr && oru_mode_new(&error) == nullptr;
-                       return std::format("{} {}", failed, error->message);
-                   }),
+TEST(strict_client, accepts_null_and_an_address_for_the_error) {
+    EXPECT_EQ(text_of(full,
+                      [] {
+                          GError* error = nullptr;
+                          const bool failed =
+                              oru_mode_new(nullptr) == nullptr && oru_mode_new(&error) == nullptr;
+                          return std::format("{} {}", failed, error->message);
+                      }),
               "true mode not recorded");
-    EXPECT_EQ(said(full,
-                   [] {
-                       GError* error = nullptr;
-                       guint32 x[4] = {};
-                       oru_channel_get_crop(channel(), &x[0], &x[1], &x[2], &x[3], &error);
-                       return std::string(error->message);
-                   }),
+    EXPECT_EQ(text_of(full,
+                      [] {
+                          GError* error = nullptr;
+                          guint32 x[4] = {};
+                          oru_channel_get_crop(channel(), &x[0], &x[1], &x[2], &x[3], &error);
+                          return std::string(error->message);
+                      }),
               "no crop");
 }
 
 // --- Getters ------------------------------------------------------------------------------------
 
-// Each key by each getter, its default being 99 and its like.
+// Reads each key by each getter, with a default of 99, "none" or FALSE.
 std::string all_getters() {
     OruMap* map = caps();
     std::string seen;
@@ -293,7 +294,7 @@ std::string all_getters() {
 }
 
 TEST(strict_client, getters_widen) {
-    EXPECT_EQ(said(full, all_getters),
+    EXPECT_EQ(text_of(full, all_getters),
               "yes: 99 99 99 1 none 99/0\n"
               "u16: 7 7 7 0 none 99/0\n"
               "u32: 8 8 8 0 none 99/0\n"
@@ -305,8 +306,8 @@ TEST(strict_client, getters_widen) {
               "other: 99 99 99 0 none 99/0\n");
 }
 
-TEST(strict_client, exact_getters_do_not) {
-    EXPECT_EQ(said(full, all_getters, "ORU_STRICT_EXACT"),
+TEST(strict_client, exact_getters_do_not_widen) {
+    EXPECT_EQ(text_of(full, all_getters, "ORU_STRICT_EXACT"),
               "yes: 99 99 99 1 none 99/0\n"
               "u16: 99 99 99 0 none 99/0\n"
               "u32: 8 99 99 0 none 99/0\n"
@@ -320,9 +321,9 @@ TEST(strict_client, exact_getters_do_not) {
 
 // --- Snapshots ----------------------------------------------------------------------------------
 
-// The capabilities as JSON, or the message when there are none.
+// Returns the capabilities as JSON, or the message if they cannot be read.
 std::string caps_of(const std::string& snapshot) {
-    return said(snapshot, [] {
+    return text_of(snapshot, [] {
         GError* error = nullptr;
         OruSystem* system = oru_system_new(&error);
         OruMap* map = system == nullptr ? nullptr : oru_system_get_caps(system, &error);
@@ -346,9 +347,9 @@ TEST(strict_client, reads_each_kind_of_value) {
               "\xFF"
               R"(","i64":-9,"other":[1,{"a":1e2},"\u0041/*"],"pair":[1,2],"real":1.5,"text":"a",)"
               R"("u16":7,"u32":8,"yes":true})");
-    for (const char* same : {"0", "4294967296", "-9223372036854775808", "\"\\\"\\t\\u001f/\"",
-                             "[0,4294967295]", "true", "false"}) {
-        EXPECT_EQ(value(same), R"({"k":)" + std::string(same) + "}") << same;
+    for (const char* unchanged : {"0", "4294967296", "-9223372036854775808", "\"\\\"\\t\\u001f/\"",
+                                  "[0,4294967295]", "true", "false"}) {
+        EXPECT_EQ(value(unchanged), R"({"k":)" + std::string(unchanged) + "}") << unchanged;
     }
     EXPECT_EQ(value("-0"), R"({"k":0})");
     EXPECT_EQ(value(R"({"double": -0})"), R"({"k":-0})");
@@ -364,8 +365,8 @@ TEST(strict_client, reads_each_kind_of_value) {
     }
 }
 
-TEST(strict_client, refuses_what_breaks_a_rule) {
-    for (const char* refused : {"null",
+TEST(strict_client, rejects_invalid_snapshots) {
+    for (const char* invalid : {"null",
                                 "[1]",
                                 "[1, 2, 3]",
                                 "[1, -2]",
@@ -387,9 +388,9 @@ TEST(strict_client, refuses_what_breaks_a_rule) {
                                 "\"\x01\"",
                                 "\"\xFF\"",
                                 "01"}) {
-        EXPECT_NE(value(refused)[0], '{') << refused;
+        EXPECT_NE(value(invalid)[0], '{') << invalid;
     }
-    for (const char* refused :
+    for (const char* invalid :
          {"", "[]", "{} {}", "\xEF\xBB\xBF{}", R"({"systems": {}})", R"({"mode": {}, "mode": {}})",
           R"({"mode": {"info": {"a": 1, "a": 1}}})", R"({"stream": {"$error": "x"}})",
           R"({"stream": {"all": [{"id": 1}, {"id": 1}]}})",
@@ -399,14 +400,14 @@ TEST(strict_client, refuses_what_breaks_a_rule) {
           R"({"mode": {"$error": "x", "info": {}}})",
           R"({"mode": {"info": {"$error": "x", "a": 1}}})", R"({"formats": {"$error": "x"}})",
           R"({"about": 5})", R"({"channel": {"all": [{"crop": [1, 2, 3]}]}})"}) {
-        EXPECT_NE(caps_of(refused), "system not recorded") << refused;
+        EXPECT_NE(caps_of(invalid), "system not recorded") << invalid;
     }
-    for (const char* taken :
+    for (const char* valid :
          {"{}", "/* a */ {} // b", R"({"about": "x"})", R"({"stream": {"all": [{}, {"id": 0}]}})",
           R"({"channel": {"all": [{"id": 1}], "filtered": [{"id": 1}]}})",
           R"({"mode": {"info": {"$error": 1, "a": 1}}})", R"({"formats": {}})",
           R"({"input": {"all": {"$error": "x"}}})"}) {
-        EXPECT_EQ(caps_of(taken), "system not recorded") << taken;
+        EXPECT_EQ(caps_of(valid), "system not recorded") << valid;
     }
 }
 

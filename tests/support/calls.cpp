@@ -20,7 +20,7 @@ constexpr std::array classes = {"g_type_class_"};
 constexpr std::array command_line = {"g_option_context_set_", "g_option_context_add_"};
 constexpr std::array prints = {"g_print(", "fwrite("};
 
-// Appends a line of the log. A text that was printed joins the one before it.
+// Appends a line of the log. Joins a printed text to the printed text before it.
 void append_step(std::string& steps, std::string_view line) {
     static constexpr std::string_view end_of_print = "\")\n";
     if (!starts_with_any(line, prints)) {
@@ -40,42 +40,44 @@ void append_step(std::string& steps, std::string_view line) {
 using run_tool = result(std::string_view, const std::vector<std::string>&, const run_options&);
 
 calls calls_of(run_tool tool, std::string_view snapshot, const std::vector<std::string>& arguments,
-               const std::vector<std::string>& more, const std::string& stdout_to) {
+               const std::vector<std::string>& extra_environment, const std::string& stdout_to) {
     setenv("ORU_TEST_BIN_DIR", ORU_STRICT_BIN_DIR, 0);
     const temp_directory directory;
     const std::string log = directory.path() + "/log";
     run_options options{.stdout_to = stdout_to, .environment = {"ORU_STRICT_LOG=" + log}};
-    options.environment.insert(options.environment.end(), more.begin(), more.end());
+    options.environment.insert(options.environment.end(), extra_environment.begin(),
+                               extra_environment.end());
 
-    calls made{.ended = tool(snapshot, arguments, options)};
+    calls logged{.ended = tool(snapshot, arguments, options)};
     std::ifstream file(log);
     for (std::string line; std::getline(file, line);) {
         if (starts_with_any(line, reads)) {
-            made.reads.insert(line);
+            logged.reads.insert(line);
         } else if (starts_with_any(line, classes)) {
-            made.classes += line + '\n';
+            logged.classes += line + '\n';
         } else if (starts_with_any(line, command_line)) {
-            made.command_line += line + '\n';
+            logged.command_line += line + '\n';
         } else {
-            append_step(made.steps, line);
+            append_step(logged.steps, line);
             if (!line.starts_with("fwrite(")) {
-                made.queries += line + '\n';
+                logged.queries += line + '\n';
             }
         }
     }
-    return made;
+    return logged;
 }
 
 }  // namespace
 
 calls tlm_calls(std::string_view snapshot, const std::vector<std::string>& arguments,
-                const std::vector<std::string>& more, const std::string& stdout_to) {
-    return calls_of(tlm, snapshot, arguments, more, stdout_to);
+                const std::vector<std::string>& extra_environment, const std::string& stdout_to) {
+    return calls_of(tlm, snapshot, arguments, extra_environment, stdout_to);
 }
 
 calls report_calls(std::string_view snapshot, const std::vector<std::string>& arguments,
-                   const std::vector<std::string>& more, const std::string& stdout_to) {
-    return calls_of(report, snapshot, arguments, more, stdout_to);
+                   const std::vector<std::string>& extra_environment,
+                   const std::string& stdout_to) {
+    return calls_of(report, snapshot, arguments, extra_environment, stdout_to);
 }
 
 std::set<std::string> lines_of(std::string_view text) {

@@ -1,4 +1,4 @@
-// What the tools ask of the video service, as the client that forgives nothing logs it.
+// The calls of the tools to the video service, as the strict client logs them.
 #pragma once
 
 #include <set>
@@ -8,29 +8,31 @@
 
 #include "support/tools.h"
 
-// The lines of one run's log. What an object is called there says where it came from: "stream 1
-// settings"; the second of one name ends in "#2".
+// The lines of one run's log. The log names an object after its origin, for example "stream 1
+// settings". The second object of the same name gets the suffix "#2".
 struct calls {
     result ended;
-    // Every query of the service, every change of a map, every release and every text that was
-    // printed through GLib, in their order; at the end what was never released.
+    // Every query of the service, every change of a map, every release and every text printed
+    // through GLib, in order. The objects that were never released follow at the end.
     std::string queries = {};
-    // The same with every text that was printed by other means. Consecutive texts are joined.
+    // `queries`, and every text printed by other means. Consecutive texts are joined.
     std::string steps = {};
-    // What was read of maps that were held: which key of which, by which getter, with which
-    // default. A "find" is a look-up in the native map.
+    // The reads of maps: getter, map, key and default value. A "find" is a look-up in the native
+    // map.
     std::set<std::string> reads = {};
-    // The class of the formats, taken and released.
+    // The calls that reference and release the class of the formats.
     std::string classes = {};
-    // What the context of the command line was given.
+    // The calls that set up the option context.
     std::string command_line = {};
 };
 
-// Runs the tools as tlm() and report() do, but on that client, `more` in their environment.
+// Run the tools as tlm() and report() do, but on the strict client and with `extra_environment`.
 calls tlm_calls(std::string_view snapshot, const std::vector<std::string>& arguments,
-                const std::vector<std::string>& more = {}, const std::string& stdout_to = {});
+                const std::vector<std::string>& extra_environment = {},
+                const std::string& stdout_to = {});
 calls report_calls(std::string_view snapshot, const std::vector<std::string>& arguments,
-                   const std::vector<std::string>& more = {}, const std::string& stdout_to = {});
+                   const std::vector<std::string>& extra_environment = {},
+                   const std::string& stdout_to = {});
 
 // Returns the lines of a text as a set.
 std::set<std::string> lines_of(std::string_view text);

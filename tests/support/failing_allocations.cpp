@@ -29,7 +29,7 @@ void* operator new[](std::size_t size) {
     return allocate(size);
 }
 
-// A sanitizer's form of this one would not go through the one above.
+// Without this definition, a sanitizer's own would bypass allocate().
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     try {
         return allocate(size);

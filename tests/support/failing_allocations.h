@@ -1,6 +1,6 @@
-// operator new of a test program in which an allocation can be made to fail.
+// Replaces operator new in a test program, so that a test can make an allocation fail.
 #pragma once
 
-// The number of allocations that succeed before one throws std::bad_alloc, which leaves it
-// negative. None throws while it is negative.
+// The number of allocations that succeed before one throws std::bad_alloc. After that it is
+// negative. While it is negative, no allocation throws.
 extern long allocations_left;

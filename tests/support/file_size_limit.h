@@ -1,5 +1,6 @@
-// While an object of this lives, no program that is started can make a file longer than `bytes`: a
-// write beyond fails, as on a file system that is full. Terminals, pipes and devices are exempt.
+// While an object of this class exists, programs started by the test cannot make a file longer than
+// `bytes`: a write beyond that fails, as on a full file system. Terminals, pipes and devices are
+// exempt.
 #pragma once
 
 #include <signal.h>
@@ -10,7 +11,7 @@
 class file_size_limit {
   public:
     explicit file_size_limit(rlim_t bytes) {
-        // Both are inherited; ignored, the signal leaves the write to fail by its result.
+        // A child process inherits both. If SIGXFSZ is ignored, the write returns an error.
         previous_handler_ = signal(SIGXFSZ, SIG_IGN);
         if (getrlimit(RLIMIT_FSIZE, &previous_) != 0) {
             throw std::runtime_error("getrlimit");

@@ -1,5 +1,4 @@
-/* Preloaded into a tool under test: memory blocks of $ORU_TEST_MALLOC_LIMIT bytes and more are not
-   to be had. */
+/* Preloaded into a tool under test: allocating $ORU_TEST_MALLOC_LIMIT bytes or more fails. */
 #include <errno.h>
 
 #include <stddef.h>

@@ -7,12 +7,12 @@
 #include <stdlib.h>
 #include <string.h>
 
-/* Every object that is alive, each its own value. */
+/* The set of all live objects. */
 static GHashTable* alive;
 
-static void forget(gpointer data, GObject* gone) {
+static void forget(gpointer data, GObject* object) {
     (void)data;
-    g_hash_table_remove(alive, gone);
+    g_hash_table_remove(alive, object);
 }
 
 static void write_counts(void) {
@@ -41,8 +41,8 @@ static void write_counts(void) {
     }
 }
 
-/* Before main, so that a run that makes no object says so, and so that the table counts as none of
-   the program's own memory. */
+/* Runs before main, so that a run that creates no object writes its file too, and so that the table
+   does not count as memory of the program. */
 __attribute__((constructor)) static void start(void) {
     alive = g_hash_table_new(NULL, NULL);
     if (getenv("ORU_TEST_LIVE_OBJECTS") != NULL) {

@@ -1,6 +1,6 @@
-// Stands between the tools and GLib where they make and release an option context and release an
-// error (by the linker's --wrap): each release is told on standard error.
+// Intercepts (by the linker's --wrap) the calls that create and release an option context and
+// release an error. Each release is reported on standard error.
 #pragma once
 
-// While this is set, no option context can be made.
+// While this is set, creating an option context fails.
 extern bool option_context_fails;

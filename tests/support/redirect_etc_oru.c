@@ -1,12 +1,12 @@
-/* Preloaded into a tool under test: every path under /etc/oru/ is looked up in $ORU_TEST_ETC, so
-   that a test decides what is there. A file without any read permission cannot be opened, and
-   nothing in a directory without any search permission can be looked up, not even by root. With
-   $ORU_TEST_READ_FAILS=N, a file under it can be read as far as N bytes, and then fails.
+/* Preloaded into a tool under test: redirects every path under /etc/oru/ to $ORU_TEST_ETC, so that
+   the test provides the files. For root too, a file without read permission cannot be opened, and a
+   path in a directory without search permission cannot be resolved. With $ORU_TEST_READ_FAILS=N,
+   reading a file there fails after N bytes.
 
-   With $ORU_TEST_MAIN set, main is called as no shell would: "argc" (no argument at all), "argv"
-   (no vector) or "argv[0]" (a vector without its first entry). */
+   If $ORU_TEST_MAIN is set, main is called as a shell never calls it: "argc" (argc is 0), "argv"
+   (argv is NULL) or "argv[0]" (argv[0] is NULL). */
 #define _GNU_SOURCE
-#undef _FILE_OFFSET_BITS /* gives open() the name of open64(), and both are defined here */
+#undef _FILE_OFFSET_BITS /* it renames open() to open64(), and this file defines both */
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -41,12 +41,12 @@ static int lacks_permissions(const char* path, unsigned permissions) {
     return 1;
 }
 
-/* Whether the redirected file may not be looked up. */
+/* Returns whether the redirected path must not resolve, and sets errno if so. */
 static int hidden(const char* original, const char* path) {
     return path != original && lacks_permissions(getenv("ORU_TEST_ETC"), 0111);
 }
 
-/* Whether the redirected file may not be read. */
+/* Returns whether the redirected file must not be readable, and sets errno if so. */
 static int refused(const char* original, const char* path) {
     return hidden(original, path) || (path != original && lacks_permissions(path, 0444));
 }
@@ -75,7 +75,7 @@ static int refused(const char* original, const char* path) {
         return refused(original, path) ? -1 : REAL(name)(directory, path, flags, mode); \
     }
 
-static size_t readable; /* bytes before a read fails */
+static size_t readable; /* bytes until a read fails */
 
 static ssize_t read_then_fail(void* file, char* buffer, size_t size) {
     if (readable == 0) {
@@ -160,13 +160,13 @@ int faccessat(int directory, const char* original, int mode, int flags) {
 typedef int main_function(int, char**, char**);
 static main_function* real_main;
 
-static int odd_main(int argc, char** argv, char** environment) {
-    const char* wanted = getenv("ORU_TEST_MAIN");
-    char* none[] = {NULL};
-    if (strcmp(wanted, "argc") == 0) {
+static int call_real_main(int argc, char** argv, char** environment) {
+    const char* missing = getenv("ORU_TEST_MAIN");
+    char* empty[] = {NULL};
+    if (strcmp(missing, "argc") == 0) {
         return real_main(0, argv, environment);
     }
-    return real_main(argc, strcmp(wanted, "argv") == 0 ? NULL : none, environment);
+    return real_main(argc, strcmp(missing, "argv") == 0 ? NULL : empty, environment);
 }
 
 int __libc_start_main(main_function* main, int argc, char** argv, main_function* init,
@@ -174,6 +174,6 @@ int __libc_start_main(main_function* main, int argc, char** argv, main_function*
 int __libc_start_main(main_function* main, int argc, char** argv, main_function* init,
                       void (*fini)(void), void (*rtld_fini)(void), void* stack_end) {
     real_main = main;
-    return REAL(__libc_start_main)(getenv("ORU_TEST_MAIN") != NULL ? odd_main : main, argc, argv,
-                                   init, fini, rtld_fini, stack_end);
+    return REAL(__libc_start_main)(getenv("ORU_TEST_MAIN") != NULL ? call_real_main : main, argc,
+                                   argv, init, fini, rtld_fini, stack_end);
 }

@@ -15,7 +15,8 @@
 
 namespace {
 
-// What the tools of the trade need from the environment of the test itself.
+// Passed on from the environment of the test: variables of sanitizers, coverage, emulator and
+// strict client.
 constexpr std::array passed_through = {"ASAN_OPTIONS",   "LSAN_OPTIONS",      "UBSAN_OPTIONS",
                                        "G_SLICE",        "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH",
                                        "QEMU_LD_PREFIX", "ORU_STRICT_EXACT"};
@@ -47,7 +48,7 @@ class descriptor {
     int fd_ = -1;
 };
 
-// One output stream of the program: the end it writes to and, when captured, the end read here.
+// One output stream of the program: the end it writes to and, if captured, the end read here.
 struct output {
     descriptor ours;
     descriptor theirs;
@@ -86,11 +87,11 @@ std::vector<std::string> environment_of(const command& what) {
     std::vector<std::string> all;
     for (const char* name : passed_through) {
         const std::string prefix = std::string(name) + "=";
-        bool given = false;
+        bool is_set = false;
         for (const std::string& entry : what.environment) {
-            given = given || entry.starts_with(prefix);
+            is_set = is_set || entry.starts_with(prefix);
         }
-        if (const char* value = std::getenv(name); value != nullptr && !given) {
+        if (const char* value = std::getenv(name); value != nullptr && !is_set) {
             all.push_back(prefix + value);
         }
     }
@@ -98,7 +99,8 @@ std::vector<std::string> environment_of(const command& what) {
     return all;
 }
 
-// In the child, between fork and exec: puts `fd` in the place of `stream`, or closes that.
+// Called in the child, between fork and exec: replaces `stream` by `fd`, or closes it if `fd` is
+// negative.
 void place(int fd, int stream) {
     if (fd < 0) {
         close(stream);
@@ -107,12 +109,12 @@ void place(int fd, int stream) {
     }
 }
 
-// Reads both streams until both have ended. Returns false when the time is over first.
+// Reads both streams to their end. Returns false if the time limit passes first.
 bool collect(output& out, output& err, std::chrono::steady_clock::time_point end) {
     const std::array all = {&out, &err};
     std::array<char, 65536> buffer;
     while (out.ours.get() >= 0 || err.ours.get() >= 0) {
-        // poll() passes over negative descriptors.
+        // poll() ignores negative descriptors.
         std::array<pollfd, 2> waiting = {
             {{out.ours.get(), POLLIN, 0}, {err.ours.get(), POLLIN, 0}}};
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
@@ -139,7 +141,8 @@ bool collect(output& out, output& err, std::chrono::steady_clock::time_point end
     return true;
 }
 
-// Waits for the child to end; a poll of its own, because it may outlive its output.
+// Waits for the child to end, which may be later than the end of its output. Returns false if the
+// time limit passes first.
 bool wait_until(pid_t child, int& status, std::chrono::steady_clock::time_point end) {
     for (;;) {
         const pid_t ended = waitpid(child, &status, WNOHANG);

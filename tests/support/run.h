@@ -1,4 +1,4 @@
-// Runs a program as its users do and keeps everything it said.
+// Runs a program as its users do and captures its output.
 #pragma once
 
 #include <chrono>
@@ -7,17 +7,18 @@
 #include <string_view>
 #include <vector>
 
-// Where a stream of the program goes instead of being captured.
+// As the target of a stream: the stream is closed instead of captured.
 inline const std::string closed_stream = "-";
 
-// The two ways in which a stream takes nothing.
+// Targets of a stream to which every write fails.
 inline const std::vector<std::string> unwritable = {"/dev/full", closed_stream};
 
 struct command {
     std::string executable = {};
-    std::vector<std::string> argv = {};  // argv[0] included, whatever the test wants it to be
-    std::vector<std::string> environment =
-        {};  // "NAME=value"; all there is but for sanitizer options
+    std::vector<std::string> argv = {};  // with argv[0], which the test chooses freely
+    // "NAME=value". Of the test's own environment, run() adds only what it needs, such as sanitizer
+    // options.
+    std::vector<std::string> environment = {};
     std::string stdin_from = "/dev/null";
     std::string stdout_to = {};  // empty: captured; closed_stream; or a path to write to
     std::string stderr_to = {};  // likewise
@@ -27,20 +28,19 @@ struct command {
 struct result {
     std::string out = {};
     std::string err = {};
-    int status = -1;  // the exit status, or -1 when the program did not exit by itself
+    int status = -1;  // the exit status, or -1 if a signal ended the program
     int signal = 0;   // the signal that ended it, or 0
 
     bool operator==(const result&) const = default;
 };
 
-// Shows the texts as they are, so that a difference can be read.
+// Shows the texts unescaped, for readable differences.
 std::ostream& operator<<(std::ostream& stream, const result& shown);
 
-// Runs the program to its end. Throws when it cannot be started; kills it when the time limit has
-// passed.
+// Runs the program to its end. Throws if it cannot be started. Kills it after the time limit.
 result run(const command& what);
 
-// What a run that ended by itself with this output looks like.
+// Returns the result of a run that exited with this status and output.
 inline result ended(int status, std::string_view out, std::string_view err = "") {
     return {.out = std::string(out), .err = std::string(err), .status = status};
 }

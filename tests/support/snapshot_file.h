@@ -1,4 +1,4 @@
-// A snapshot written by a test, in a directory of its own that goes when the test is over.
+// A snapshot written by a test, in a temporary directory of its own.
 #pragma once
 
 #include <filesystem>

@@ -1,5 +1,5 @@
-// A directory of a test's own, gone with everything in it when the test is over. It is in $TMPDIR
-// unless the test names another place.
+// A directory that its destructor removes with all contents. It is in $TMPDIR unless the test names
+// another parent.
 #pragma once
 
 #include <filesystem>
@@ -32,7 +32,7 @@ class temp_directory {
     // Writes the file `name` and returns its path.
     std::string write(std::string_view name, std::string_view text) const {
         const std::string path = path_ / name;
-        // A file that is emptied and written anew is forced to the disk by some file systems.
+        // If a file is truncated and rewritten instead, some file systems flush it to the disk.
         std::filesystem::remove(path);
         std::ofstream file(path, std::ios::binary);
         file.write(text.data(), static_cast<std::streamsize>(text.size()));

@@ -6,15 +6,15 @@
 #include "support/temp_directory.h"
 
 std::string program(std::string_view name) {
-    const char* other = std::getenv("ORU_TEST_BIN_DIR");
-    return std::format("{}/{}", other != nullptr ? other : ORU_BIN_DIR, name);
+    const char* bin_dir = std::getenv("ORU_TEST_BIN_DIR");
+    return std::format("{}/{}", bin_dir != nullptr ? bin_dir : ORU_BIN_DIR, name);
 }
 
 std::vector<std::string> etc_oru_in(std::string_view directory) {
-    // A shared sanitizer runtime insists on being the first library unless told otherwise; the one
-    // that is preloaded here intercepts nothing of its.
-    const char* given = std::getenv("ASAN_OPTIONS");
-    std::string asan = given != nullptr ? std::string(given) + ":" : std::string();
+    // A shared sanitizer runtime refuses to run if another library is loaded before it. The library
+    // that is preloaded here intercepts none of its functions.
+    const char* asan_options = std::getenv("ASAN_OPTIONS");
+    std::string asan = asan_options != nullptr ? std::string(asan_options) + ":" : std::string();
     return {"LD_PRELOAD=" ORU_REDIRECT_ETC_ORU, "ORU_TEST_ETC=" + std::string(directory),
             "ASAN_OPTIONS=" + asan + "verify_asan_link_order=0"};
 }
@@ -52,14 +52,14 @@ result report(std::string_view snapshot, const std::vector<std::string>& argumen
     return run_tool("oru-serverreport-tool", snapshot, arguments, options);
 }
 
-std::vector<tool_and_switch> every_switch_and(const std::vector<tool_and_switch>& more) {
+std::vector<tool_and_switch> every_switch_and(const std::vector<tool_and_switch>& extra) {
     std::vector<tool_and_switch> all;
-    for (const char* given : {"-q", "-s", "-i", "-qsi"}) {
-        all.emplace_back("oru-tlm-tool", given);
+    for (const char* each : {"-q", "-s", "-i", "-qsi"}) {
+        all.emplace_back("oru-tlm-tool", each);
     }
-    for (const char* given : {"-l", "-q", "-o", "-c", "-r", "-a", "-i"}) {
-        all.emplace_back("oru-serverreport-tool", given);
+    for (const char* each : {"-l", "-q", "-o", "-c", "-r", "-a", "-i"}) {
+        all.emplace_back("oru-serverreport-tool", each);
     }
-    all.insert(all.end(), more.begin(), more.end());
+    all.insert(all.end(), extra.begin(), extra.end());
     return all;
 }

@@ -15,7 +15,7 @@ result identities_of(const std::string& debug) {
     return tlm(R"({"stream": {"debug": )" + debug + "}}", {"--identity-info"});
 }
 
-// The document for one identity "x" with that count.
+// Returns the document for one identity "x" with that count.
 std::string document_of_one(const std::string& count) {
     return "{\n    \"identities\": {\n        \"x\": " + count + "\n    }\n}\n";
 }
@@ -33,7 +33,7 @@ TEST(identity_info, one_member_for_each_identity) {
 )"));
 }
 
-TEST(identity_info, nothing_to_tell_prints_nothing) {
+TEST(identity_info, no_identities_print_nothing) {
     EXPECT_EQ(tlm("{}", {"-i"}), ended(0, ""));
     EXPECT_EQ(tlm(R"({"stream": {"debug": {"$error": "no counters"}}})", {"-i"}), ended(0, ""));
     EXPECT_EQ(identities_of("{}"), ended(0, ""));
@@ -161,7 +161,7 @@ TEST(identity_info, seven_bytes_of_a_name_are_escaped) {
 }
 
 TEST(identity_info, other_bytes_of_a_name_are_copied) {
-    // Short names and such as are long enough to be scanned by the word.
+    // Short names, and names long enough to be scanned in words of several bytes.
     EXPECT_EQ(identities_of(R"({"identity.\u0001": 1, "identity.\u001f\u007f": 2,
                           "identity.a name of many words \u0001 \u001f \u000b é ☃ 𝄞 \"end\"": 3})"),
               ended(0,
@@ -176,7 +176,7 @@ TEST(identity_info, other_bytes_of_a_name_are_copied) {
 
 TEST(identity_info, every_control_byte_at_every_place) {
     std::string debug;
-    std::map<std::string, std::string> members;  // name, as it is written
+    std::map<std::string, std::string> members;  // by name, as written
     for (char byte = 1; byte < 0x20; ++byte) {
         std::string written(1, byte);
         switch (byte) {

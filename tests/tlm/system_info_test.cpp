@@ -12,7 +12,7 @@ result system_info(const std::string& snapshot) {
     return tlm(snapshot, {"--system-info"});
 }
 
-// The document of a device without inputs whose mode information is this map.
+// Returns the document of a device without inputs whose mode information is this map.
 result view_mode_of(const std::string& mode) {
     return system_info(R"({"channel": {"info": {"input.count": 0}}, "mode": {"info": )" + mode +
                        "}}");
@@ -55,7 +55,7 @@ TEST(system_info, no_input_count_means_one_input) {
 }
 )";
     EXPECT_EQ(system_info(R"({"channel": {"info": {}}, )" + inputs + "}"), ended(0, expected));
-    // A count of another kind is no count.
+    // A count of another kind is ignored.
     EXPECT_EQ(system_info(R"({"channel": {"info": {"input.count": "2"}}, )" + inputs + "}"),
               ended(0, expected));
 }
@@ -178,7 +178,7 @@ TEST(system_info, no_mode_leaves_the_view_mode_without_a_value) {
     }
 }
 
-TEST(system_info, nothing_known_at_all) {
+TEST(system_info, no_answers_at_all) {
     EXPECT_EQ(system_info("{}"), ended(0,
                                        "{\n"
                                        "    \"inputs\": 0,\n"
@@ -208,7 +208,7 @@ TEST(system_info, which_keys_of_the_mode_are_dropped) {
 }
 
 TEST(system_info, full_stops_become_underscores_and_the_members_keep_their_order) {
-    // "." sorts before "A", "_" after it: the order is that of the keys that are written.
+    // "." sorts before "A", "_" after it: the written keys decide the order.
     EXPECT_EQ(view_mode_of(R"({"a.b.c": 1, "..": 2, "aA": 3, "a.b": 4})"), ended(0, R"({
     "inputs": 0,
     "capturemodes": {},
@@ -222,7 +222,7 @@ TEST(system_info, full_stops_become_underscores_and_the_members_keep_their_order
 )"));
 }
 
-TEST(system_info, of_two_keys_that_become_one_the_smaller_stays) {
+TEST(system_info, of_two_keys_with_the_same_name_the_smaller_stays) {
     EXPECT_EQ(view_mode_of(R"({"x_y": "dropped", "x.y": "kept", "a_b.c": 2, "a.b_c": 1,
                                "a_b_c": 3})"),
               ended(0, R"({
@@ -237,7 +237,7 @@ TEST(system_info, of_two_keys_that_become_one_the_smaller_stays) {
 }
 
 TEST(system_info, a_key_that_only_becomes_view_is_kept) {
-    // The removals come before the rewriting.
+    // Keys are removed before full stops are replaced.
     EXPECT_EQ(view_mode_of(R"({".view": 1, "view.": 2, "": 3})"), ended(0, R"({
     "inputs": 0,
     "capturemodes": {},
@@ -281,8 +281,8 @@ TEST(system_info, every_kind_of_value) {
 }
 
 TEST(system_info, texts_pass_through_unchanged) {
-    // What structures a document means nothing inside a text, and a control byte is written as RFC
-    // 8259 wants it.
+    // Punctuation inside a text does not affect the layout, and control bytes are escaped as RFC
+    // 8259 requires.
     EXPECT_EQ(view_mode_of(R"({"a\"b": "{[,:]} // \"quoted\" \\", "c": "\t\n", "d": "\u00e9\u2603/",
                                "e": ""})"),
               ended(0, R"({
@@ -307,7 +307,7 @@ TEST(system_info, a_number_that_json_lacks_ends_the_tool) {
         EXPECT_NE(got.err.find("ratio"), std::string::npos) << got;
         EXPECT_EQ(got.err.find('\n'), got.err.size() - 1) << got;
     }
-    // One that is dropped before does no harm.
+    // A removed member may have such a value.
     EXPECT_EQ(view_mode_of(R"({"capture.ratio": {"double": "nan"}})").status, 0);
 }
 

@@ -1,5 +1,5 @@
-// How the feeder tool ends where a run of the program cannot show it, and what it gives back then.
-// Its sections are this test's own.
+// How the feeder tool ends in cases that a run of the program cannot show, and what it releases
+// then. This test replaces its sections.
 #include <csignal>
 #include <new>
 
@@ -21,7 +21,7 @@ void print_identity_info() {}
 
 namespace {
 
-// Nobody handles what leaves the tool.
+// noexcept, so that an exception that leaves the tool ends the process.
 void run(const char* argument) noexcept {
     char name[] = "oru-tlm-tool";
     char* argv[] = {name, const_cast<char*>(argument), nullptr};

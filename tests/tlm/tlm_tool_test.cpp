@@ -21,9 +21,9 @@ const std::string identities = "{\n    \"identities\": {\n        \"a\": 2\n    
 
 using arguments = std::vector<std::string>;
 
-TEST(tlm_tool, the_sections_that_are_asked_for_in_their_fixed_order) {
+TEST(tlm_tool, the_chosen_sections_in_their_fixed_order) {
     const std::string all = statistics + system_info + identities;
-    for (const auto& [given, expected] : {
+    for (const auto& [switches, expected] : {
              std::pair<arguments, std::string>{{"-q"}, statistics},
              {{"--stream-max-stats"}, statistics},
              {{"-s"}, system_info},
@@ -38,22 +38,22 @@ TEST(tlm_tool, the_sections_that_are_asked_for_in_their_fixed_order) {
              {{"-i", "-q"}, statistics + identities},
              {{"-si"}, system_info + identities},
          }) {
-        EXPECT_EQ(tlm(snapshot, given), ended(0, expected)) << given.front();
+        EXPECT_EQ(tlm(snapshot, switches), ended(0, expected)) << switches.front();
     }
 }
 
-TEST(tlm_tool, a_switch_given_twice_counts_once) {
+TEST(tlm_tool, a_repeated_switch_counts_once) {
     EXPECT_EQ(tlm(snapshot, {"-q", "-q"}), ended(0, statistics));
     EXPECT_EQ(tlm(snapshot, {"-qq", "--stream-max-stats"}), ended(0, statistics));
     EXPECT_EQ(tlm(snapshot, {"-isi", "-s"}), ended(0, system_info + identities));
 }
 
-TEST(tlm_tool, nothing_asked_nothing_printed) {
+TEST(tlm_tool, no_switch_prints_nothing) {
     EXPECT_EQ(tlm(snapshot, {}), ended(0, ""));
     EXPECT_EQ(tlm("not json", {}), ended(0, ""));
 }
 
-TEST(tlm_tool, what_is_no_option_is_ignored) {
+TEST(tlm_tool, words_that_are_not_options_are_ignored) {
     EXPECT_EQ(tlm(snapshot, {"x", "-q", "y"}), ended(0, statistics));
     EXPECT_EQ(tlm(snapshot, {"", "-"}), ended(0, ""));
     EXPECT_EQ(tlm(snapshot, {"--"}), ended(0, ""));
@@ -63,7 +63,7 @@ TEST(tlm_tool, what_is_no_option_is_ignored) {
     EXPECT_EQ(tlm(snapshot, {std::string(100000, 'x'), "-q"}), ended(0, statistics));
 }
 
-TEST(tlm_tool, an_unknown_option_is_refused) {
+TEST(tlm_tool, an_unknown_option_is_rejected) {
     for (const char* option : {"--foo", "-x", "-qx", "--stream-max", "--Stream-max-stats", "-Q",
                                "--list-streams", "--f\xc3\xa9", "--f\xff"}) {
         EXPECT_EQ(tlm(snapshot, {"-q", option, "-s"}),
@@ -73,7 +73,7 @@ TEST(tlm_tool, an_unknown_option_is_refused) {
     }
 }
 
-TEST(tlm_tool, a_value_attached_to_a_switch_is_refused) {
+TEST(tlm_tool, a_value_attached_to_a_switch_is_rejected) {
     for (const char* option : {"-q1", "-q=1", "--system-info=1",
                                "--system-info=", "--stream-max-stats=no", "--identity-info=yes"}) {
         const result got = tlm(snapshot, {option});
@@ -133,7 +133,7 @@ TEST(tlm_tool, an_unreachable_service) {
         "    \"capturemodes\": ,\n"
         "    \"viewmode\": \n"
         "}\n";
-    // Empty, cut short, binary, breaking a rule.
+    // Empty, cut off, binary, and breaking a rule.
     for (const std::string& text : {std::string(), snapshot.substr(0, snapshot.size() / 2),
                                     std::string("\x7f"
                                                 "ELF\0\1\2",
@@ -162,8 +162,7 @@ TEST(tlm_tool, an_exception_ends_the_run_and_what_was_printed_stays) {
     EXPECT_TRUE(got.err.starts_with("oru-tlm-tool: Exception: ")) << got;
 }
 
-// --- Streams that cannot be written
-// ---------------------------------------------------------------
+// --- Streams that cannot be written ---
 
 class tlm_tool_writes : public testing::TestWithParam<const char*> {};
 
@@ -177,7 +176,7 @@ TEST_P(tlm_tool_writes, a_lost_report_is_an_exception) {
     }
 }
 
-TEST_P(tlm_tool_writes, a_report_is_complete_when_only_standard_error_is_lost) {
+TEST_P(tlm_tool_writes, a_report_is_complete_if_only_standard_error_is_lost) {
     const result plain = tlm(snapshot, {GetParam()});
     EXPECT_EQ(plain.status, 0) << plain;
     EXPECT_NE(plain.out, "");
@@ -206,7 +205,7 @@ TEST(tlm_tool, a_run_that_prints_nothing_loses_nothing) {
     }
 }
 
-TEST(tlm_tool, an_error_keeps_its_status_when_nobody_hears_it) {
+TEST(tlm_tool, an_error_keeps_its_status_if_its_output_is_lost) {
     for (const std::string& to : unwritable) {
         EXPECT_EQ(tlm(snapshot, {"--foo"}, {.stderr_to = to}), ended(1, "")) << to;
         EXPECT_EQ(

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The service-wide counters, with a value of every kind.
+// Service-wide counters with a value of every kind.
 constexpr const char* snapshot = R"({"stream": {"debug": {
     "wide": 4294967295, "narrow": {"uint16": 65535}, "long": {"int64": 7}, "real": 7.0,
     "flag": true, "text": "7", "pair": [1920, 1080], "a.b": 1, "a_b": 2 },
@@ -22,7 +22,8 @@ class native_test : public testing::Test {
     static void SetUpTestSuite() {
         const temp_directory scratch;
         setenv("ORU_SNAPSHOT", scratch.write("snapshot.json", snapshot).c_str(), 1);
-        owned_object<OruMap>{oru_stream_get_debug(nullptr, nullptr)};  // the file is read once
+        owned_object<OruMap>{oru_stream_get_debug(
+            nullptr, nullptr)};  // reads the file, before the directory is removed
     }
 
     owned_object<OruMap> map_{oru_stream_get_debug(nullptr, nullptr)};
@@ -45,7 +46,7 @@ TEST_F(native_test, keys_ascend_by_their_bytes) {
                                         "text", "wide"}));
 }
 
-TEST_F(native_test, entries_know_their_kind) {
+TEST_F(native_test, entries_have_their_kind) {
     const auto entries = native_map(map_.get()).entries();
     ASSERT_EQ(entries.size(), 9U);
     EXPECT_EQ(entries[1].key, "a_b");
@@ -74,7 +75,7 @@ TEST_F(native_test, a_table_is_written_in_the_order_of_its_names) {
     EXPECT_EQ(table.to_json(), R"({"input10":"1x1","input2":"1920x1080"})");
 }
 
-TEST_F(native_test, a_table_keeps_the_kind_and_the_first_of_a_name) {
+TEST_F(native_test, a_table_keeps_kinds_and_the_first_entry_of_a_name) {
     const native_map native{map_.get()};
     native_table table;
     table.insert("x", native, "text");
@@ -84,7 +85,7 @@ TEST_F(native_test, a_table_keeps_the_kind_and_the_first_of_a_name) {
     EXPECT_EQ(table.to_json(), R"({"flag":true,"p":[1920,1080],"x":"7"})");
 }
 
-TEST_F(native_test, what_json_cannot_hold_is_thrown) {
+TEST_F(native_test, a_value_without_a_json_form_throws) {
     const owned_object<OruMap> quota{oru_stream_get_quota(nullptr)};
     const native_map native{quota.get()};
     native_table table;
@@ -99,13 +100,13 @@ TEST_F(native_test, a_pair_begins_with_its_low_half) {
     EXPECT_EQ(halves.second, 1080U);
 }
 
-TEST_F(native_test, an_object_stays_in_its_link_or_is_taken_out) {
+TEST_F(native_test, an_object_can_be_borrowed_from_or_taken_out_of_its_link) {
     const owned_object_list streams{oru_stream_get_all(nullptr)};
     ASSERT_EQ(g_list_length(streams.get()), 2U);
     EXPECT_EQ(oru_stream_get_id(object_in<OruStream>(streams.get())), 1U);
     const auto taken = take_object<OruStream>(streams.get());
     EXPECT_EQ(oru_stream_get_id(taken.get()), 1U);
-    EXPECT_EQ(streams->data, nullptr);  // and the list is released without it
+    EXPECT_EQ(streams->data, nullptr);  // the list no longer releases it
     EXPECT_EQ(oru_stream_get_id(object_in<OruStream>(streams->next)), 2U);
 }
 
@@ -131,9 +132,9 @@ TEST(native_resolutions, are_read_after_their_count) {
     EXPECT_EQ(resolutions[1].height, 0U);
 }
 
-TEST(native_resolutions, are_read_up_to_a_number) {
+TEST(native_resolutions, are_read_up_to_a_maximum) {
     struct {
-        std::uint64_t count = 0xFFFFFFFFFFFFFFFF;  // of another layout
+        std::uint64_t count = 0xFFFFFFFFFFFFFFFF;  // as read from a block of another layout
         std::uint32_t numbers[2] = {1920, 1080};
     } set;
     EXPECT_EQ(native_resolution_count(&set), 0xFFFFFFFFFFFFFFFFU);
@@ -143,15 +144,15 @@ TEST(native_resolutions, are_read_up_to_a_number) {
     EXPECT_EQ(resolutions[0].height, 1080U);
 }
 
-// The lower half of this count, all that 32 bits hold of it, is a number like any other.
-TEST(native_resolutions, of_an_impossible_number_are_refused) {
+// Truncated to 32 bits, this count would be 1.
+TEST(native_resolutions, of_an_impossible_count_are_rejected) {
     struct {
         std::uint64_t count = 9223372036854775809U;
         std::uint32_t numbers[2] = {1920, 1080};
     } set;
     try {
         native_resolutions(&set);
-        ADD_FAILURE() << "taken";
+        ADD_FAILURE() << "no exception";
     } catch (const std::length_error& error) {
         EXPECT_STREQ(error.what(), "a set of 9223372036854775809 resolutions");
     }

@@ -1,7 +1,7 @@
-// The client interface of the video service as a device's own library may declare it: what the
-// tools call and nothing that only our library adds. There are no cast macros, no type functions
-// but the formats', no layouts; the formats are a C enumeration, the resolutions a block whose type
-// has no members. What compiles here takes nothing else for granted.
+// The client interface of the video service as a device's own library may declare it, without the
+// additions of our library. It has no cast macros, no layouts, and only the formats' type function.
+// The formats are a C enumeration, and the type of the resolutions has no members. The tools must
+// compile with these declarations alone.
 //
 // Ownership, NULL and errors are as in src/video/oru.h.
 #pragma once
@@ -40,7 +40,7 @@ guint32 oru_map_get_uint32(OruMap* map, const gchar* key, guint32 def);
 gint64 oru_map_get_int64(OruMap* map, const gchar* key, gint64 def);
 gdouble oru_map_get_double(OruMap* map, const gchar* key, gdouble def);
 gboolean oru_map_get_boolean(OruMap* map, const gchar* key, gboolean def);
-// What `reserved` is for is the service's own business: it must be NULL.
+// `reserved` must be NULL.
 const gchar* oru_map_get_string(OruMap* map, const gchar* key, gpointer reserved, const gchar* def);
 guint64 oru_map_get_pair32u(OruMap* map, const gchar* key, guint64 def);
 gboolean oru_map_contains(OruMap* map, const gchar* key);

@@ -1,5 +1,5 @@
-// What the tools on the strict client include as "report/json.h": the same, but the JSON write of
-// the number that $ORU_STRICT_WRITE holds (the first is 1) fails, after it has written its text.
+// The tools on the strict client include this file as "report/json.h". The JSON write whose number
+// (from 1) is in $ORU_STRICT_WRITE fails after it has written its text.
 #pragma once
 
 #include <cstdlib>
@@ -11,7 +11,7 @@
 #undef write_compact
 #undef write_document
 
-inline bool is_write_that_fails() {
+inline bool this_write_fails() {
     static const char* const number = std::getenv("ORU_STRICT_WRITE");
     static int count = 0;
     return number != nullptr && ++count == std::atoi(number);
@@ -19,10 +19,10 @@ inline bool is_write_that_fails() {
 
 template <class Value>
 bool write_compact(const Value& value, std::string& out) {
-    return write_compact_without_failure(value, out) && !is_write_that_fails();
+    return write_compact_without_failure(value, out) && !this_write_fails();
 }
 
 template <class Value>
 bool write_document(const Value& value, std::string& out) {
-    return write_document_without_failure(value, out) && !is_write_that_fails();
+    return write_document_without_failure(value, out) && !this_write_fails();
 }

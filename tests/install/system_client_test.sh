@@ -20,7 +20,17 @@ PKG_CONFIG_PATH=$(find "$scratch/device" -type d -name pkgconfig)
 LD_LIBRARY_PATH=$(dirname "$PKG_CONFIG_PATH")
 export PKG_CONFIG_PATH LD_LIBRARY_PATH
 
-# The sources without our client: there is no other to be found than what was installed.
+# What the libraries contain of src/snapshot, no program may call, nor the reverse.
+exports() {
+    nm -D -C --defined-only "$LD_LIBRARY_PATH/lib$1.so" | cut -d ' ' -f 3-
+}
+if exports oru | grep -v -e '^oru_' -e '^replay::answers_origin()$' || exports qwire | grep -v '^qw::map::' ||
+    [ "$(exports oru | grep -c '^replay::')" -ne 1 ] || ! exports qwire | grep -q '^qw::map::size() const$'; then
+    echo 'system_client_test: a library exports another symbol, or one too few' >&2
+    exit 1
+fi
+
+# The sources without our client library: only the installed one can be found.
 mkdir "$scratch/source"
 (cd "$source" && tar -c --exclude=./build --exclude=./.git --exclude=./src/replay \
     --exclude=./src/video/oru.h --exclude=./src/video/qwire.h .) | tar -x -C "$scratch/source"
@@ -28,7 +38,7 @@ mkdir "$scratch/source"
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=OFF -S "$scratch/source" \
     -B "$scratch/build" >/dev/null
 "$cmake" --build "$scratch/build"
-echo dispatch tlm serverreport golden device no_files arguments writes | tr ' ' '\n' |
+echo dispatch tlm serverreport golden device snapshot_program arguments writes | tr ' ' '\n' |
     ORU_TEST_BIN_DIR=$scratch/build/bin xargs -P 2 -I NAME "$tests/NAME_test" --gtest_brief=1
 # The tests of such a build are described without an error; they are those that just ran.
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=ON -S "$scratch/source" \

@@ -41,6 +41,11 @@ add_test(NAME strict.random_devices
          COMMAND /usr/bin/python3 ${CMAKE_CURRENT_SOURCE_DIR}/snapshot_tool/random_devices_test.py
                  ${PROJECT_SOURCE_DIR} ${ORU_STRICT_BIN_DIR} 61 60)
 
+# FILE and the same snapshot as this client library answers from it.
+add_test(NAME strict.file
+         COMMAND /usr/bin/python3 ${CMAKE_CURRENT_SOURCE_DIR}/snapshot_tool/file_test.py
+                 ${PROJECT_SOURCE_DIR} ${ORU_STRICT_BIN_DIR} another 41 40)
+
 # oru-probe reports each fault, and nothing departs without one, on both clients.
 oru_add_tool_test(probe_faults_test SOURCES probe/faults_test.cpp PROPERTIES ${strict})
 add_test(NAME strict.random_probes

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds our client libraries as a device has its own, shared and installed, then the project against
-# them in the release preset's form, and runs its programs with the test programs that are in TESTS.
+# Builds and installs our client libraries as a device has its own: shared. Builds the programs with
+# these, as in the release preset, and runs the test programs in TESTS on them.
 # usage: system_client_test.sh CMAKE TESTS SOURCE CACHE
 # CACHE is the initial cache of all builds: compiler and flags.
 set -eu
@@ -39,12 +39,12 @@ mkdir "$scratch/source"
     -B "$scratch/build" >/dev/null
 "$cmake" --build "$scratch/build"
 echo dispatch tlm serverreport golden device snapshot_program arguments writes | tr ' ' '\n' |
-    ORU_TEST_BIN_DIR=$scratch/build/bin xargs -P 2 -I NAME "$tests/NAME_test" --gtest_brief=1
-# The tests of such a build are described without an error; they are those that just ran.
+    xargs -P 2 -I NAME env ORU_TEST_BIN_DIR="$scratch/build/bin" "$tests/NAME_test" --gtest_brief=1
+# Such a build can be configured with its tests.
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=ON -S "$scratch/source" \
     -B "$scratch/tests" >/dev/null
 
-# A second C++ library in the program, beside the one that the libraries brought, would mix with it.
+# The program must share the C++ library of the client libraries.
 if ! readelf -W -d "$scratch/build/bin/oru-cgi-applet" | grep -Eq 'NEEDED.*\[lib(std)?c\+\+\.so'; then
     echo 'system_client_test: the program does not share its C++ library' >&2
     exit 1

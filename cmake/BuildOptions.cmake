@@ -1,19 +1,19 @@
-# Flags that every target of ours is built with.
+# Compiler and linker flags of all our targets.
 set(ORU_USES_LIBCXX OFF)
 if(CMAKE_CXX_FLAGS MATCHES "-stdlib=libc\\+\\+")
     set(ORU_USES_LIBCXX ON)
 endif()
 
-# Assertions are part of what the program prints: no build type turns them off.
+# The programs print failed assertions, so no build type turns them off.
 foreach(type RELEASE RELWITHDEBINFO MINSIZEREL)
     string(REPLACE "-DNDEBUG" "" CMAKE_CXX_FLAGS_${type} "${CMAKE_CXX_FLAGS_${type}}")
     string(REPLACE "-DNDEBUG" "" CMAKE_C_FLAGS_${type} "${CMAKE_C_FLAGS_${type}}")
 endforeach()
 
-# A run is over in a millisecond, most of it spent on bringing code in: smaller code is faster code.
+# A run takes a millisecond, and most of that is loading code: smaller code is faster code.
 string(REPLACE "-O3" "-O2" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
 if(CMAKE_BUILD_TYPE STREQUAL Release)
-    # CMake's check links with the compiler's own linker, which may know an older LLVM; ours is lld.
+    # CMake's check uses the system's default linker, which may be too old for this LLVM. We use lld.
     if(CMAKE_CXX_COMPILER_ID STREQUAL Clang AND CMAKE_CXX_COMPILER_AR)
         set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
     else()
@@ -21,26 +21,27 @@ if(CMAKE_BUILD_TYPE STREQUAL Release)
         check_ipo_supported(RESULT CMAKE_INTERPROCEDURAL_OPTIMIZATION OUTPUT why)
     endif()
     if(NOT CMAKE_INTERPROCEDURAL_OPTIMIZATION)
-        message(WARNING "The programs are not optimised as a whole, and start slower: ${why}")
+        message(WARNING "No link-time optimization, so the programs start slower: ${why}")
     endif()
 endif()
 
-# Processors of 32 bits know the length of files beyond 2 GiB too. How long a time is there, the C++
-# library has decided.
+# 32-bit builds support files beyond 2 GiB. The size of time_t is that of the C++ library, which was built
+# already.
 add_compile_definitions(_FILE_OFFSET_BITS=64)
 
 add_compile_options(-ffunction-sections -fdata-sections)
 add_link_options(-Wl,--gc-sections -Wl,--as-needed)
-# It would tell where the sources lay: link-time optimisation names functions after that.
+# The build id would depend on the folder of the sources, because link-time optimization names functions
+# after it.
 add_link_options(-Wl,--build-id=none)
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     add_link_options(-fuse-ld=lld)
-    # Without the times of the headers in it, ccache finds a precompiled header again.
+    # ccache finds a precompiled header again only if it does not contain the headers' times.
     add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
 endif()
 
-# The programs lie where nobody can foresee, what the loader has filled in cannot be written to any
-# more, and who writes beyond the stack's frame or a known buffer ends the run.
+# Hardening: position-independent programs, relocations that are read-only once loaded, guarded stacks,
+# checked buffers.
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 add_link_options(-Wl,-z,relro,-z,now)
 if(CMAKE_BUILD_TYPE STREQUAL Release)
@@ -54,10 +55,10 @@ else()
 endif()
 
 if(ORU_STATIC_RUNTIME AND NOT ORU_STATIC)
-    # Both compilers and both standard libraries know the option by this name.
+    # The option has this name for both compilers and both standard libraries.
     add_link_options($<$<LINK_LANGUAGE:CXX>:-static-libstdc++> -static-libgcc)
-    # On 32-bit ARM libc++'s archive goes with LLVM's unwinder alone: with libgcc's, the first exception
-    # that is thrown ends the program.
+    # On 32-bit ARM, static libc++ requires LLVM's unwinder: with libgcc's, the first exception ends the
+    # program.
     if(ORU_USES_LIBCXX AND CMAKE_SYSTEM_PROCESSOR MATCHES "^armv")
         add_link_options($<$<LINK_LANGUAGE:CXX>:-l:libunwind.a>)
     endif()
@@ -72,7 +73,7 @@ if(ORU_COVERAGE)
     add_link_options(-fprofile-instr-generate)
 endif()
 
-# Warnings are errors in our own code only.
+# Warnings are errors, in our own code only.
 add_library(oru-warnings INTERFACE)
 target_compile_options(oru-warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Werror
     $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)

@@ -1,4 +1,4 @@
-# Says what a compiler lacks before the build does, in one line a person can act on.
+# Fails early, with one line that says which headers the compiler lacks.
 include(CheckCXXSourceCompiles)
 
 set(CMAKE_REQUIRED_FLAGS -std=c++23)

@@ -1,20 +1,20 @@
-# GoogleTest, built with our own compiler and C++ library from Debian's source package: the packaged
-# binary is built with the other one.
+# GoogleTest, built from Debian's source package with our compiler and C++ library. Debian's library is
+# built with libstdc++.
 set(BUILD_GMOCK OFF CACHE INTERNAL "")
 set(INSTALL_GTEST OFF CACHE INTERNAL "")
 add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
-# The main function of all test programs, and the header that takes a compiler longest to read.
+# The main function of all test programs, and their precompiled header.
 add_library(test-main OBJECT /usr/src/googletest/googletest/src/gtest_main.cc)
 target_link_libraries(test-main PUBLIC GTest::gtest PRIVATE oru-warnings)
 target_precompile_headers(test-main PRIVATE <gtest/gtest.h>)
-# A precompiled header is for files compiled alike, and these become parts of programs.
+# The files that use the precompiled header belong to programs, so it needs the same flags.
 set_target_properties(test-main PROPERTIES POSITION_INDEPENDENT_CODE OFF)
 target_compile_options(test-main PRIVATE ${CMAKE_CXX_COMPILE_OPTIONS_PIE})
 
-# oru_add_test(name SOURCES file... LIBS library... [PROPERTIES property value...]): a test program
-# that links our code; ctest runs each of its tests, with these properties.
+# oru_add_test(name SOURCES file... LIBS library... [PROPERTIES property value...]) adds a test program
+# that links our code. ctest runs each of its tests, with these properties.
 function(oru_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS;PROPERTIES")
     add_executable(${name} ${ARG_SOURCES})
@@ -23,9 +23,8 @@ function(oru_add_test name)
     oru_discover_tests(${name} ${name} PROPERTIES ${ARG_PROPERTIES})
 endfunction()
 
-# oru_add_tool_test(name SOURCES file... [PROPERTIES property value...]): a test program that only
-# starts our programs. If ORU_TOOL_TESTS names the folder of another build's test programs, ctest runs
-# that build's.
+# oru_add_tool_test(name SOURCES file... [PROPERTIES property value...]) adds a test program that only
+# starts our programs. If ORU_TOOL_TESTS is set, ctest runs the test program in that folder instead.
 add_custom_target(tool-tests)
 function(oru_add_tool_test name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;PROPERTIES")
@@ -39,8 +38,8 @@ function(oru_add_tool_test name)
     endif()
 endfunction()
 
-# oru_discover_tests(name prefix [PROPERTIES property value...] [FILTER filter]): ctest runs the tests
-# of a test program as `prefix`.NAME, with these properties; those that --gtest_filter=`filter` selects.
+# oru_discover_tests(name prefix [PROPERTIES property value...] [FILTER filter]) makes ctest run the
+# tests of a test program as `prefix`.NAME, with these properties: all, or those that the filter selects.
 function(oru_discover_tests name prefix)
     cmake_parse_arguments(PARSE_ARGV 2 ARG "" "FILTER" "PROPERTIES")
     gtest_discover_tests(${name} TEST_PREFIX ${prefix}. TEST_FILTER "${ARG_FILTER}"

@@ -1,9 +1,9 @@
-# What goes onto a machine. `cmake --install` brings what a device runs and a person reads; the
-# component `client` brings what a program needs to be built against our client libraries, and the
-# component `probe` the program that checks a device's client libraries.
+# Installation. The default component contains what a device runs and what people read. The component
+# `client` contains our client libraries, with their headers and .pc files. The component `probe`
+# contains the program that checks a device's client libraries.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 
-# The links are relative, so they hold in any prefix and under any DESTDIR.
+# The links are relative, so that they work in any prefix and under any DESTDIR.
 install(TARGETS oru-cgi-applet oru-snapshot)
 install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/oru-tlm-tool
               ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/oru-serverreport-tool
@@ -23,12 +23,8 @@ endif()
 install(FILES docs/reports.schema.json docs/snapshot.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/oru)
 install(PROGRAMS examples/read_report.py DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
-# Only our own client answers from snapshots.
-if(ORU_CLIENT STREQUAL snapshot)
-    install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
-            FILES_MATCHING PATTERN *.json)
-endif()
-
+install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
+        FILES_MATCHING PATTERN *.json)
 install(DIRECTORY packaging/prometheus/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/prometheus
         FILES_MATCHING PATTERN *.yml)
 
@@ -39,12 +35,13 @@ install(CODE "
     set(oru_client ${ORU_CLIENT})")
 install(SCRIPT cmake/install-units.cmake)
 
-# bash looks for a file named after the command.
+# bash looks for a file with the name of the command.
 foreach(command oru-serverreport-tool oru-snapshot oru-tlm-tool)
     install(FILES packaging/completions/oru.bash
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${command})
 endforeach()
-# zsh keeps the functions of packages and those of the machine's owner in different places.
+# zsh looks in different places for functions from packages and for those that the administrator
+# installs.
 install(CODE "
     set(directory site-functions)
     if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
@@ -54,7 +51,8 @@ install(CODE "
          DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${directory}\")")
 
 if(ORU_CLIENT STREQUAL snapshot)
-    # Who links the libraries need not optimise the whole program, nor with our compiler.
+    # The installed libraries also contain machine code: a program that links them need be built
+    # neither with link-time optimization nor with our compiler.
     if(CMAKE_INTERPROCEDURAL_OPTIMIZATION)
         foreach(library oru qwire)
             target_compile_options(${library} PRIVATE -ffat-lto-objects)
@@ -66,7 +64,11 @@ if(ORU_CLIENT STREQUAL snapshot)
             LIBRARY COMPONENT client EXCLUDE_FROM_ALL)
     install(FILES src/video/oru.h src/video/qwire.h
             DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/oru COMPONENT client EXCLUDE_FROM_ALL)
-    # The .pc files find their prefix from where they lie, so that it need not be known here.
+    # qwire.h includes it as "snapshot/value.h".
+    install(FILES src/snapshot/value.h
+            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/oru/snapshot COMPONENT client EXCLUDE_FROM_ALL)
+    # The .pc files give the prefix relative to their own folder, because it is not known before
+    # installation.
     file(RELATIVE_PATH ORU_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
     foreach(library oru qwire)
         configure_file(packaging/pkgconfig/${library}.pc.in ${library}.pc @ONLY)

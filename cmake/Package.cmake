@@ -1,5 +1,5 @@
-# The Debian package, `cpack --preset release`, and the archive of the static programs for any Linux,
-# `cpack --preset static`; both checked by scripts/test-package.
+# Packages: `cpack --preset release` makes the Debian package, `cpack --preset static` the archive of the
+# static programs for any Linux. scripts/test-package checks both.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME oru-cgi-applet)
 set(CPACK_PACKAGE_VENDOR "The oru-cgi-applet developers")
@@ -27,7 +27,7 @@ if(ORU_CROSS)
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${ORU_CROSS})
 endif()
 
-# The same sources make the same bytes.
+# Builds of the same sources make the same bytes.
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/packaging/reproducible.cmake)
 
 if(ORU_STATIC)
@@ -35,7 +35,7 @@ if(ORU_STATIC)
     set(CPACK_PACKAGE_FILE_NAME
         oru-cgi-applet-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR})
     set(CPACK_PACKAGING_INSTALL_PREFIX /usr/local)
-    set(CPACK_SET_DESTDIR ON)  # the units name where they will lie, not where they are packed
+    set(CPACK_SET_DESTDIR ON)  # the units contain the path of the installed program
     set(CPACK_INSTALL_PREFIX /usr/local)
     set(CPACK_MONOLITHIC_INSTALL ON)
     set(CPACK_EXTERNAL_ENABLE_STAGING ON)
@@ -47,7 +47,7 @@ if(ORU_STATIC)
         list(APPEND CPACK_ORU_LINK_MAPS ${map})
     endforeach()
 else()
-    # What only Debian wants beside the installation: see packaging/debian/complete.cmake.
+    # Files that only the Debian package contains.
     set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/complete.cmake)
 endif()
 

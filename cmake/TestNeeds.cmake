@@ -1,4 +1,4 @@
-# Sets ORU_TESTS_LACK to what the tests need and this machine lacks; empty where they can be built and
+# Sets ORU_TESTS_LACK to what the tests require and this machine lacks: empty if they can be built and
 # run. `scripts/setup --test` installs all of it.
 set(ORU_TESTS_LACK "")
 foreach(file /usr/src/googletest/CMakeLists.txt /usr/include/nlohmann/json.hpp)
@@ -7,7 +7,7 @@ foreach(file /usr/src/googletest/CMakeLists.txt /usr/include/nlohmann/json.hpp)
     endif()
 endforeach()
 
-# What runs beside the programs; another machine's programs run alone.
+# Programs that tests start. When cross-compiling, tests start only ours.
 if(NOT CMAKE_CROSSCOMPILING)
     foreach(program bash man mandoc valgrind zsh)
         find_program(found ${program} NO_CACHE)

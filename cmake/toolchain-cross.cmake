@@ -1,5 +1,5 @@
-# clang 19 with libc++ for another processor, ORU_CROSS: arm64, armhf or s390x, as Debian names them.
-# Debian's packages for it lie beside those of the machine that builds: libc6-dev, libgcc-12-dev,
+# clang 19 with libc++ for the processor ORU_CROSS: arm64, armhf or s390x, Debian's names. Requires
+# Debian's packages for that processor beside those of the building machine: libc6-dev, libgcc-12-dev,
 # libc++-19-dev, libc++abi-19-dev and libglib2.0-dev, each as :arm64 and so on.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ORU_CROSS)
 set(processor_arm64 aarch64)
@@ -18,7 +18,7 @@ set(CMAKE_SYSTEM_PROCESSOR ${processor_${ORU_CROSS}})
 set(CMAKE_LIBRARY_ARCHITECTURE ${triplet})
 foreach(language C CXX)
     set(CMAKE_${language}_COMPILER_TARGET ${triplet})
-    # Any archiver will do: lld needs no index.
+    # lld needs no index of an archive, so any archiver works.
     set(CMAKE_${language}_COMPILER_AR /usr/bin/ar)
     set(CMAKE_${language}_COMPILER_RANLIB /usr/bin/ranlib)
 endforeach()
@@ -29,5 +29,5 @@ foreach(kind EXE MODULE SHARED)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT -fuse-ld=lld)
 endforeach()
 
-# Only the target's libraries are looked for.
+# CMake finds libraries of the target only.
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/${triplet}/pkgconfig:/usr/share/pkgconfig)

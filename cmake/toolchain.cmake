@@ -1,5 +1,5 @@
-# The presets' compiler: $CC and $CXX when set, else clang 19 with libc++ where that is installed
-# (Debian 12), else g++ 14 (Debian 13). What was taken is said; what it lacks, CheckToolchain says.
+# The presets' compiler: $CC and $CXX if set, otherwise clang 19 with libc++ if installed (Debian 12),
+# otherwise g++ 14 (Debian 13). CheckToolchain.cmake reports what it lacks.
 if(DEFINED ENV{CXX} OR CMAKE_CXX_COMPILER)
     return()
 endif()
@@ -10,8 +10,7 @@ if(ORU_CLANGXX AND EXISTS /usr/lib/llvm-19/include/c++/v1/format)
     set(CMAKE_C_COMPILER clang-19)
     set(CMAKE_CXX_COMPILER ${ORU_CLANGXX})
     set(CMAKE_CXX_FLAGS_INIT -stdlib=libc++)
-    # Binutils' archiver is enough where llvm's, of 80 MB, is not installed: lld needs no index in an
-    # archive of what is still to be optimised.
+    # lld needs no index of an archive, so binutils' archiver works if llvm's (80 MB) is not installed.
     find_program(ORU_LLVM_AR llvm-ar-19)
     if(NOT ORU_LLVM_AR)
         find_program(ORU_AR ar REQUIRED)

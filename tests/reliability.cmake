@@ -1,24 +1,24 @@
-# The tests that docs/reliability.md tells about, beside those that show what the tools print.
+# The tests that docs/reliability.md describes, except those of what the tools print.
 if(NOT ORU_MUTATE)
     add_subdirectory(fuzz)
 endif()
 
-# Every report number.
+# All 32-bit numbers of reports; ctest runs a sample.
 add_executable(every-number report/every_number.cpp)
 target_link_libraries(every-number PRIVATE report oru-warnings)
 add_test(NAME every-number.sample COMMAND every-number 4001)
 
-# Every write, every argument.
+# Writes that fail, and arguments of all forms.
 oru_add_tool_test(arguments_test SOURCES applet/arguments_test.cpp)
 oru_add_tool_test(writes_test SOURCES applet/writes_test.cpp)
 
-# Snapshots that nobody means well.
+# Hostile snapshots.
 if(ORU_CLIENT STREQUAL snapshot)
     oru_add_test(hostile_snapshot_test SOURCES snapshot/hostile_snapshot_test.cpp LIBS run-tools oru)
 endif()
 
-# What is given back: objects counted from outside, and memory watched by valgrind, which a
-# sanitizer's own watching rules out.
+# Leak tests: a preloaded library counts live objects, and valgrind checks memory (sanitizer builds check
+# it themselves).
 oru_add_tool_test(live_objects_test SOURCES applet/live_objects_test.cpp)
 find_program(VALGRIND valgrind)
 if(VALGRIND AND NOT ORU_SANITIZE AND NOT ORU_COVERAGE)

@@ -99,9 +99,6 @@ class value {
 // without loss.
 template <class T>
 std::optional<T> widened(const value& value) noexcept {
-    if (const auto same = value.get_if<T>()) {
-        return same;
-    }
     if constexpr (std::is_arithmetic_v<T>) {
         if (const auto narrow = value.get_if<std::uint16_t>()) {
             return *narrow;
@@ -110,7 +107,7 @@ std::optional<T> widened(const value& value) noexcept {
             return *narrow;
         }
     }
-    return std::nullopt;
+    return value.get_if<T>();
 }
 
 struct entry {

@@ -1,10 +1,11 @@
 #!/bin/sh
-# Installs the build into an empty prefix, with and without DESTDIR, and runs the installed tools.
-# usage: install_test.sh CMAKE BUILD
+# Installs the build into an empty prefix, with and without DESTDIR, and uses what is there.
+# usage: install_test.sh CMAKE BUILD COMPILER...: a C++ compiler with the flags of the build
 set -eu
 
 cmake=$1
 build=$2
+shift 2
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
@@ -90,11 +91,23 @@ use "$scratch/stage/usr"
 "$cmake" --install "$build" --component client --prefix "$scratch/client" >/dev/null
 same 'files of the client' 'include/oru/oru.h
 include/oru/qwire.h
+include/oru/snapshot/value.h
 liboru.a
 libqwire.a
 pkgconfig/oru.pc
 pkgconfig/qwire.pc' "$(files "$scratch/client" | sed 's:^lib/\([^/]*-linux-gnu[^/]*/\)\{0,1\}::')"
-# The libraries contain machine code, not only the input of one compiler's link-time optimiser.
+# Each header alone, in a folder without others, with the flags of its own .pc file.
+(
+    cd "$scratch/stage"
+    PKG_CONFIG_PATH=$(find "$scratch/client" -name pkgconfig)
+    export PKG_CONFIG_PATH
+    for library in oru qwire; do
+        # shellcheck disable=SC2046 # several flags
+        echo "#include <$library.h>" |
+            "$@" -std=c++23 -x c++ -fsyntax-only -Wall -Wextra -Werror $(pkg-config --cflags $library) -
+    done
+) || fail 'the headers of the client do not compile'
+# Machine code, not only what one compiler's link-time optimiser reads.
 for symbol in liboru.a:oru_map_new libqwire.a:_ZNK2qw3map4sizeEv; do
     library=$(find "$scratch/client" -name "${symbol%:*}")
     readelf -W -s "$library" 2>/dev/null | grep -q "FUNC .* ${symbol#*:}\$" ||

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds and installs our client libraries as shared libraries, like those of a device. Then builds the
-# project against them like the release preset, and runs its programs with the test programs in TESTS.
+# Builds and installs our client libraries as a device has its own: shared. Builds the programs with
+# these, as in the release preset, and runs the test programs in TESTS on them.
 # usage: system_client_test.sh CMAKE TESTS SOURCE CACHE
 # CACHE is the initial cache of all builds: compiler and flags.
 set -eu
@@ -20,7 +20,17 @@ PKG_CONFIG_PATH=$(find "$scratch/device" -type d -name pkgconfig)
 LD_LIBRARY_PATH=$(dirname "$PKG_CONFIG_PATH")
 export PKG_CONFIG_PATH LD_LIBRARY_PATH
 
-# The sources without our client, so that the build can only use the installed one.
+# What the libraries contain of src/snapshot, no program may call, nor the reverse.
+exports() {
+    nm -D -C --defined-only "$LD_LIBRARY_PATH/lib$1.so" | cut -d ' ' -f 3-
+}
+if exports oru | grep -v -e '^oru_' -e '^replay::answers_origin()$' || exports qwire | grep -v '^qw::map::' ||
+    [ "$(exports oru | grep -c '^replay::')" -ne 1 ] || ! exports qwire | grep -q '^qw::map::size() const$'; then
+    echo 'system_client_test: a library exports another symbol, or one too few' >&2
+    exit 1
+fi
+
+# The sources without our client library: only the installed one can be found.
 mkdir "$scratch/source"
 (cd "$source" && tar -c --exclude=./build --exclude=./.git --exclude=./src/replay \
     --exclude=./src/video/oru.h --exclude=./src/video/qwire.h .) | tar -x -C "$scratch/source"
@@ -29,12 +39,12 @@ mkdir "$scratch/source"
     -B "$scratch/build" >/dev/null
 "$cmake" --build "$scratch/build"
 echo dispatch tlm serverreport golden device snapshot_program arguments writes | tr ' ' '\n' |
-    ORU_TEST_BIN_DIR=$scratch/build/bin xargs -P 2 -I NAME env "$tests/NAME_test" --gtest_brief=1
-# Configuring such a build with tests works. Its tests are those that just ran.
+    xargs -P 2 -I NAME env ORU_TEST_BIN_DIR="$scratch/build/bin" "$tests/NAME_test" --gtest_brief=1
+# Such a build can be configured with its tests.
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=ON -S "$scratch/source" \
     -B "$scratch/tests" >/dev/null
 
-# The program must use the C++ library of the client libraries: two copies in one process conflict.
+# The program must share the C++ library of the client libraries.
 if ! readelf -W -d "$scratch/build/bin/oru-cgi-applet" | grep -Eq 'NEEDED.*\[lib(std)?c\+\+\.so'; then
     echo 'system_client_test: the program does not share its C++ library' >&2
     exit 1

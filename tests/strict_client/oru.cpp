@@ -102,8 +102,10 @@ std::string described(gconstpointer object) {
 // Returns the map `part` of the object.
 OruMap* map_of(const call& made, const answer<qw::map>& recorded_answer, gconstpointer object,
                const char* part, GError** error) {
-    const qw::map* entries =
-        recorded(made, recorded_answer, described(object) + ": " + part, error);
+    // "stream 3: settings", but "system caps": there is one system.
+    const std::string name = described(object);
+    const std::string what = name + (name.contains(' ') ? ": " : " ") + part;
+    const qw::map* entries = recorded(made, recorded_answer, what, error);
     return entries == nullptr ? nullptr
                               : made.gives_object(new_map(name_of(object) + ' ' + part, *entries));
 }

@@ -1,21 +1,21 @@
-# Tests that run the tools, run on the client that forgives nothing too.
+# The tests that run the tools also run with the second client library.
 add_dependencies(run-tools strict-applet)
 set(strict ENVIRONMENT ORU_TEST_BIN_DIR=${ORU_STRICT_BIN_DIR})
 foreach(test dispatch_test tlm_test serverreport_test failure_matrix_test golden_test arguments_test
              live_objects_test device_test probe_test snapshot_program_test)
     oru_discover_tests(${test} strict.${test} PROPERTIES ${strict})
 endforeach()
-# Of those about lost output the one in which writes fail in the middle of sections.
+# Of the tests of lost output, only the one in which writes fail in the middle of sections.
 oru_discover_tests(writes_test strict.writes_test FILTER writes.to_a_device_that_is_full
     PROPERTIES ${strict})
-# With getters that widen nothing, where the kind of a number that a section reads decides.
+# Again with getters that widen nothing: sections that depend on a number's kind must read it natively.
 foreach(test tlm_test serverreport_test failure_matrix_test golden_test)
     oru_discover_tests(${test} exact.${test}
         FILTER -*widen*:*of_another_kind*:*_tool*.*:previous_assertions.*:channels.*:available_resolutions.*
         PROPERTIES ${strict} ENVIRONMENT_MODIFICATION ORU_STRICT_EXACT=set:1)
 endforeach()
 
-# What the sections ask of it.
+# The calls that the sections make.
 oru_add_tool_test(calls_test
     SOURCES calls/available_resolutions_test.cpp
             calls/command_line_test.cpp
@@ -33,13 +33,18 @@ oru_add_tool_test(calls_test
             support/calls.cpp)
 target_compile_definitions(calls_test PRIVATE ORU_STRICT_BIN_DIR="${ORU_STRICT_BIN_DIR}")
 
-# That the client does not forgive.
+# The second client library itself: it ends the process on each mistake.
 oru_add_test(strict_client_test SOURCES strict_client/strict_client_test.cpp LIBS strict-client)
 
-# Devices of all kinds, asked about everything.
+# oru-snapshot on random devices.
 add_test(NAME strict.random_devices
          COMMAND /usr/bin/python3 ${CMAKE_CURRENT_SOURCE_DIR}/snapshot_tool/random_devices_test.py
                  ${PROJECT_SOURCE_DIR} ${ORU_STRICT_BIN_DIR} 61 60)
+
+# FILE and the same snapshot as this client library answers from it.
+add_test(NAME strict.file
+         COMMAND /usr/bin/python3 ${CMAKE_CURRENT_SOURCE_DIR}/snapshot_tool/file_test.py
+                 ${PROJECT_SOURCE_DIR} ${ORU_STRICT_BIN_DIR} another 41 40)
 
 # oru-probe reports each fault, and nothing departs without one, on both clients.
 oru_add_tool_test(probe_faults_test SOURCES probe/faults_test.cpp PROPERTIES ${strict})
@@ -48,13 +53,13 @@ add_test(NAME strict.random_probes
                  ${CMAKE_CURRENT_SOURCE_DIR}/model 501 60 ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
                  ${ORU_STRICT_BIN_DIR})
 
-# What they print, held against the model.
+# The reports, compared with the model.
 add_test(NAME strict.model
          COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/model/compare.py
                  ${ORU_STRICT_BIN_DIR} $<TARGET_FILE:redirect-etc-oru> 301 ${model_snapshots})
 set_tests_properties(strict.model PROPERTIES PROCESSORS 2)
 
-# What it answers, recorded through it and given back by ours.
+# Recordings made through it and replayed by ours.
 if(ORU_CLIENT STREQUAL snapshot AND CMAKE_BUILD_TYPE STREQUAL Release)
     add_test(NAME strict.recordings
              COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/model/compare_recordings.py

@@ -11,6 +11,7 @@
 
 #include "snapshot/printable.h"
 #include "snapshot_tool/columns.h"
+#include "snapshot_tool/command.h"
 #include "snapshot_tool/description.h"
 #include "snapshot_tool/device.h"
 #include "snapshot_tool/figures.h"

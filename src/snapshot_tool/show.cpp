@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "snapshot_tool/command.h"
 #include "snapshot_tool/description.h"
 #include "snapshot_tool/device.h"
 #include "snapshot_tool/figures.h"

@@ -268,13 +268,13 @@ void output_get_settings(const video_service& service, query_checker& checker) {
     check_map(checker, "", service.output, oru_output_get_settings);
 }
 
-struct query {
+struct query_check {
     const char* name;
     void (*check)(const video_service& service, query_checker& checker);
 };
 
 // In the order in which `oru-snapshot record` runs them.
-constexpr query queries[] = {
+constexpr query_check checks[] = {
     {"oru_system_new", system_new},
     {"oru_system_get_caps", system_get_caps},
     {"oru_mode_new", mode_new},
@@ -319,10 +319,10 @@ bool query_verdict::has_passed() const {
 
 query_verdicts check_queries(const video_service& service) {
     query_verdicts results;
-    for (const query& query : queries) {
-        query_verdict result{.name = query.name};
+    for (const query_check& each : checks) {
+        query_verdict result{.name = each.name};
         query_checker checker(result, results.first_failure);
-        query.check(service, checker);
+        each.check(service, checker);
         results.all.push_back(result);
     }
     return results;

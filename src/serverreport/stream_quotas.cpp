@@ -17,7 +17,7 @@
 
 namespace {
 
-struct figure {
+struct quota_member {
     const char* name;  // in the report
     const char* key;   // in the map
 };
@@ -67,9 +67,9 @@ owned_object<OruMap> figures_in_use() {
 
 // Prints the line of one array's object. Returns false and prints nothing if it cannot be written
 // as JSON.
-bool print_figures(OruMap* map, std::initializer_list<figure> figures) {
+bool print_object(OruMap* map, std::initializer_list<quota_member> members) {
     std::map<std::string_view, std::string> object;
-    for (const auto& [name, key] : figures) {
+    for (const auto& [name, key] : members) {
         object[name] = std::to_string(oru_map_get_uint32(map, key, 0));
     }
     std::string text;
@@ -99,34 +99,34 @@ void print_stream_quotas() {
     print_section_header("Stream Quotas and Limits");
     print("{\n");
     print("    \"streammaximumquota\" : [\n");
-    if (!print_figures(quota.get(), {{"hard", "global.hard.limit"},
-                                     {"soft", "global.soft.limit"},
-                                     {"buffering", "global.buffering.limit"}})) {
+    if (!print_object(quota.get(), {{"hard", "global.hard.limit"},
+                                    {"soft", "global.soft.limit"},
+                                    {"buffering", "global.buffering.limit"}})) {
         return;
     }
     print("    ],\n");
     print("\n");
     if (debug != nullptr) {
         print("    \"streamcurrentquota\" : [\n");
-        if (!print_figures(debug.get(),
-                           {{"hard", "global.capacity"}, {"soft", "global.capacity"}})) {
+        if (!print_object(debug.get(),
+                          {{"hard", "global.capacity"}, {"soft", "global.capacity"}})) {
             return;
         }
         print("    ],\n");
         print("\n");
     }
     print("    \"streammaximumlimits\" : [\n");
-    if (!print_figures(limit.get(), {{"encode", "global.max.streams.limit.encoded"},
-                                     {"other", "global.max.streams.limit.encoded"}})) {
+    if (!print_object(limit.get(), {{"encode", "global.max.streams.limit.encoded"},
+                                    {"other", "global.max.streams.limit.encoded"}})) {
         return;
     }
     if (debug != nullptr) {
         print("    ],\n");
         print("\n");
         print("    \"streamcurrentlimits\" : [\n");
-        if (!print_figures(debug.get(), {{"motion encoded", "global.encoded.peers"},
-                                         {"jpeg", "global.encoded.jpeg.peers"},
-                                         {"other", "global.raw.peers"}})) {
+        if (!print_object(debug.get(), {{"motion encoded", "global.encoded.peers"},
+                                        {"jpeg", "global.encoded.jpeg.peers"},
+                                        {"other", "global.raw.peers"}})) {
             return;
         }
     }

@@ -100,11 +100,11 @@ class value {
 template <class T>
 std::optional<T> widened(const value& value) noexcept {
     if constexpr (std::is_arithmetic_v<T>) {
-        if (const auto narrow = value.get_if<std::uint16_t>()) {
-            return *narrow;
+        if (value.kind() == kind::uint16) {
+            return static_cast<T>(*value.get_if<std::uint16_t>());
         }
-        if (const auto narrow = value.get_if<std::uint32_t>()) {
-            return *narrow;
+        if (value.kind() == kind::uint32) {
+            return static_cast<T>(*value.get_if<std::uint32_t>());
         }
     }
     return value.get_if<T>();

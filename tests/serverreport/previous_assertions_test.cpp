@@ -184,7 +184,6 @@ TEST(previous_assertions, a_record_beyond_the_memory) {
 }
 #endif
 
-#ifndef ORU_TEST_SANITIZED  // a sanitizer's own allocator cannot be made to fail
 TEST(previous_assertions, memory_that_runs_out_is_an_exception_of_the_tool) {
     const temp_directory directory;
     directory.write("dsp-assertion", std::string(200000, ' '));
@@ -195,7 +194,6 @@ TEST(previous_assertions, memory_that_runs_out_is_an_exception_of_the_tool) {
     what.environment.emplace_back("ORU_TEST_MALLOC_LIMIT=110000");
     EXPECT_EQ(run(what), ended(1, "", "oru-serverreport-tool: Exception std::bad_alloc\n"));
 }
-#endif
 
 // A lost line on standard error is an exception like one on standard output.
 TEST(previous_assertions, a_lost_error_line_ends_the_run) {

@@ -85,7 +85,8 @@ void __wrap_g_option_context_add_main_entries(GOptionContext* context, const GOp
 }
 
 std::size_t __wrap_fwrite(const void* text, std::size_t size, std::size_t count, std::FILE* file) {
-    if (file == stdout && strict::is_logged()) {
+    // The C++ library writes nothing, in no bytes, when the process ends.
+    if (file == stdout && size * count > 0 && strict::is_logged()) {
         strict::log("fwrite(" + strict::quoted({static_cast<const char*>(text), size * count}) +
                     ')');
     }

@@ -428,6 +428,10 @@ outcome<std::optional<resolution>> size_of(const stream& stream) {
         });
 }
 
+bool has_signal(const input& input) {
+    return input.state && input.state->capture && *input.state->capture != resolution{};
+}
+
 figure in_use(const device& device, figure usage::* member) {
     if (device.streams) {
         for (const stream& stream : *device.streams) {

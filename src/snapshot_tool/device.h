@@ -107,6 +107,9 @@ struct input {
     outcome<input_state> state;
 };
 
+// Returns whether the input can be opened and captures pictures that are not 0x0.
+bool has_signal(const input& input);
+
 struct output_settings {
     bool is_enabled;
     figure vic;

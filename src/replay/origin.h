@@ -13,8 +13,8 @@ struct origin {
     std::optional<std::string> recorded = {};  // when it was recorded, such as 2026-11-22T07:14:32Z
 };
 
-// Returns the origin of all answers, or nothing if no snapshot can be read or another client library
-// answers.
+// Returns the origin of all answers, or nothing if no snapshot can be read or another client
+// library answers.
 __attribute__((visibility("default"))) std::optional<origin> answers_origin();
 
 }  // namespace replay

@@ -98,8 +98,7 @@ void reader::read() {
         {"version", [](reader& in, answers&) { in.read_version(); }},
         {"about",
          [](reader& in, answers& answers) { answers.about = in.in_.string("a text").text; }},
-        {"recorded",
-         [](reader& in, answers& answers) { answers.recorded = in.read_recorded(); }},
+        {"recorded", [](reader& in, answers& answers) { answers.recorded = in.read_recorded(); }},
         {"system", [](reader& in, answers& answers) { answers.system = in.read_system(); }},
         {"mode", [](reader& in, answers& answers) { answers.mode = in.read_mode(); }},
         {"stream", [](reader& in, answers&) { in.read_streams(); }},
@@ -145,8 +144,9 @@ void reader::read_version() {
         constexpr std::size_t longest = 20;
         std::string newer(digits.substr(0, longest));
         newer += digits.size() > longest ? "..." : "";
-        throw complaint{digits.data(), "version " + newer + " of the format is newer than version " +
-                                           own + ", the newest that this program reads"};
+        throw complaint{digits.data(), "version " + newer +
+                                           " of the format is newer than version " + own +
+                                           ", the newest that this program reads"};
     }
     if (digits != own) {
         throw complaint{digits.data(), expected("the version of the format, " + own)};

@@ -7,8 +7,8 @@
 namespace snapshot_tool {
 
 struct recording_options {
-    const char* about = nullptr;  // a text for people, or NULL
-    bool is_redacted = false;     // whether personal data is replaced
+    const char* about = nullptr;                    // a text for people, or NULL
+    bool is_redacted = false;                       // whether personal data is replaced
     std::optional<std::string> redaction_key = {};  // its bytes
 };
 

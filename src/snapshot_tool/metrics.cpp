@@ -25,7 +25,7 @@ std::optional<int> metrics(int argc, char** argv) {
         return std::nullopt;
     }
     const char* file = optind < argc ? argv[optind] : nullptr;
-    if (file != nullptr && !is_file_name(file)) {
+    if (!may_open(out) || (file != nullptr && !is_file_name(file))) {
         return 2;
     }
     const device figures = figures_of(take_snapshot(file));

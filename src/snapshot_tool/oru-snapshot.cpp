@@ -1,11 +1,13 @@
 // The program oru-snapshot: runs the command that its first argument names.
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "snapshot/printable.h"
 #include "snapshot_tool/command.h"
 
 namespace {
@@ -61,6 +63,7 @@ std::optional<int> run(std::span<char*> arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit on file sizes fails instead
     try {
         const auto status = run({argv, static_cast<std::size_t>(argc)});
         if (!status) {
@@ -68,7 +71,8 @@ int main(int argc, char** argv) {
         }
         return status.value_or(2);
     } catch (const std::exception& exception) {
-        std::fprintf(stderr, "oru-snapshot: %s\n", exception.what());
+        // Messages contain texts of the service and names of files.
+        std::fprintf(stderr, "oru-snapshot: %s\n", snapshot::printable(exception.what()).c_str());
         return 1;
     }
 }

@@ -37,6 +37,9 @@ std::optional<int> record(int argc, char** argv) {
     if (optind < argc) {
         return std::nullopt;
     }
+    if (file != nullptr && !may_open(file)) {
+        return 2;
+    }
 
     const std::string text = record_service(options);
     if (file != nullptr && std::string_view(file) != "-") {

@@ -1,16 +1,15 @@
 #include <cstdio>
+#include <limits>
 
 #include "snapshot_tool/command.h"
 
 namespace snapshot_tool {
+namespace {
 
-std::optional<int> check(int argc, char** argv) {
-    if (argc < 2) {
-        return std::nullopt;
-    }
+int run(std::span<const char* const> files) {
     int status = 0;
-    for (int i = 1; i < argc; ++i) {
-        const char* path = path_of(argv[i]);
+    for (const char* file : files) {
+        const char* path = path_of(file);
         if (const auto loaded = snapshot::load(path)) {
             std::printf("%s: ok\n", path);
         } else {
@@ -20,5 +19,18 @@ std::optional<int> check(int argc, char** argv) {
     }
     return finish(status);
 }
+
+}  // namespace
+
+const command check{
+    .name = "oru-snapshot check",
+    .arguments = "FILE...",
+    .fewest_arguments = 1,
+    .most_arguments = std::numeric_limits<std::size_t>::max(),
+    .summary = "Checks whether each FILE is a snapshot.",
+    .example = "oru-snapshot check gate4.json",
+    .manual = "oru-snapshot(1)",
+    .run = run,
+};
 
 }  // namespace snapshot_tool

@@ -17,16 +17,6 @@ TEST(check, reads_every_file) {
     EXPECT_EQ(oru_snapshot({"check", bad}), ended(1, "", wrong));
     EXPECT_EQ(oru_snapshot({"check", bad, good, "/nowhere", good}),
               ended(1, ok + ok, wrong + "/nowhere: No such file or directory\n"));
-    EXPECT_EQ(oru_snapshot({"check", ""}), ended(1, "", ": No such file or directory\n"));
-    EXPECT_EQ(oru_snapshot({"check", "--help"}),
-              ended(1, "", "--help: No such file or directory\n"));
-}
-
-TEST(check, requires_a_file) {
-    const result got = oru_snapshot({"check"});
-    EXPECT_EQ(got.status, 2);
-    EXPECT_TRUE(got.err.starts_with("Usage: oru-snapshot check FILE...\n")) << got;
-    EXPECT_EQ(got.out, "");
 }
 
 TEST(check, reads_standard_input) {

@@ -80,6 +80,9 @@ int parse_and_run(const command& command, int argc, char** argv) {
     if (error != nullptr) {
         std::string message = snapshot::printable(error->message);
         message.front() = g_ascii_tolower(message.front());
+        if (g_error_matches(error.get(), G_OPTION_ERROR, G_OPTION_ERROR_FAILED) != FALSE) {
+            message += ": its value must be the next argument";  // -oFILE
+        }
         throw wrong_usage(message);
     }
     if (is_help_wanted != FALSE) {

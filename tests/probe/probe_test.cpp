@@ -14,7 +14,7 @@ TEST(oru_probe, prints_help_and_version) {
 
 Checks the client libraries through which it queries the video service.
 
-Application Options:
+Options:
   --version      Show the version
   -h, --help     Show this help
 

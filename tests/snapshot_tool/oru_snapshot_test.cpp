@@ -29,7 +29,7 @@ TEST(oru_snapshot, explains_each_command) {
 
 Prints figures for Prometheus. Without FILE, queries the video service.
 
-Application Options:
+Options:
   -o, --output=OUT     Write into OUT, not to standard output
   -h, --help           Show this help
 
@@ -81,7 +81,8 @@ TEST(oru_snapshot, says_what_is_wrong_with_a_command_line) {
               "oru-snapshot metrics: missing argument for -o\n"
               "Try 'oru-snapshot metrics --help'.\n"},
              {{"metrics", "-oout", "x"},
-              "oru-snapshot metrics: unknown option -oout\nTry 'oru-snapshot metrics --help'.\n"},
+              "oru-snapshot metrics: error parsing option -o: its value must be the next argument\n"
+              "Try 'oru-snapshot metrics --help'.\n"},
              {{"record", "--about", "--redact=x", "--redact=no"},
               "oru-snapshot record: option --redact takes no value\n"
               "Try 'oru-snapshot record --help'.\n"},

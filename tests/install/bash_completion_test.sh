@@ -47,7 +47,7 @@ completes 'oru-snapshot show --h' --help
 
 # The help and the completion have the same commands and options.
 options_of() { "$@" --help | grep -o -E -e '--[a-z-]+' | sort -u; }
-mapfile -t commands < <("$tools/oru-snapshot" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\).*/\1/p')
+mapfile -t commands < <("$tools/oru-snapshot" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]\+\).*/\1/p')
 mapfile -t options < <(options_of "$tools/oru-snapshot")
 completes 'oru-snapshot ' "${commands[@]}" "${options[@]}"
 for command in "${commands[@]}"; do

@@ -73,7 +73,7 @@ completes 'oru-snapshot record --redact -o o' 'oru-snapshot record --redact -o o
 lists 'oru-tlm-tool --' '--stream-max-stats --system-info --identity-info --help'
 lists 'oru-serverreport-tool --' "--list-streams --stream-quotas --list-output --list-channels \
 --list-resolutions --list-available-resolutions --list-inputs --help"
-lists 'oru-snapshot record --' '--help --output --about --redact'
+lists 'oru-snapshot record --' '--help --redact --output --about'
 lists 'oru-snapshot show -' '-h --help'
 zpty -d shell
 (( failed )) || print "zsh_completion_test: all completions are as expected"

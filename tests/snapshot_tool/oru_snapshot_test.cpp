@@ -97,7 +97,7 @@ TEST(oru_snapshot, takes_options_before_and_after_a_file_and_files_like_options)
     const std::string out = scratch.path() + "/figures\xff";
     const result got = oru_snapshot({"metrics", file, "-o", out});
     EXPECT_EQ(oru_snapshot({"metrics", "--output=" + out, file}), got);
-    EXPECT_EQ(got, ended(0, "", "oru-snapshot: system not recorded\n"));
+    EXPECT_EQ(got, ended(0, "", "oru-snapshot: streams not recorded\n"));
     EXPECT_EQ(oru_snapshot({"check", "--", "-o"}), ended(1, "", "-o: No such file or directory\n"));
 }
 

@@ -1,15 +1,15 @@
 #!/usr/bin/python3
-"""Reads what oru-tlm-tool or oru-serverreport-tool printed and prints its sections as one JSON array,
-an object a section, each on a line of its own:
+"""Reads what oru-tlm-tool or oru-serverreport-tool printed, and prints its sections as a JSON array with
+one object for each section, on a line of its own:
 
-    title     the header's; stream-max-stats, system-info or identity-info where there is no header;
-              null for what stands in a section's place, such as "No channels."
-    text      the section as it was printed: the texts joined are the input, byte for byte (bytes that
-              are no UTF-8 as Python's "surrogateescape" has them, escaped in the JSON)
-    document  what the section says, or null when it breaks off or is not JSON
+    title     the title in the header; stream-max-stats, system-info or identity-info if there is no header;
+              null for lines in place of a section, such as "No channels."
+    text      the section as it was printed: the joined texts are the input, byte for byte (a byte that
+              is not valid UTF-8 as Python's "surrogateescape" has it, escaped in the JSON)
+    document  the contents of the section, or null if it breaks off or is not JSON
     failure   the line that breaks it off, or what is wrong with it, or null
 
-oru-reports(5) says what the documents hold, and what cannot be told apart."""
+oru-reports(5) describes the documents, and what cannot be told apart."""
 
 import argparse
 import json
@@ -28,14 +28,14 @@ def titled(title, opening, closing=r"^    \]\n\}$", line_feeds=1):
 
 
 def lines(none, failed):
-    """What is printed in a section's place. GLib marks a message that is not UTF-8."""
+    """Lines in place of a section. GLib marks a message that is not valid UTF-8."""
     return [Kind(None, "", line) for line in (none, failed, "[Invalid UTF-8] " + failed)]
 
 
 NO_CHANNELS = lines("No channels.", "Failed to get all channels: ")
 NO_INPUTS = [*lines("No inputs.", "Failed to get inputs: "), Kind(None, "", "Failed to create new OruMap.")]
 
-# In the order in which they are printed; what is printed for one switch in one row.
+# In the order in which they are printed, with one row for each option.
 ROWS = [
     [Kind("stream-max-stats", "", "MaxBufferBytes=", "^Version=1$")],
     [Kind("system-info", "", '{\n    "inputs": ', r"^\}$")],
@@ -57,14 +57,14 @@ BREAK = re.compile(
 
 NO_VALUE = re.compile(r'^    "(capturemodes|viewmode)": (?=,?$)', re.M)
 
-# A histogram is pasted as it stands: it ends where the next one, or the next element, begins.
+# A histogram is pasted unchanged: it ends where the next one, or the next element, begins.
 HISTOGRAM = re.compile(
     r'"(tlm\[[0-7]\]\.reclaim_histogram)":(\[(?:(?!"tlm\[[0-7]\]\.reclaim_histogram":\[).)*?\])'
     r'(?=,"tlm\[[0-7]\]\.reclaim_histogram":\[|\} \}(,\n        \{ "id/0x|\n    \]\n\}))', re.S)
 
 
 def number(digits):
-    """A whole number as such in any form (3e+1 is 30); what no double can hold as text."""
+    """A whole number as an integer, in any form (3e+1 is 30); a number too large for a double as text."""
     if len(digits) <= 300 and digits.lstrip("-").isdigit():
         return int(digits)
     value = float(digits)
@@ -73,7 +73,7 @@ def number(digits):
     return int(value) if value.is_integer() and abs(value) < 2**53 else value
 
 
-# Control characters may stand in texts as they are; NaN and Infinity are no numbers, nor for int().
+# Accepts control characters in texts. NaN and Infinity are not numbers: int() rejects them.
 DECODER = json.JSONDecoder(parse_float=number, parse_int=number, parse_constant=int, strict=False)
 
 
@@ -87,7 +87,8 @@ def from_json(text):
 
 
 def read_document(title, text):
-    """Returns what a document says and what is wrong with it. Raises ValueError."""
+    """Returns the contents of a document, and what is malformed in it or None. Raises ValueError if it
+    is not JSON."""
     wrong = []
 
     def null_for(name):
@@ -116,7 +117,8 @@ def read_document(title, text):
 
 
 def section_at(report, at, row_before=-1):
-    """Returns the row and the kind of the section that begins there; of lines, in later rows only."""
+    """Returns the row and the kind of the section that begins at `at`, or -1 and None. Lines in place of
+    a section are found in later rows only."""
     for row, kinds in enumerate(ROWS):
         for kind in kinds:
             whole = kind.header + kind.opening
@@ -128,7 +130,7 @@ def section_at(report, at, row_before=-1):
 
 
 def next_section(report, start, row, before="\n"):
-    """Returns where the next section begins, beyond `start`, or the end."""
+    """Returns where the next section after `start` begins, or the end of the report."""
     for first in FIRST_BYTE.finditer(report, start + 1):
         at = first.start()
         if report.startswith(before, at - len(before)) and section_at(report, at, row)[1]:
@@ -137,7 +139,7 @@ def next_section(report, start, row, before="\n"):
 
 
 def read_section(report, at):
-    """Returns the end of the section that begins there, its title, its document and its failure."""
+    """Returns the end of the section that begins at `at`, its title, its document and its failure."""
     row, kind = section_at(report, at)
     if kind is None:
         return next_section(report, at, row), None, None, "not a section of a report"
@@ -162,7 +164,7 @@ def read_section(report, at):
         except ValueError as error:  # malformed, or closed by the end of a later section
             malformed = f"not JSON: {error}"
     end = next_section(report, start, row)
-    # One of these lines may also stand in the place of the inputs: then it is at the end.
+    # One of these lines may also be in place of the inputs: then it is at the end.
     broken = BREAK.search(report, start, max(end, report.find("\n", end)))
     if broken:
         end = next_section(report, broken.start(), row)
@@ -173,7 +175,7 @@ def read_section(report, at):
 
 
 def read_report(report):
-    """Returns the sections of a report, which is given as bytes."""
+    """Returns the sections of a report. `report` is bytes."""
     report = report.decode("utf-8", "surrogateescape")
     sections, at = [], 0
     while at < len(report):

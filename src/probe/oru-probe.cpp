@@ -1,5 +1,6 @@
 // The program oru-probe: makes all checks and prints one line for each.
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <span>
@@ -11,6 +12,7 @@
 #include "probe/queries.h"
 #include "probe/service.h"
 #include "probe/verdict.h"
+#include "snapshot/printable.h"
 
 namespace probe {
 namespace {
@@ -81,10 +83,11 @@ const command_line::command probe{
 }  // namespace probe
 
 int main(int argc, char** argv) {
+    std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit on file sizes fails instead
     try {
         return command_line::run(probe::probe, argc, argv);
     } catch (const std::exception& exception) {
-        std::fprintf(stderr, "oru-probe: %s\n", exception.what());
+        std::fprintf(stderr, "oru-probe: %s\n", snapshot::printable(exception.what()).c_str());
         return 1;
     }
 }

@@ -9,6 +9,8 @@
 
 #include <glaze/json/read.hpp>
 
+#include "snapshot/printable.h"
+
 namespace snapshot {
 namespace {
 
@@ -480,23 +482,11 @@ void json_reader::finish() {
 
 std::string quoted(std::string_view text) {
     constexpr std::size_t longest = 60;
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string out = "'";
     std::size_t length = std::min(text.size(), longest);
     while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
         --length;  // whole characters only
     }
-    for (const char c : text.substr(0, length)) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-            out += "\\u00";
-            out += digits[static_cast<unsigned char>(c) / 16];
-            out += digits[static_cast<unsigned char>(c) % 16];
-        } else {
-            out += c;
-        }
-    }
-    out += length < text.size() ? "...'" : "'";
-    return out;
+    return '\'' + printable(text.substr(0, length)) + (length < text.size() ? "...'" : "'");
 }
 
 }  // namespace snapshot

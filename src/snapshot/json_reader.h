@@ -156,8 +156,7 @@ class json_reader {
     std::string decoded_;  // of the string or value being read
 };
 
-// Returns the text in quotes for a complaint, with control characters escaped, at most one short
-// line.
+// Returns the text in quotes for a complaint: printable, and at most one short line.
 std::string quoted(std::string_view text);
 
 }  // namespace snapshot

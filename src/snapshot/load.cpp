@@ -1,5 +1,7 @@
 #include "snapshot/load.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <new>
 #include <utility>
@@ -26,25 +28,35 @@ std::string located(const std::string& text, const complaint& complaint) {
            complaint.reason;
 }
 
-}  // namespace
-
-loaded load(const std::string& path, const source_limits& limits) {
+// Reads the text with `read_text()`. Messages begin with `name`.
+template <class Read>
+loaded load_with(const std::string& name, const Read& read_text) {
     try {
-        auto content = read_source(path, limits);
+        auto content = read_text();
         if (!content) {
-            return std::unexpected(path + ": " + content.error());
+            return std::unexpected(name + ": " + content.error());
         }
         auto snapshot = std::make_shared<answers>();
         snapshot->text = std::move(*content);
         try {
             read(*snapshot);
         } catch (const complaint& complaint) {
-            return std::unexpected(path + located(snapshot->text, complaint));
+            return std::unexpected(name + located(snapshot->text, complaint));
         }
         return snapshot;
     } catch (const std::bad_alloc&) {
-        return std::unexpected(path + ": out of memory");
+        return std::unexpected(name + ": out of memory");
     }
+}
+
+}  // namespace
+
+loaded load(const std::string& path, const source_limits& limits) {
+    return load_with(path, [&] { return read_source(path, limits); });
+}
+
+loaded load_standard_input() {
+    return load_with("/dev/stdin", [] { return read_source(STDIN_FILENO, {}); });
 }
 
 }  // namespace snapshot

@@ -16,4 +16,8 @@ using loaded = std::expected<std::shared_ptr<const answers>, std::string>;
 // Reads and checks the snapshot at `path`.
 loaded load(const std::string& path, const source_limits& limits = {});
 
+// Reads and checks the snapshot on standard input, from its current position. Messages name
+// /dev/stdin.
+loaded load_standard_input();
+
 }  // namespace snapshot

@@ -63,7 +63,13 @@ ssize_t read_fully(int file, char* to, std::size_t size) {
     return static_cast<ssize_t>(got);
 }
 
-content_or_reason read_file(int file, std::uint64_t length, const source_limits& limits) {
+// Reads the rest of the file. `before` is its status.
+content_or_reason read_file(int file, const struct stat& before, const source_limits& limits) {
+    const off_t begin = lseek(file, 0, SEEK_CUR);
+    if (begin < 0) {
+        return system_reason();
+    }
+    const auto length = static_cast<std::uint64_t>(std::max<off_t>(before.st_size - begin, 0));
     if (length > limits.bytes) {
         return std::unexpected("is " + std::to_string(length) + " bytes long, more than the " +
                                std::to_string(limits.bytes) + " of a snapshot");
@@ -77,10 +83,14 @@ content_or_reason read_file(int file, std::uint64_t length, const source_limits&
     });
     char beyond = 0;
     const ssize_t more = got < 0 ? got : read_fully(file, &beyond, 1);
-    if (more < 0) {
+    struct stat after{};
+    if (more < 0 || fstat(file, &after) != 0) {
         return system_reason();
     }
-    if (content.size() != size || more > 0) {
+    // The time of change is not compared: a rename over the file changes it, but not the content.
+    if (content.size() != size || more > 0 || after.st_size != before.st_size ||
+        after.st_mtim.tv_sec != before.st_mtim.tv_sec ||
+        after.st_mtim.tv_nsec != before.st_mtim.tv_nsec) {
         return std::unexpected("changed while it was read");
     }
     return content;
@@ -189,7 +199,11 @@ content_or_reason read_from_listener(const std::string& path, const source_limit
             return system_reason();
         }
     }
-    return read_socket(socket.get(), {limits.socket_silence, limits.socket_total}, limits);
+    auto content = read_socket(socket.get(), {limits.socket_silence, limits.socket_total}, limits);
+    if (content && content->empty()) {
+        return std::unexpected("the server closed the connection without sending anything");
+    }
+    return content;
 }
 
 // Returns whether this is the socket that is standard input.
@@ -201,33 +215,39 @@ bool is_standard_input(const struct stat& status) {
 
 }  // namespace
 
-content_or_reason read_source(const std::string& path, const source_limits& limits) {
-    // Opening a FIFO would wait for its other end.
-    const file_descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+content_or_reason read_source(int file, const source_limits& limits) {
     struct stat status{};
-    if (file.get() < 0) {
-        const int code = errno;
-        if (code != ENXIO || stat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode)) {
-            return system_reason(code);
-        }
-        return is_standard_input(status)
-                   ? read_socket(STDIN_FILENO, {limits.pipe_silence, std::nullopt}, limits)
-                   : read_from_listener(path, limits);
-    }
-    if (fstat(file.get(), &status) != 0) {
+    if (fstat(file, &status) != 0) {
         return system_reason();
     }
     switch (status.st_mode & S_IFMT) {
         case S_IFREG:
-            return read_file(file.get(), static_cast<std::uint64_t>(status.st_size), limits);
+            return read_file(file, status, limits);
         case S_IFIFO:
         case S_IFCHR:
-            return read_pipe(file.get(), limits);
+            return read_pipe(file, limits);
+        case S_IFSOCK:
+            return read_socket(file, {limits.pipe_silence, std::nullopt}, limits);
         case S_IFDIR:
             return std::unexpected("is a directory");
         default:
             return std::unexpected("is neither a file nor a FIFO, a character device or a socket");
     }
+}
+
+content_or_reason read_source(const std::string& path, const source_limits& limits) {
+    // Opening a FIFO would wait for its other end.
+    const file_descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    if (file.get() >= 0) {
+        return read_source(file.get(), limits);
+    }
+    const int code = errno;
+    struct stat status{};
+    if (code != ENXIO || stat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode)) {
+        return system_reason(code);
+    }
+    return is_standard_input(status) ? read_source(STDIN_FILENO, limits)
+                                     : read_from_listener(path, limits);
 }
 
 }  // namespace snapshot

@@ -17,8 +17,10 @@ struct source_limits {
     std::chrono::milliseconds pipe_silence = std::chrono::seconds(60);
 };
 
-// Returns everything up to the end, or in one line why it cannot be read, without the path.
+// Return everything up to the end, or in one line why it cannot be read, without the path. An open
+// file is read from its current position, and a socket is not connected.
 std::expected<std::string, std::string> read_source(const std::string& path,
                                                     const source_limits& limits);
+std::expected<std::string, std::string> read_source(int file, const source_limits& limits);
 
 }  // namespace snapshot

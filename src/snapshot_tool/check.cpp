@@ -1,19 +1,21 @@
+#include <algorithm>
 #include <cstdio>
 #include <limits>
 
+#include "snapshot/printable.h"
 #include "snapshot_tool/command.h"
 
 namespace snapshot_tool {
 namespace {
 
 int run(std::span<const char* const> files) {
+    std::ranges::for_each(files, require_may_open);
     int status = 0;
     for (const char* file : files) {
-        const char* path = path_of(file);
-        if (const auto loaded = snapshot::load(path)) {
-            std::printf("%s: ok\n", path);
+        if (const auto loaded = load_file(file)) {
+            std::printf("%s: ok\n", name_of(file).c_str());
         } else {
-            std::fprintf(stderr, "%s\n", loaded.error().c_str());
+            std::fprintf(stderr, "%s\n", snapshot::printable(loaded.error()).c_str());
             status = 1;
         }
     }

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <stdexcept>
 
-#include "snapshot/printable.h"
 #include "snapshot_tool/command.h"
 
 namespace snapshot_tool {
@@ -12,7 +11,7 @@ int print_description(std::span<const char* const> arguments,
                       std::string (*describe)(const device&)) {
     const device figures = figures_of(take_snapshot(only_file(arguments)));
     if (!figures.reached) {
-        throw std::runtime_error(snapshot::printable(figures.reached.error()));
+        throw std::runtime_error(figures.reached.error());
     }
     std::fputs(describe(figures).c_str(), stdout);
     return finish(0);

@@ -20,6 +20,9 @@ const GOptionEntry options[] = {
 };
 
 int run(std::span<const char* const> arguments) {
+    if (out != nullptr) {
+        require_may_open(out);
+    }
     const device figures = figures_of(take_snapshot(only_file(arguments)));
     if (!figures.reached) {
         // The run succeeds: the text says that the service was not reached, this line says why.

@@ -1,6 +1,7 @@
 // The program oru-snapshot: runs the command that its first argument names.
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -97,10 +98,12 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit on file sizes fails instead
     try {
         return run(argc, argv);
     } catch (const std::exception& exception) {
-        std::fprintf(stderr, "oru-snapshot: %s\n", exception.what());
+        // Messages contain texts of the service and names of files.
+        std::fprintf(stderr, "oru-snapshot: %s\n", snapshot::printable(exception.what()).c_str());
         return failure_status;
     }
 }

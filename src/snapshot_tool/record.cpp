@@ -23,6 +23,9 @@ const GOptionEntry options[] = {
 };
 
 int run(std::span<const char* const> /*arguments*/) {
+    if (out != nullptr) {
+        require_may_open(out);
+    }
     const std::string text = record_service({.about = about, .is_redacted = is_redacted != FALSE});
     if (out != nullptr && std::string_view(out) != "-") {
         replace_file(out, text, 0640);

@@ -8,9 +8,13 @@
 
 namespace snapshot_tool {
 
-// Writes `text` beside `path`, under a name that begins with a dot and has no extension, flushes it
-// to disk, sets its mode to `mode` whatever the umask is, and renames it to `path`. If `path`
-// exists, it must be a regular file, not a link to one.
+// Writes `text` to a new file beside `path`, flushes it to disk, sets its mode to `mode` whatever
+// the umask is, and renames it to `path`. If `path` exists, it must be a regular file, not a link
+// to one.
+//
+// The new file has no name until it is complete, so that nothing is left of it if the process is
+// killed. Its temporary name begins with a dot and has no extension. Where the file system has no
+// unnamed files, or /proc is missing, it has this name from the start.
 //
 // Throws a std::runtime_error, "PATH: REASON", if any of this fails. An existing file is then
 // unchanged, and the new one is deleted.

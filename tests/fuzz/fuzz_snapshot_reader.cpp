@@ -17,6 +17,7 @@
 #include "fuzz/require.h"
 #include "snapshot/load.h"
 #include "snapshot/lookup.h"
+#include "snapshot/printable.h"
 #include "snapshot/writer.h"
 
 namespace {
@@ -121,9 +122,7 @@ void check(const snapshot::answers& doc) {
 void check_complaint(std::string_view complaint, std::string_view input) {
     const std::string path = snapshot_path() + ":";
     require(complaint.starts_with(path), "a complaint begins with the path", complaint);
-    require(std::ranges::none_of(complaint,
-                                 [](char c) { return static_cast<unsigned char>(c) < 0x20; }),
-            "a complaint is one line", complaint);
+    require(snapshot::printable(complaint) == complaint, "a complaint is printable", complaint);
     std::string_view rest = complaint.substr(path.size());
     if (!rest.starts_with(' ')) {
         char* end = nullptr;

@@ -127,6 +127,14 @@ def main():
         compare("metrics", f"{prefix}/bin/oru-snapshot metrics -o /var/lib/prometheus/node-exporter/oru.prom",
                 unit(units[3])["Service"]["ExecStart"])
 
+        # A limit on the rate would switch the socket off for good, and without one on the number nothing bounds the load.
+        listener = unit(units[0])["Socket"]
+        compare("limits", ("0", "32"), (listener["TriggerLimitIntervalSec"], listener["MaxConnections"]))
+        for each in units[1], units[3]:
+            settings = unit(each)["Service"]
+            compare(each.name, ("", "yes", "strict", "AF_UNIX"), tuple(settings[name] for name in (
+                "CapabilityBoundingSet", "NoNewPrivileges", "ProtectSystem", "RestrictAddressFamilies")))
+
         bin_dir = prefix / "bin"
         example = pathlib.Path(examples) / "two-input-encoder.json"
         pair = Pair(service, f"{sockets}/snapshot.sock", example)

@@ -5,6 +5,7 @@
 
 #include "probe/oru_probe.h"
 #include "probe/probed_device.h"
+#include "support/file_size_limit.h"
 
 namespace {
 
@@ -242,8 +243,8 @@ available resolutions: not seen
 }
 
 TEST(oru_probe, fails_if_the_service_answers_nothing) {
-    EXPECT_EQ(probe_device(R"({"system": {"$error": "the service is down"}})"),
-              ended(1, "", "oru-probe: the service is down\n"));
+    EXPECT_EQ(probe_device(R"({"system": {"$error": "the service\nis down"}})"),
+              ended(1, "", "oru-probe: the service\\nis down\n"));
 }
 
 TEST(oru_probe, escapes_control_characters) {
@@ -287,6 +288,10 @@ TEST(oru_probe, fails_if_standard_output_cannot_be_written) {
               ended(1, "", lost + "No space left on device\n"));
     EXPECT_EQ(oru_probe({"--version"}, {.stdout_to = "/dev/full"}),
               ended(1, "", lost + "No space left on device\n"));
+    const temp_directory scratch;
+    const file_size_limit limit(10);
+    EXPECT_EQ(oru_probe({"--version"}, {.stdout_to = scratch.path() + "/out"}),
+              ended(1, "", lost + "File too large\n"));
 }
 
 }  // namespace

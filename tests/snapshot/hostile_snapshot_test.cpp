@@ -1,25 +1,18 @@
 // Hostile snapshots: whatever a file contains, it is rejected with the place and a reason, or it is
-// reported correctly. Neither time nor memory grows faster than the file.
-#include <sys/resource.h>
-
+// reported correctly.
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <format>
 #include <functional>
-#include <ostream>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "snapshot/load.h"
 #include "support/snapshot_file.h"
-#include "support/temp_directory.h"
 #include "support/tools.h"
 
 namespace {
@@ -342,206 +335,5 @@ TEST(hostile_snapshot, all_of_very_many_streams_are_reported) {
                     "    ],\n\n    \"streamstatistics\" : [\n" + statistics + "    ]\n}\n\n")
         << got.out.substr(0, 1000);
 }
-
-// The preset `sanitize` skips these: it changes time and memory.
-
-struct shape {
-    const char* name;
-    std::string (*text)(std::size_t count);
-};
-
-std::ostream& operator<<(std::ostream& stream, const shape& shown) {
-    return stream << shown.name;
-}
-
-const std::vector<shape> shapes = {
-    {"streams", many_streams},
-    {"streams_of_many_formats",
-     [](std::size_t count) {
-         return R"({"formats":{)" +
-                list_of(1000, [](std::size_t i) { return std::format("\"f{}\":{}", i, i); }) +
-                R"(},"stream":{"all":[)" +
-                list_of(
-                    count,
-                    [](std::size_t i) {
-                        return std::format(
-                            R"({{"id":{},"info":{{}},"settings":{{"format":{}}},"debug":{{}}}})",
-                            i + 1, i + 7);
-                    }) +
-                "]}}";
-     }},
-    {"streams_that_fail",
-     [](std::size_t count) {
-         return R"({"stream":{"quota":{},"limit":{},"all":[)" +
-                list_of(count,
-                        [](std::size_t) { return R"({"id":0,"settings":{"$error":"x"}})"s; }) +
-                "]}}";
-     }},
-    {"channels_and_inputs",
-     [](std::size_t count) {
-         return std::format(R"({{"channel":{{"info":{{"input.count":{}}},"all":[)", count) +
-                list_of(
-                    count,
-                    [&](std::size_t i) {
-                        return std::format(
-                            R"({{"id":{},"properties":{{"key":"input"}},"info":{{"crop.possible":true,)"
-                            R"("type.id":{}}},"resolutions":{{"available":[[1,2]]}}}})",
-                            i, count - i);
-                    }) +
-                R"(]},"input":{"all":[)" +
-                list_of(
-                    count,
-                    [&](std::size_t i) {
-                        return std::format(
-                            R"({{"id":{},"info":{{}},"resolution_unrotated":{{"capture":[1,2]}}}})",
-                            count - i);
-                    }) +
-                "]}}";
-     }},
-    {"resolutions",
-     [](std::size_t count) {
-         return R"({"channel":{"all":[{"id":1,"resolutions":{"available":[)" +
-                list_of(count, [](std::size_t i) { return std::format("[{},2]", i); }) + "]}}]}}";
-     }},
-    {"resolution_lists",
-     [](std::size_t count) {
-         return R"({"channel":{"all":[{"id":1,"resolutions":{)" +
-                list_of(count,
-                        [&](std::size_t i) { return std::format(R"("{}":[[1,2]])", count - i); }) +
-                "}}]}}";
-     }},
-    {"keys_in_descending_order",
-     [](std::size_t count) {
-         const auto keys = [&](const char* prefix) {
-             return list_of(count, [&](std::size_t i) {
-                 return std::format(R"("{}{:08}":{})", prefix, count - i, i);
-             });
-         };
-         return R"({"mode":{"info":{)" + keys("k") + R"(}},"stream":{"debug":{)" +
-                keys("identity.") + "}}}";
-     }},
-    // Without the full stops, their order differs.
-    {"keys_that_change_places",
-     [](std::size_t count) {
-         return R"({"mode":{"info":{)" +
-                list_of(count,
-                        [](std::size_t i) {
-                            return std::format(R"("k{}{:08}":1)", i % 2 == 0 ? '.' : 'A', i);
-                        }) +
-                "}}}";
-     }},
-    {"repeated_keys",
-     [](std::size_t count) {
-         return R"({"mode":{"info":{)" +
-                list_of(count, [](std::size_t i) { return std::format(R"("k{}":1)", i % 1000); }) +
-                "}}}";
-     }},
-    {"long_texts",
-     [](std::size_t count) {
-         return R"({"stream":{"all":[{"id":1,"debug":{},"settings":{"identity":")" +
-                repeated(R"(\"\\\u0001\n\u00e9)", count) + R"("},"info":{"identity[0]":")" +
-                repeated("x\xc3\xa9", count) + "\"}}]}}";
-     }},
-    {"values_of_another_kind",
-     [](std::size_t count) {
-         return R"({"mode":{"info":{"long":{"other":[)" +
-                list_of(count, [](std::size_t) { return R"({"a":[1.50,"\u0000"]})"s; }) + "]}," +
-                list_of(count / 100,
-                        [](std::size_t i) {
-                            return std::format(R"("{:06}":{{"other":{}{}}})", i, repeated("[", 99),
-                                               repeated("]", 99));
-                        }) +
-                "}}}";
-     }},
-    {"comments", [](std::size_t count) { return repeated("/* x */ // y\n", count) + "{}"; }},
-    {"lines_before_what_is_wrong",
-     [](std::size_t count) { return repeated("\n", 10 * count) + "[]"; }},
-    {"opening_brackets",
-     [](std::size_t count) { return R"({"mode":{"info":{"k":)" + repeated("[", 10 * count); }},
-};
-
-// Runs each program on a snapshot, with its output in a file beside it.
-std::vector<command> runs_on(const snapshot_file& snapshot) {
-    const std::vector<std::vector<std::string>> command_lines = {
-        {"oru-snapshot", "check", snapshot.path()},
-        {"oru-tlm-tool", "-qsi"},
-        {"oru-serverreport-tool", "-l"},
-        {"oru-serverreport-tool", "-cai"},
-    };
-    std::vector<command> all;
-    for (const std::vector<std::string>& line : command_lines) {
-        command what{.executable = program(line[0]),
-                     .argv = line,
-                     .environment = etc_oru_in(snapshot.directory().string()),
-                     .stdout_to = snapshot.directory() / "out"};
-        what.environment.push_back("ORU_SNAPSHOT=" + snapshot.path());
-        all.push_back(what);
-    }
-    return all;
-}
-
-std::string name_of(const command& what) {
-    return what.argv[0] + " " + what.argv[1];
-}
-
-// Returns the processor time of all children so far, in seconds.
-double spent() {
-    rusage usage{};
-    getrusage(RUSAGE_CHILDREN, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-// Returns the processor time of a run in seconds: the least of three, or the first below the limit.
-double time_of(const command& what, double enough = 0) {
-    double least = 1e9;
-    for (int i = 0; i < 3 && least > enough; ++i) {
-        const double before = spent();
-        EXPECT_EQ(run(what).signal, 0) << name_of(what);
-        least = std::min(least, spent() - before);
-    }
-    return least;
-}
-
-// Returns status, error lines and size of the output of a run with limited memory.
-std::tuple<int, std::string, std::uintmax_t> within(const std::string& kilobytes, command what) {
-    std::filesystem::remove(what.stdout_to);
-    const std::vector<std::string> shell = {"sh", "-c", R"(ulimit -d "$0"; exec "$@")", kilobytes,
-                                            what.executable};
-    what.argv.erase(what.argv.begin());
-    what.argv.insert(what.argv.begin(), shell.begin(), shell.end());
-    what.executable = "/bin/sh";
-    const result got = run(what);
-    return {got.status, got.err, std::filesystem::file_size(what.stdout_to)};
-}
-
-class each_shape : public testing::TestWithParam<shape> {};
-
-// A file of four times the size may take eight times as long. Quadratic growth would be sixteen.
-TEST_P(each_shape, takes_time_as_the_file_grows) {
-    const snapshot_file some(GetParam().text(40000));
-    const snapshot_file more(GetParam().text(160000));
-    const std::vector<command> runs_on_some = runs_on(some);
-    const std::vector<command> runs_on_more = runs_on(more);
-    for (std::size_t i = 0; i < runs_on_some.size(); ++i) {
-        const double limit = 8 * time_of(runs_on_some[i]);
-        EXPECT_LE(time_of(runs_on_more[i], limit), limit) << name_of(runs_on_more[i]);
-    }
-}
-
-TEST_P(each_shape, takes_memory_as_the_file_grows) {
-    const std::string text = GetParam().text(160000);
-    const snapshot_file snapshot(text);
-    const std::size_t kilobytes = 8192 + 20 * text.size() / 1024;  // 8 MiB for an empty file
-    for (const command& what : runs_on(snapshot)) {
-        EXPECT_EQ(within(std::to_string(kilobytes), what), within("unlimited", what))
-            << name_of(what);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(hostile_snapshot, each_shape, testing::ValuesIn(shapes),
-                         [](const auto& parameter) { return std::string(parameter.param.name); });
 
 }  // namespace

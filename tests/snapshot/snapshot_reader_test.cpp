@@ -139,7 +139,8 @@ TEST(document, rejects_unknown_members) {
         {R"({"channel":{"all":[{"$error":"x"}]}})", "1:21: unknown member '$error'"},
         {R"({"input":{"all":[{"crop_max":[1,2]}]}})", "1:19: unknown member 'crop_max'"},
         {R"({"output":{"all":[{"crop":[1,2,3,4]}]}})", "1:20: unknown member 'crop'"},
-        {R"({"a\u0001\"b":1})", "1:2: unknown member 'a\\u0001\"b'"},
+        {R"({"a\u0001\"b":1})", "1:2: unknown member 'a\\x01\"b'"},
+        {"{\"a\u0085\u202e\":1}", "1:2: unknown member 'a\\u0085\\u202e'"},
         {"{\"" + std::string(59, 'a') + "\xC3\xA9zz\":1}",
          "1:2: unknown member '" + std::string(59, 'a') + "...'"},
     };

@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <filesystem>
@@ -160,6 +161,65 @@ TEST(file, is_read_through_a_link) {
     const std::string link = file.directory() / "link";
     std::filesystem::create_symlink(file.path(), link);
     EXPECT_EQ(complaint(link), "");
+}
+
+// Repeats a function in a thread of its own, as long as it exists.
+class repetition {
+  public:
+    explicit repetition(std::function<void()> function)
+        : thread_([this, function = std::move(function)] {
+              while (!over_) {
+                  function();
+              }
+          }) {}
+    ~repetition() {
+        over_ = true;
+        thread_.join();
+    }
+    repetition(const repetition&) = delete;
+    repetition& operator=(const repetition&) = delete;
+
+  private:
+    std::atomic<bool> over_ = false;
+    std::thread thread_;
+};
+
+constexpr std::size_t long_file = 2'000'000;  // takes long enough for changes in the meantime
+
+// Each change stands for a write that keeps the length, a nanosecond after the one before.
+TEST(file, is_rejected_if_it_is_modified_while_it_is_read) {
+    const snapshot_file file(std::string(long_file, 'x'));
+    long nanoseconds = 0;
+    const repetition writer([&] {
+        nanoseconds = (nanoseconds + 1) % 1000;
+        const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT},
+                                  {.tv_sec = 1, .tv_nsec = nanoseconds}};
+        utimensat(AT_FDCWD, file.path().c_str(), times, 0);
+    });
+    std::string reason;
+    for (int attempts = 0; attempts < 1000 && reason.empty(); ++attempts) {
+        reason = snapshot::read_source(file.path(), {}).error_or("");
+    }
+    EXPECT_EQ(reason, "changed while it was read");
+}
+
+TEST(file, is_read_whole_if_another_is_renamed_over_it) {
+    const temp_directory directory;
+    const std::string texts[] = {std::string(long_file, 'x'), std::string(long_file, 'y')};
+    const std::string files[] = {directory.write("x", texts[0]), directory.write("y", texts[1])};
+    const std::string path = directory.write("snapshot", texts[1]);
+    std::size_t which = 0;
+    const repetition writer([&] {
+        const std::string next = directory.path() + "/next";
+        link(files[which].c_str(), next.c_str());
+        rename(next.c_str(), path.c_str());
+        which = 1 - which;
+    });
+    for (int i = 0; i < 100; ++i) {
+        const auto read = snapshot::read_source(path, {});
+        ASSERT_TRUE(read) << read.error();
+        EXPECT_TRUE(*read == texts[0] || *read == texts[1]);
+    }
 }
 
 // --- FIFOs and character devices ----------------------------------------------------------------
@@ -315,6 +375,9 @@ TEST(listener, sends_a_snapshot_over_each_connection) {
         send_all(to, R"({"stream": {"quota": {"asked": )");
         std::this_thread::sleep_for(20ms);
         send_all(to, std::to_string(++asked) + "}}}\n");
+        shutdown(to, SHUT_WR);
+        char sent = 0;
+        EXPECT_EQ(read(to, &sent, 1), 0);  // the reader has sent nothing when it closes
     });
     for (std::uint32_t i = 1; i <= 3; ++i) {
         const auto loaded = snapshot::load(service.path());
@@ -396,7 +459,8 @@ TEST(listener, can_close_the_connection_early) {
     const listener half([](int to) { send_all(to, R"({"mode": {"info": {"a")"); });
     EXPECT_EQ(complaint(half.path()), "1:23: expected ':', found the end of the file");
     const listener nothing([](int) {});
-    EXPECT_EQ(complaint(nothing.path()), " the file is empty");
+    EXPECT_EQ(complaint(nothing.path()),
+              " the server closed the connection without sending anything");
 }
 
 TEST(listener, can_be_too_busy_to_accept) {
@@ -451,7 +515,31 @@ TEST(standard_input, can_be_a_pipe) {
     EXPECT_EQ(complaint("/dev/stdin"), "");
     writer.join();
     EXPECT_EQ(complaint("/dev/stdin"), " the file is empty");
+    EXPECT_EQ(snapshot::load_standard_input().error(), "/dev/stdin: the file is empty");
     close(ends[0]);
+}
+
+// Opened anew, it would be read from its beginning, or not at all: its path is gone.
+TEST(standard_input, can_be_a_file_that_is_read_from_where_it_is) {
+    const snapshot_file file("not this {\"mode\": 1}");
+    const int opened = open(file.path().c_str(), O_RDONLY);
+    ASSERT_EQ(unlink(file.path().c_str()), 0);
+    ASSERT_EQ(lseek(opened, 9, SEEK_SET), 9);
+    const standard_input input(opened);
+    close(opened);
+    EXPECT_EQ(snapshot::load_standard_input().error(),
+              "/dev/stdin:1:10: expected the mode (an object), found '1'");
+    EXPECT_EQ(snapshot::load_standard_input().error(), "/dev/stdin: the file is empty");
+}
+
+TEST(standard_input, can_be_closed_or_a_directory) {
+    const temp_directory directory;
+    const int opened = open(directory.path().c_str(), O_RDONLY);
+    const standard_input input(opened);
+    close(opened);
+    EXPECT_EQ(snapshot::load_standard_input().error(), "/dev/stdin: is a directory");
+    close(STDIN_FILENO);
+    EXPECT_EQ(snapshot::load_standard_input().error(), "/dev/stdin: Bad file descriptor");
 }
 
 TEST(standard_input, can_be_a_socket) {

@@ -19,6 +19,19 @@ TEST(check, reads_every_file) {
               ended(1, ok + ok, wrong + "/nowhere: No such file or directory\n"));
 }
 
+// A backslash stays as it is: a text is escaped once.
+TEST(check, prints_names_without_what_a_terminal_obeys) {
+    const temp_directory scratch;
+    const std::string good = scratch.write("a\n\033[2J\u0085\u202e\xff\\.json", "{}");
+    const std::string shown = scratch.path() + R"(/a\n\x1b[2J\u0085\u202e\xff\.json)";
+    EXPECT_EQ(oru_snapshot({"check", good}), ended(0, shown + ": ok\n"));
+    std::filesystem::remove(good);
+    EXPECT_EQ(oru_snapshot({"check", good}), ended(1, "", shown + ": No such file or directory\n"));
+    scratch.write("a\n\033[2J\u0085\u202e\xff\\.json", R"({"\u0085\u2028\n\\": 1})");
+    EXPECT_EQ(oru_snapshot({"check", good}),
+              ended(1, "", shown + R"(:1:2: unknown member '\u0085\u2028\n\')" + "\n"));
+}
+
 TEST(check, reads_standard_input) {
     const temp_directory scratch;
     const std::string good = scratch.write("good.json", "{}");

@@ -1,6 +1,12 @@
 #include "snapshot_tool/oru_snapshot.h"
 
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -118,6 +124,39 @@ TEST(oru_snapshot, keeps_its_status_without_standard_error) {
     for (const std::string& to : unwritable) {
         EXPECT_EQ(oru_snapshot({}, {.stderr_to = to}), ended(2, ""));
     }
+}
+
+// It could read and write with rights that its caller lacks.
+TEST(oru_snapshot, opens_no_files_as_a_privileged_program) {
+    const temp_directory scratch;
+    struct statvfs system{};
+    ASSERT_EQ(statvfs(scratch.path().c_str(), &system), 0);
+    if (geteuid() != 0 || (system.f_flag & ST_NOSUID) != 0) {
+        GTEST_SKIP() << "only root can create such a program, and not on every file system";
+    }
+    const std::string copy = scratch.path() + "/oru-snapshot";
+    std::filesystem::copy_file(program("oru-snapshot"), copy);
+    ASSERT_EQ(chown(copy.c_str(), 65534, 65534), 0);
+    ASSERT_EQ(chmod(copy.c_str(), 04755), 0);
+    ASSERT_EQ(chmod(scratch.path().c_str(), 0755), 0);
+    const std::string file = scratch.write("file", "{}");
+    const auto privileged = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "oru-snapshot");
+        return run({.executable = copy, .argv = std::move(arguments), .stdin_from = file});
+    };
+    const result refused =
+        ended(2, "",
+              "oru-snapshot: /nowhere/\\n: a program with more rights than its caller opens no "
+              "files: use '-'\n");
+    const std::string name = "/nowhere/\n";
+    EXPECT_EQ(privileged({"check", "-"}), ended(0, "/dev/stdin: ok\n"));
+    EXPECT_EQ(privileged({"check", "-", name}), refused);
+    EXPECT_EQ(privileged({"show", name}), refused);
+    EXPECT_EQ(privileged({"graph", name}), refused);
+    EXPECT_EQ(privileged({"metrics", name}), refused);
+    EXPECT_EQ(privileged({"metrics", "-o", name}), refused);
+    EXPECT_EQ(privileged({"metrics", "-o", "-", "-"}).status, 0);
+    EXPECT_EQ(privileged({"record", "-o", name}), refused);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Runs show, graph and metrics on random devices, including hostile texts and broken snapshots. Checks that
-each command has the right status and prints no control characters, that Graphviz draws every picture and
+each command has the right status and prints no control or invisible characters, that Graphviz draws every picture and
 that promtool accepts all figures, both without a message. If Graphviz or promtool is missing, skips its part.
 
 usage: random_devices_test.py TREE TOOLS [FIRST COUNT]: the root of the source tree; where the tools are;
@@ -11,6 +11,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import unicodedata
 import xml.dom.minidom
 
 sys.dont_write_bytecode = True  # beside the generator, among the sources
@@ -25,8 +26,8 @@ def complaints(program, dot, promtool):
     said = {command: run(program, command) for command in ("show", "graph", "metrics")}
     for command, got in said.items():
         for text in (got.stdout.decode(), got.stderr.decode()):
-            if any(ord(c) < 32 and c != "\n" or 0x7f <= ord(c) < 0xa0 for c in text):
-                yield f"{command}: a control character"
+            if any(unicodedata.category(c) in ("Cc", "Cf", "Zl", "Zp") and c != "\n" for c in text):
+                yield f"{command}: a control or invisible character"
 
     figures = said["metrics"].stdout.decode()
     is_up = "\noru_up 1\n" in figures

@@ -267,7 +267,7 @@ TEST_F(record, fails_if_no_query_is_answered) {
     EXPECT_EQ(recording_of("", {"--redact", "--about", "x"}), ended(1, "", unreachable()));
     EXPECT_EQ(recording_of("{}"), ended(1, "", "oru-snapshot: system not recorded\n"));
     EXPECT_EQ(recording_of(R"({"system": {"$error": "two\nlines"}})"),
-              ended(1, "", "oru-snapshot: two\nlines\n"));
+              ended(1, "", "oru-snapshot: two\\nlines\n"));
     EXPECT_EQ(recording_of(R"({"formats": {"a": 1}})"),
               ended(1, "", "oru-snapshot: system not recorded\n"));
     EXPECT_EQ(files(), 0U);

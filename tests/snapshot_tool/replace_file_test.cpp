@@ -1,8 +1,11 @@
 #include "snapshot_tool/replace_file.h"
 
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -12,6 +15,7 @@
 #include <stdexcept>
 
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include "support/file_size_limit.h"
 #include "support/temp_directory.h"
@@ -116,12 +120,67 @@ TEST(replace_file, changes_nothing_if_the_disk_is_full) {
     {
         const file_size_limit full(2);
         EXPECT_EQ(refusal(path), path + ": File too large");
-        // The default for a process.
-        const auto ignored = std::signal(SIGXFSZ, SIG_DFL);
-        EXPECT_EQ(refusal(path), path + ": File too large");
-        std::signal(SIGXFSZ, ignored);
     }
     EXPECT_EQ(content(path), "old");
+    EXPECT_EQ(entries_in(scratch), 1U);
+}
+
+// Calls the function in a child process. Returns the status of the child, as waitpid() does.
+template <class Function>
+int status_of_child(const Function& function) {
+    const pid_t child = fork();
+    if (child == 0) {
+        function();
+        _exit(0);
+    }
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    return status;
+}
+
+// A signal that nothing blocks or catches ends the process in the middle of the write.
+TEST(replace_file, leaves_nothing_behind_if_it_is_killed) {
+    const temp_directory scratch;
+    const int unnamed = open(scratch.path().c_str(), O_TMPFILE | O_WRONLY, 0600);
+    if (unnamed < 0) {
+        GTEST_SKIP() << "this file system has no unnamed files";
+    }
+    close(unnamed);
+    const std::string path = scratch.write("file", "old");
+    const int status = status_of_child([&] {
+        const rlimit no_core{.rlim_cur = 0, .rlim_max = 0};
+        setrlimit(RLIMIT_CORE, &no_core);
+        const file_size_limit full(2);
+        std::signal(SIGXFSZ, SIG_DFL);
+        refusal(path);
+    });
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ) << status;
+    EXPECT_EQ(content(path), "old");
+    EXPECT_EQ(entries_in(scratch), 1U);
+}
+
+TEST(replace_file, works_without_proc) {
+    const temp_directory scratch;
+    const std::string path = scratch.write("file", "old");
+    const int status = status_of_child([&] {
+        if ((geteuid() != 0 && unshare(CLONE_NEWUSER) != 0) ||
+            chroot(scratch.path().c_str()) != 0 || chdir("/") != 0) {
+            _exit(77);
+        }
+        replace_file("/file", "new text", 0640);
+        {
+            const file_size_limit full(2);
+            EXPECT_EQ(refusal("/file"), "/file: File too large");
+        }
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    });
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 77) {
+        GTEST_SKIP() << "no permission to change the root directory";
+    }
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_EQ(content(path), "new text");
+    EXPECT_EQ(mode_of(path), 0640U);
     EXPECT_EQ(entries_in(scratch), 1U);
 }
 

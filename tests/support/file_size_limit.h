@@ -1,6 +1,6 @@
 // While an object of this class exists, programs started by the test cannot make a file longer than
-// `bytes`: a write beyond that fails, as on a full file system. Terminals, pipes and devices are
-// exempt.
+// `bytes`: the system sends SIGXFSZ for a write beyond that, and the write fails. In the test
+// itself, such a write only fails. Terminals, pipes and devices are exempt.
 #pragma once
 
 #include <signal.h>
@@ -11,8 +11,8 @@
 class file_size_limit {
   public:
     explicit file_size_limit(rlim_t bytes) {
-        // A child process inherits both. If SIGXFSZ is ignored, the write returns an error.
-        previous_handler_ = signal(SIGXFSZ, SIG_IGN);
+        // A program that the test starts inherits the limit, but not the handler.
+        previous_handler_ = signal(SIGXFSZ, [](int) {});
         if (getrlimit(RLIMIT_FSIZE, &previous_) != 0) {
             throw std::runtime_error("getrlimit");
         }

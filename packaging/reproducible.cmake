@@ -1,5 +1,5 @@
-# Run by cpack before it packs: every date in a package is that of the last commit, or the one that
-# $SOURCE_DATE_EPOCH gives, so that the same sources make the same bytes.
+# Run by cpack before it packs: every date in a package is $SOURCE_DATE_EPOCH if set, otherwise the date of
+# the last commit, so that the same sources make the same bytes.
 if(DEFINED ENV{SOURCE_DATE_EPOCH})
     return()
 endif()
@@ -9,6 +9,6 @@ if(EXISTS ${source}/.git)
         OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
 endif()
 if(NOT date)
-    file(TIMESTAMP ${source}/CMakeLists.txt date %s UTC)  # the commit's, as `git archive` leaves it
+    file(TIMESTAMP ${source}/CMakeLists.txt date %s UTC)  # `git archive` sets it to the date of the commit
 endif()
 set(ENV{SOURCE_DATE_EPOCH} ${date})

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""Lists whose code a static program holds: which files of which Debian packages the linker took, by
-its map, with the version and licence of each.
+"""Lists whose code the static programs contain: the Debian packages of the files that the linker read,
+according to its maps, with the version and licence of each.
 
 usage: components.py OUT NAME VERSION SOURCE_LICENSE HEADER... -- MAP...
-Writes OUT/components.spdx (SPDX 2.3, tag and value), about the archive NAME of our VERSION, and into
-OUT/licenses the copyright file of each component and the licences that these only name. HEADERs are of
-libraries that have no archive. $SOURCE_DATE_EPOCH is the date that the list is given."""
+Writes OUT/components.spdx (SPDX 2.3, tag and value), about the archive NAME of our VERSION. Copies the
+copyright file of each component, and the licences that these only name, to OUT/licenses. HEADERs belong
+to libraries that consist of headers alone. $SOURCE_DATE_EPOCH is the date in the list."""
 
 import hashlib
 import os
@@ -17,7 +17,7 @@ import sys
 import time
 import urllib.parse
 
-# By Debian source package: what it is, and the licence of the part that is linked.
+# By Debian source package: its title, and the licence of the part that is linked.
 LICENSES = {
     "gcc-12": ("GCC runtime", "GPL-3.0-or-later WITH GCC-exception-3.1"),
     "gcc-14": ("GCC runtime", "GPL-3.0-or-later WITH GCC-exception-3.1"),
@@ -31,13 +31,13 @@ LICENSES = {
 
 
 def linked_files(link_map):
-    """Returns the archives and object files outside the build that a map of lld or ld names."""
+    """Returns the archives and object files outside the build folder that a map of lld or ld names."""
     text = pathlib.Path(link_map).read_text(encoding="utf-8", errors="replace")
     return set(re.findall(r"(?:^|\s)(/[^\s():]+\.(?:a|o))(?=[(:])", text, re.MULTILINE))
 
 
 def package_of(file):
-    """Returns the Debian package that a file belongs to, under whichever of its names."""
+    """Returns the Debian package that a file belongs to. dpkg may know the file by another of its paths."""
     real = os.path.realpath(file)
     for name in dict.fromkeys((real, file, real.removeprefix("/usr"), "/usr" + file)):
         found = subprocess.run(["dpkg-query", "-S", name], text=True, stdout=subprocess.PIPE,
@@ -54,7 +54,7 @@ def source_of(package):
 
 
 def copy_terms(package, target):
-    """Copies a package's copyright file, and beside it each of Debian's common licences it refers to."""
+    """Copies a package's copyright file, and each of Debian's common licences that it refers to."""
     text = pathlib.Path("/usr/share/doc", package.split(":")[0], "copyright").read_text(encoding="utf-8")
     target.write_text(text, encoding="utf-8")
     for name in re.findall(r"/usr/share/common-licenses/([\w.+-]*[\w+])", text):
@@ -75,14 +75,14 @@ def main():
     headers, maps = sys.argv[5:split], sys.argv[split + 1:]
     files = set(headers).union(*map(linked_files, maps))
     packages = {package_of(file) for file in files}
-    components = {}  # by source package: its version, and the binary packages
+    components = {}  # by source package: its version and its binary packages
     for package in sorted(packages):
         source, source_version = source_of(package)
         if source not in LICENSES:
-            sys.exit(f"components.py: the licence of {source} is not known here")
+            sys.exit(f"components.py: {source} has no licence in LICENSES")
         components.setdefault(source, (source_version, []))[1].append(package)
     if not {"glib2.0", "glibc"} <= components.keys():
-        sys.exit("components.py: no GLib or no C library in the map")
+        sys.exit("components.py: a map has no GLib or no C library")
 
     licenses = pathlib.Path(out, "licenses")
     licenses.mkdir(parents=True)

@@ -1,5 +1,5 @@
-# Run by `cpack --preset static` on the staged installation: adds what a static program has to bring
-# along, and packs everything the same way whoever packs it and whenever.
+# Run by `cpack --preset static` on the staged installation: adds the documents that a static program
+# requires, and packs everything reproducibly.
 set(source ${CMAKE_CURRENT_LIST_DIR}/../..)
 set(root ${CPACK_TEMPORARY_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX})
 set(doc ${root}/share/doc/oru-cgi-applet)

@@ -49,7 +49,8 @@ std::optional<origin> answers_origin() {
     if (!loaded) {
         return std::nullopt;
     }
-    return origin{path, std::optional<std::string>((*loaded)->about)};
+    return origin{path, std::optional<std::string>((*loaded)->about),
+                  std::optional<std::string>((*loaded)->recorded)};
 }
 
 void reset() {

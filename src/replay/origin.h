@@ -1,5 +1,5 @@
 // The origin of the answers of our client library. Programs query the video service through oru.h
-// alone; this is for oru-snapshot, which shows its user that the answers are recorded.
+// alone; this is for oru-snapshot. With a device's own client library there is none.
 #pragma once
 
 #include <optional>
@@ -9,10 +9,12 @@ namespace replay {
 
 struct origin {
     std::string path;
-    std::optional<std::string> about;  // the text for people in the snapshot
+    std::optional<std::string> about = {};     // the text for people in the snapshot
+    std::optional<std::string> recorded = {};  // when it was recorded, such as 2026-11-22T07:14:32Z
 };
 
-// Returns the origin of all answers, or nothing if no snapshot can be read.
+// Returns the origin of all answers, or nothing if no snapshot can be read or another client
+// library answers.
 __attribute__((visibility("default"))) std::optional<origin> answers_origin();
 
 }  // namespace replay

@@ -7,12 +7,14 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "snapshot/failures.h"
 #include "snapshot/json_reader.h"
 #include "snapshot/keys.h"
 #include "snapshot/map_reader.h"
+#include "snapshot/utc_time.h"
 
 namespace snapshot {
 namespace {
@@ -36,6 +38,9 @@ class reader {
     template <class Record, std::size_t N>
     void read_members_or_failure(std::string_view what, const member<Record> (&members)[N],
                                  Record& record, std::string_view rule);
+
+    void read_version();
+    std::string_view read_recorded();
 
     // Objects that occur once.
     template <class Record>
@@ -90,8 +95,10 @@ class reader {
 
 void reader::read() {
     static constexpr member<answers> members[] = {
+        {"version", [](reader& in, answers&) { in.read_version(); }},
         {"about",
          [](reader& in, answers& answers) { answers.about = in.in_.string("a text").text; }},
+        {"recorded", [](reader& in, answers& answers) { answers.recorded = in.read_recorded(); }},
         {"system", [](reader& in, answers& answers) { answers.system = in.read_system(); }},
         {"mode", [](reader& in, answers& answers) { answers.mode = in.read_mode(); }},
         {"stream", [](reader& in, answers&) { in.read_streams(); }},
@@ -124,6 +131,34 @@ void reader::read_members_or_failure(std::string_view what, const member<Record>
             throw complaint{name.at, std::string(rule)};
         }
     });
+}
+
+// --- About the snapshot -------------------------------------------------------------------------
+
+void reader::read_version() {
+    const std::string own = std::to_string(format_version);
+    const written_number written = in_.number("the version of the format");
+    const std::string_view digits = written.text;
+    if (written.whole && digits.front() != '-' &&
+        std::pair(digits.size(), digits) > std::pair(own.size(), std::string_view(own))) {
+        constexpr std::size_t longest = 20;
+        std::string newer(digits.substr(0, longest));
+        newer += digits.size() > longest ? "..." : "";
+        throw complaint{digits.data(), "version " + newer +
+                                           " of the format is newer than version " + own +
+                                           ", the newest that this program reads"};
+    }
+    if (digits != own) {
+        throw complaint{digits.data(), expected("the version of the format, " + own)};
+    }
+}
+
+std::string_view reader::read_recorded() {
+    const word time = in_.string("a time");
+    if (!seconds_of(time.text)) {
+        throw complaint{time.at, expected("a time such as 2026-11-22T07:14:32Z, in UTC")};
+    }
+    return time.text;
 }
 
 // --- Objects that occur once --------------------------------------------------------------------
@@ -189,6 +224,9 @@ void reader::read_channels() {
 template <class Record>
 void sort_by_id(answer<std::vector<Record>>& list) {
     if (auto* records = std::get_if<std::vector<Record>>(&list)) {
+        for (std::size_t i = 0; i < records->size(); ++i) {
+            (*records)[i].place = i;
+        }
         std::ranges::sort(*records, {}, &Record::id);
     }
 }

@@ -11,20 +11,17 @@
 #include <set>
 #include <span>
 #include <string_view>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
-#include <glib.h>
-
+#include "snapshot/failures.h"
 #include "snapshot/lookup.h"
 #include "snapshot/printable.h"
+#include "snapshot/utf8.h"
 
 namespace snapshot {
 namespace {
-
-bool is_utf8(std::string_view text) {
-    return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
-}
 
 // Returns why a file cannot contain the text, or NULL if it can.
 const char* flaw_of(std::string_view text) {
@@ -41,7 +38,7 @@ std::optional<std::string> flaw_of(const entry& entry) {
         if (text->contains('\0')) {
             return "the text of " + key() + " holds a NUL";
         }
-        if (entry.key == "$error" && is_utf8(*text)) {
+        if (entry.key == error_member && is_utf8(*text)) {
             return "the value of '$error' is a text, as if this were a failure";
         }
     }
@@ -53,6 +50,11 @@ std::optional<std::string> flaw_of(const entry& entry) {
     return std::nullopt;
 }
 
+template <class T>
+bool is_given(const answer<T>& answer) {
+    return !std::holds_alternative<left_out>(answer);
+}
+
 class writer {
   public:
     explicit writer(const answers& answers) : answers_(answers) {}
@@ -60,30 +62,27 @@ class writer {
     std::string write();
 
   private:
-    // The members of the document, in its order.
-    void write_system();
-    void write_mode();
-    void write_streams();
-    void write_channels();
-    void write_inputs();
-    void write_outputs();
+    void write_document();
     void write_formats();
 
+    // Writes the answers of a record as members of the open object.
     template <class Record>
-    void write_list(std::string_view name, const query& query,
-                    const answer<std::vector<Record>>& list,
-                    void (writer::*write_record)(const Record& record));
-    void write_stream(const stream_record& stream);
-    void write_channel(const channel_record& channel);
-    void write_input(const input_record& input);
-    void write_output(const output_record& output);
-    template <class T>
-    void write_by_name(std::string_view name, const query& query,
-                       const answer<std::span<const named_answer<T>>>& answers);
+    void write_answers(const Record& record, std::optional<std::uint32_t> id = std::nullopt);
 
-    // Writes an answer as a member of the open object, unless it is left out.
+    // Write an answer as a member of the open object, unless it is left out.
     template <class T>
     void member(std::string_view name, const query& query, const answer<T>& answer);
+    void member(std::string_view name, const query& query, map_entries properties);
+
+    // Write what an answer contains.
+    void write_value(const query&, const system_record& system) { write_object(system); }
+    void write_value(const query&, const mode_record& mode) { write_object(mode); }
+    template <class Record>
+    void write_value(const query&, const std::vector<Record>& records);
+    template <class Record>
+    void write_object(const Record& record);
+    template <class T>
+    void write_value(const query& query, std::span<const named_answer<T>> answers);
     void write_value(const query& query, map_entries map);
     void write_value(const query&, const rectangle& area) {
         numbers({area.x, area.y, area.width, area.height});
@@ -94,15 +93,10 @@ class writer {
     void write_failure(const query& query, const failure& failure);
     void checked_text(const query& query, std::string_view what, std::string_view text);
 
-    // Open an object or array as a member of the open object, or an object as the next element of
-    // the open array.
-    void open_object(std::string_view name);
-    void open_array(std::string_view name);
-    void open_element();
-    void close();
     void begin_item();
     void begin_member(std::string_view name);
     void open(char bracket);
+    void close();
 
     void string(std::string_view utf8);
     template <class Number>
@@ -113,94 +107,49 @@ class writer {
 
     const answers& answers_;
     std::string text_ = "{";
-    std::string open_ = "}";       // the closing bracket of each open object and array
-    std::set<std::uint32_t> ids_;  // of the list that is being written
+    std::string open_ = "}";  // the closing bracket of each open object and array
 };
 
 std::string writer::write() {
+    begin_member("version");
+    number(format_version);
     if (answers_.about) {
         begin_member("about");
         checked_text({"--about"}, "the text", *answers_.about);
     }
-    write_system();
-    write_mode();
-    write_streams();
-    write_channels();
-    write_inputs();
-    write_outputs();
+    if (answers_.recorded) {
+        begin_member("recorded");
+        string(*answers_.recorded);
+    }
+    write_document();
     write_formats();
     close();
     text_ += '\n';
     return std::move(text_);
 }
 
-// --- The members of the document ----------------------------------------------------------------
-
-template <class T>
-bool is_given(const answer<T>& answer) {
-    return !std::holds_alternative<left_out>(answer);
-}
-
-void writer::write_system() {
-    if (const auto* system = std::get_if<system_record>(&answers_.system)) {
-        open_object("system");
-        member("caps", {"system caps"}, system->caps);
-        close();
-    } else {
-        member("system", {"system"}, answers_.system);
-    }
-}
-
-void writer::write_mode() {
-    if (const auto* mode = std::get_if<mode_record>(&answers_.mode)) {
-        open_object("mode");
-        member("info", {"mode info"}, mode->info);
-        close();
-    } else {
-        member("mode", {"mode"}, answers_.mode);
-    }
-}
-
-void writer::write_streams() {
-    if (!is_given(answers_.stream_debug) && !is_given(answers_.stream_quota) &&
-        !is_given(answers_.stream_limit) && !is_given(answers_.streams)) {
-        return;
-    }
-    open_object("stream");
-    member("debug", {"stream debug"}, answers_.stream_debug);
-    member("quota", {"stream quota"}, answers_.stream_quota);
-    member("limit", {"stream limit"}, answers_.stream_limit);
-    write_list("all", {"streams"}, answers_.streams, &writer::write_stream);
-    close();
-}
-
-void writer::write_channels() {
-    if (!is_given(answers_.channel_info) && !is_given(answers_.channels) &&
-        !is_given(answers_.channels_filtered)) {
-        return;
-    }
-    open_object("channel");
-    member("info", {"channel info"}, answers_.channel_info);
-    write_list("all", {"channels"}, answers_.channels, &writer::write_channel);
-    write_list("filtered", {"channels of inputs"}, answers_.channels_filtered,
-               &writer::write_channel);
-    close();
-}
-
-void writer::write_inputs() {
-    if (is_given(answers_.inputs)) {
-        open_object("input");
-        write_list("all", {"inputs"}, answers_.inputs, &writer::write_input);
-        close();
-    }
-}
-
-void writer::write_outputs() {
-    if (is_given(answers_.outputs)) {
-        open_object("output");
-        write_list("all", {"outputs"}, answers_.outputs, &writer::write_output);
-        close();
-    }
+void writer::write_document() {
+    std::string_view object;  // that is open
+    const auto close_object = [&] {
+        if (!object.empty()) {
+            close();
+        }
+    };
+    records::each_answer([&](const document_member& at, auto place) {
+        const auto& answer = answers_.*place;
+        if (at.name == nullptr) {
+            member(at.object, {at.query}, answer);
+            return;
+        }
+        if (is_given(answer) && at.object != object) {
+            close_object();
+            object = at.object;
+            begin_member(object);
+            open('{');
+        }
+        member(at.name, {at.query}, answer);
+    });
+    close_object();
 }
 
 void writer::write_formats() {
@@ -223,92 +172,60 @@ void writer::write_formats() {
         entries.push_back({nick, code});
     }
     begin_member("formats");
-    write_value({"formats"}, entries);
+    write_value({"formats"}, map_entries(entries));
 }
 
-// --- Lists --------------------------------------------------------------------------------------
+// --- Objects ------------------------------------------------------------------------------------
 
 template <class Record>
-void writer::write_list(std::string_view name, const query& query,
-                        const answer<std::vector<Record>>& list,
-                        void (writer::*write_record)(const Record& record)) {
-    if (const auto* records = std::get_if<std::vector<Record>>(&list)) {
-        ids_.clear();
-        open_array(name);
-        for (const Record& record : *records) {
-            open_element();
-            begin_member("id");
-            number(record.id);
-            (this->*write_record)(record);
-            close();
+void writer::write_answers(const Record& record, std::optional<std::uint32_t> id) {
+    Record::each_answer([&](const char* name, auto place) {
+        member(name, {Record::subject, id, name}, record.*place);
+    });
+}
+
+template <class Record>
+void writer::write_object(const Record& record) {
+    open('{');
+    write_answers(record);
+    close();
+}
+
+template <class Record>
+void writer::write_value(const query&, const std::vector<Record>& records) {
+    std::set<std::uint32_t> ids;
+    open('[');
+    for (const Record& record : records) {
+        const query query{Record::subject, record.id};
+        const bool may_repeat = std::is_same_v<Record, stream_record> && record.id == 0;
+        if (!may_repeat && !ids.insert(record.id).second) {
+            throw not_recordable(text_of(query) + " is listed twice");
         }
+        begin_item();
+        open('{');
+        begin_member("id");
+        number(record.id);
+        if constexpr (requires { record.fails; }) {
+            if (record.fails) {
+                begin_member(error_member);
+                checked_text(query, "the message of the failure", record.fails->message);
+                close();
+                continue;
+            }
+        }
+        write_answers(record, record.id);
         close();
-    } else {
-        member(name, query, list);
     }
-}
-
-void writer::write_stream(const stream_record& stream) {
-    const std::uint32_t id = stream.id;
-    if (id != 0 && !ids_.insert(id).second) {
-        throw not_recordable("stream " + std::to_string(id) + " is listed twice");
-    }
-    member("info", {"stream", id, "info"}, stream.info);
-    member("settings", {"stream", id, "settings"}, stream.settings);
-    member("debug", {"stream", id, "debug"}, stream.debug);
-}
-
-void writer::write_channel(const channel_record& channel) {
-    const std::uint32_t id = channel.id;
-    if (!channel.properties.empty()) {
-        begin_member("properties");
-        write_value({"channel", id, "properties"}, channel.properties);
-    }
-    member("info", {"channel", id, "info"}, channel.info);
-    member("crop", {"channel", id, "crop"}, channel.crop);
-    member("crop_max", {"channel", id, "crop_max"}, channel.crop_max);
-    write_by_name("resolutions", {"channel", id, "resolutions"}, channel.resolutions);
-    if (!ids_.insert(id).second) {
-        throw not_recordable("channel " + std::to_string(id) + " is listed twice");
-    }
-}
-
-void writer::write_input(const input_record& input) {
-    const std::uint32_t id = input.id;
-    if (input.fails) {
-        begin_member("$error");
-        checked_text({"input", id}, "the message of the failure", input.fails->message);
-        return;
-    }
-    member("info", {"input", id, "info"}, input.info);
-    member("crop", {"input", id, "crop"}, input.crop);
-    write_by_name("resolution_unrotated", {"input", id, "resolution_unrotated"},
-                  input.resolution_unrotated);
-}
-
-void writer::write_output(const output_record& output) {
-    const std::uint32_t id = output.id;
-    if (output.fails) {
-        begin_member("$error");
-        checked_text({"output", id}, "the message of the failure", output.fails->message);
-        return;
-    }
-    member("info", {"output", id, "info"}, output.info);
-    member("settings", {"output", id, "settings"}, output.settings);
+    close();
 }
 
 template <class T>
-void writer::write_by_name(std::string_view name, const query& query,
-                           const answer<std::span<const named_answer<T>>>& answers) {
-    if (const auto* list = std::get_if<std::span<const named_answer<T>>>(&answers)) {
-        open_object(name);
-        for (const auto& [answer_name, answer] : *list) {
-            member(answer_name, query, answer);
-        }
-        close();
-    } else {
-        member(name, query, answers);
+void writer::write_value(const query& query, std::span<const named_answer<T>> answers) {
+    open('{');
+    for (const auto& [name, answer] : answers) {
+        member(name, query, answer);
     }
+    close();
 }
 
 // --- Answers ------------------------------------------------------------------------------------
@@ -323,13 +240,19 @@ void writer::member(std::string_view name, const query& query, const answer<T>& 
         write_failure(query, *failure);
         return;
     }
-    if constexpr (requires(const T& content) { write_value(query, content); }) {
-        write_value(query, std::get<T>(answer));
+    write_value(query, std::get<T>(answer));
+}
+
+void writer::member(std::string_view name, const query& query, map_entries properties) {
+    if (!properties.empty()) {
+        begin_member(name);
+        write_value(query, properties);
     }
 }
 
 void writer::write_failure(const query& query, const failure& failure) {
-    typed("$error", [&] { checked_text(query, "the message of the failure", failure.message); });
+    typed(error_member,
+          [&] { checked_text(query, "the message of the failure", failure.message); });
 }
 
 void writer::write_value(const query& query, map_entries map) {
@@ -434,21 +357,6 @@ void writer::checked_text(const query& query, std::string_view what, std::string
 }
 
 // --- The layout ---------------------------------------------------------------------------------
-
-void writer::open_object(std::string_view name) {
-    begin_member(name);
-    open('{');
-}
-
-void writer::open_array(std::string_view name) {
-    begin_member(name);
-    open('[');
-}
-
-void writer::open_element() {
-    begin_item();
-    open('{');
-}
 
 void writer::close() {
     const bool is_empty = text_.back() == '{' || text_.back() == '[';

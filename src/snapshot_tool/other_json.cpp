@@ -6,9 +6,9 @@
 #include <string_view>
 
 #include <glaze/json.hpp>
-#include <glib.h>
 
 #include "snapshot/json_text.h"
+#include "snapshot/utf8.h"
 
 namespace snapshot_tool {
 namespace {
@@ -28,10 +28,6 @@ std::optional<std::string_view> value_in(std::string_view object, std::string_vi
     return end != std::string_view::npos ? std::optional(object.substr(0, end)) : std::nullopt;
 }
 
-bool is_utf8(std::string_view text) {
-    return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
-}
-
 }  // namespace
 
 std::expected<std::string, std::string> other_json(const native_map& map, const std::string& key) {
@@ -44,7 +40,7 @@ std::expected<std::string, std::string> other_json(const native_map& map, const 
         return std::unexpected(std::string("has no JSON form: ") + error.what());
     }
     const auto value = value_in(object, R"("value")");
-    if (!value || !is_utf8(*value) || !snapshot::is_json(*value)) {
+    if (!value || !snapshot::is_utf8(*value) || !snapshot::is_json(*value)) {
         return std::unexpected("");
     }
     std::string text(*value);

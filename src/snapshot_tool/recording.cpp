@@ -1,24 +1,27 @@
 #include "snapshot_tool/recording.h"
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
+#include <ctime>
 #include <format>
 #include <limits>
-#include <memory>
-#include <optional>
 #include <set>
-#include <span>
 #include <stdexcept>
+#include <string>
 #include <string_view>
+#include <system_error>
 #include <variant>
 #include <vector>
 
+#include "replay/origin.h"
+#include "snapshot/comparison.h"
+#include "snapshot/load.h"
 #include "snapshot/lookup.h"
 #include "snapshot/printable.h"
+#include "snapshot/utc_time.h"
 #include "snapshot/writer.h"
 #include "snapshot_tool/inputs.h"
 #include "snapshot_tool/query.h"
@@ -35,86 +38,6 @@ constexpr std::size_t longest_snapshot = std::size_t{128} * 1024 * 1024;
 
 // --- The filtered list --------------------------------------------------------------------------
 
-// Return whether the writer writes both in the same form.
-bool is_written_alike(const snapshot::value& one, const snapshot::value& other) {
-    if (one.kind() != other.kind()) {
-        return false;
-    }
-    switch (one.kind()) {
-        case snapshot::kind::string:
-            return one.get_if<std::string_view>() == other.get_if<std::string_view>();
-        case snapshot::kind::other:
-            return one.get_if<snapshot::other>() == other.get_if<snapshot::other>();
-        case snapshot::kind::unwritable:
-            return true;
-        case snapshot::kind::float64: {
-            const double left = *one.get_if<double>();
-            const double right = *other.get_if<double>();
-            return std::signbit(left) == std::signbit(right) &&
-                   (left == right || (std::isnan(left) && std::isnan(right)));
-        }
-        case snapshot::kind::pair32u:
-            return one.get_if<snapshot::pair32u>() == other.get_if<snapshot::pair32u>();
-        case snapshot::kind::boolean:
-            return one.get_if<bool>() == other.get_if<bool>();
-        case snapshot::kind::int64:
-            return one.get_if<std::int64_t>() == other.get_if<std::int64_t>();
-        case snapshot::kind::uint16:
-        case snapshot::kind::uint32:
-            break;
-    }
-    return snapshot::widened<std::uint32_t>(one) == snapshot::widened<std::uint32_t>(other);
-}
-
-bool is_written_alike(const snapshot::rectangle& one, const snapshot::rectangle& other) {
-    return one == other;
-}
-
-bool is_written_alike(const snapshot::resolution& one, const snapshot::resolution& other) {
-    return one == other;
-}
-
-bool is_written_alike(map_entries one, map_entries other) {
-    return std::ranges::equal(one, other, [](const auto& left, const auto& right) {
-        return left.key == right.key && is_written_alike(left.value, right.value);
-    });
-}
-
-bool is_written_alike(std::span<const snapshot::resolution> one,
-                      std::span<const snapshot::resolution> other) {
-    return std::ranges::equal(one, other);
-}
-
-template <class T>
-bool is_written_alike(const answer<T>& one, const answer<T>& other);
-
-template <class T>
-bool is_written_alike(std::span<const snapshot::named_answer<T>> one,
-                      std::span<const snapshot::named_answer<T>> other) {
-    return std::ranges::equal(one, other, [](const auto& left, const auto& right) {
-        return left.name == right.name && is_written_alike(left.value, right.value);
-    });
-}
-
-template <class T>
-bool is_written_alike(const answer<T>& one, const answer<T>& other) {
-    if (one.index() != other.index()) {
-        return false;
-    }
-    if (const auto* failure = std::get_if<snapshot::failure>(&one)) {
-        return std::strcmp(failure->message, std::get<snapshot::failure>(other).message) == 0;
-    }
-    const auto* value = std::get_if<T>(&one);
-    return value == nullptr || is_written_alike(*value, std::get<T>(other));
-}
-
-bool is_written_alike(const channel_record& one, const channel_record& other) {
-    return one.id == other.id && is_written_alike(one.info, other.info) &&
-           is_written_alike(one.crop, other.crop) &&
-           is_written_alike(one.crop_max, other.crop_max) &&
-           is_written_alike(one.resolutions, other.resolutions);
-}
-
 // Omits the filtered list if its channels are in the list of all, with the same answers and in the
 // same order. Properties then mark these channels in the list of all.
 void fold_filtered(snapshot::answers& all) {
@@ -127,7 +50,7 @@ void fold_filtered(snapshot::answers& all) {
     std::vector<channel_record> folded = *channels;
     for (auto rest = folded.begin(); const channel_record& expected : *filtered) {
         rest = std::find_if(rest, folded.end(), [&](const channel_record& channel) {
-            return is_written_alike(channel, expected);
+            return channel.id == expected.id && snapshot::has_same_answers(channel, expected);
         });
         if (rest == folded.end()) {
             return;
@@ -141,15 +64,41 @@ void fold_filtered(snapshot::answers& all) {
 
 // --- Notes --------------------------------------------------------------------------------------
 
-// Prints notes on standard error, each once: channels of inputs are in two lists.
+// Prints a note on standard error for each value that is recorded as JSON, each once: channels of
+// inputs are in two lists.
 class notes {
   public:
-    void add(const snapshot::query& query, const answer<map_entries>& answer) {
-        const auto* map = std::get_if<map_entries>(&answer);
-        if (map == nullptr) {
-            return;
+    void print(const snapshot::answers& all) {
+        snapshot::records::each_answer([&](const snapshot::document_member& at, auto member) {
+            print({at.query}, all.*member);
+        });
+    }
+
+  private:
+    template <class T>
+    void print(const snapshot::query& query, const answer<T>& answer) {
+        if (const auto* value = std::get_if<T>(&answer)) {
+            print(query, *value);
         }
-        for (const auto& [key, value] : *map) {
+    }
+
+    template <class Record>
+    void print(const snapshot::query&, const std::vector<Record>& records) {
+        for (const Record& record : records) {
+            print({Record::subject, record.id}, record);
+        }
+    }
+
+    template <class Record>
+        requires requires { Record::subject; }
+    void print(const snapshot::query& query, const Record& record) {
+        Record::each_answer([&](const char* name, auto member) {
+            print({Record::subject, query.number, name}, record.*member);
+        });
+    }
+
+    void print(const snapshot::query& query, map_entries map) {
+        for (const auto& [key, value] : map) {
             if (value.kind() != snapshot::kind::other) {
                 continue;
             }
@@ -162,48 +111,10 @@ class notes {
         }
     }
 
-  private:
+    void print(const snapshot::query&, const auto&) {}  // other answers contain no such values
+
     std::set<std::string> printed_;
 };
-
-template <class Record, class Function>
-void for_each(const answer<std::vector<Record>>& list, const Function& function) {
-    if (const auto* records = std::get_if<std::vector<Record>>(&list)) {
-        std::ranges::for_each(*records, function);
-    }
-}
-
-// Prints a note for each value that is recorded as JSON.
-void print_notes(const snapshot::answers& all) {
-    notes notes;
-    if (const auto* system = std::get_if<snapshot::system_record>(&all.system)) {
-        notes.add({"system caps"}, system->caps);
-    }
-    if (const auto* mode = std::get_if<snapshot::mode_record>(&all.mode)) {
-        notes.add({"mode info"}, mode->info);
-    }
-    notes.add({"stream debug"}, all.stream_debug);
-    notes.add({"stream quota"}, all.stream_quota);
-    notes.add({"stream limit"}, all.stream_limit);
-    for_each(all.streams, [&](const snapshot::stream_record& stream) {
-        notes.add({"stream", stream.id, "info"}, stream.info);
-        notes.add({"stream", stream.id, "settings"}, stream.settings);
-        notes.add({"stream", stream.id, "debug"}, stream.debug);
-    });
-    notes.add({"channel info"}, all.channel_info);
-    const auto add_channel = [&](const channel_record& channel) {
-        notes.add({"channel", channel.id, "info"}, channel.info);
-    };
-    for_each(all.channels, add_channel);
-    for_each(all.channels_filtered, add_channel);
-    for_each(all.inputs, [&](const snapshot::input_record& input) {
-        notes.add({"input", input.id, "info"}, input.info);
-    });
-    for_each(all.outputs, [&](const snapshot::output_record& output) {
-        notes.add({"output", output.id, "info"}, output.info);
-        notes.add({"output", output.id, "settings"}, output.settings);
-    });
-}
 
 // --- Inputs -------------------------------------------------------------------------------------
 
@@ -232,29 +143,86 @@ void leave_out_missing_inputs(snapshot::answers& all) {
     });
 }
 
-}  // namespace
+// --- The time -----------------------------------------------------------------------------------
 
-std::string record_service(const recording_options& options) {
-    const auto answers = query_service(std::numeric_limits<std::uint32_t>::max());
-    if (!snapshot::is_answered(*answers)) {
-        throw std::runtime_error(std::get<snapshot::failure>(answers->system).message);
+// Returns the time of the clock, or that in the environment variable SOURCE_DATE_EPOCH.
+std::string current_time() {
+    const char* epoch = std::getenv("SOURCE_DATE_EPOCH");
+    if (epoch == nullptr || *epoch == '\0') {
+        const auto now = static_cast<std::int64_t>(std::time(nullptr));
+        return snapshot::utc_time_of(std::clamp<std::int64_t>(now, 0, snapshot::last_second));
     }
-    const auto recording =
-        options.is_redacted ? redact(answers) : std::make_shared<snapshot::answers>(answers);
+    const std::string_view digits = epoch;
+    std::uint64_t seconds = 0;
+    const auto [end, error] =
+        std::from_chars(digits.data(), digits.data() + digits.size(), seconds);
+    if (error != std::errc() || *end != '\0' || seconds > std::uint64_t{snapshot::last_second}) {
+        throw std::runtime_error(
+            std::format("SOURCE_DATE_EPOCH is '{}', not a whole number of seconds from 0 to {}",
+                        snapshot::printable(digits), snapshot::last_second));
+    }
+    return snapshot::utc_time_of(static_cast<std::int64_t>(seconds));
+}
+
+// --- The text -----------------------------------------------------------------------------------
+
+void complete(snapshot::answers& recording, const recording_options& options) {
+    if (options.is_redacted) {
+        redact(recording, options.redaction_key ? &*options.redaction_key : nullptr);
+    }
     if (options.about != nullptr) {
-        recording->about = options.about;
+        recording.about = options.about;
     }
-    print_unqueried_inputs(*recording);
-    leave_out_missing_inputs(*recording);
-    fold_filtered(*recording);
-    print_notes(*recording);
-    std::string text = snapshot::write(*recording);
+}
+
+std::string text_of(const snapshot::answers& recording) {
+    std::string text = snapshot::write(recording);
     if (text.size() > longest_snapshot) {
         throw snapshot::not_recordable(
             std::format("the recording is {} bytes long, more than the {} of a snapshot",
                         text.size(), longest_snapshot));
     }
     return text;
+}
+
+template <class Record>
+void sort_by_place(answer<std::vector<Record>>& list) {
+    if (auto* records = std::get_if<std::vector<Record>>(&list)) {
+        std::ranges::sort(*records, {}, &Record::place);
+    }
+}
+
+}  // namespace
+
+std::string record_service(const recording_options& options) {
+    const std::string begin = current_time();
+    const auto answers = query_service(std::numeric_limits<std::uint32_t>::max());
+    if (!snapshot::is_answered(*answers)) {
+        throw std::runtime_error(std::get<snapshot::failure>(answers->system).message);
+    }
+    snapshot::answers recording(answers);
+    // A snapshot does not become new by being recorded again.
+    const auto origin = replay::answers_origin();
+    recording.recorded =
+        recording.arena.keep(origin && origin->recorded ? *origin->recorded : begin);
+    complete(recording, options);
+    print_unqueried_inputs(recording);
+    leave_out_missing_inputs(recording);
+    fold_filtered(recording);
+    notes().print(recording);
+    return text_of(recording);
+}
+
+std::string record_file(const char* path, const recording_options& options) {
+    const auto loaded = snapshot::load(path);
+    if (!loaded) {
+        throw std::runtime_error(snapshot::printable(loaded.error()));
+    }
+    snapshot::answers recording(*loaded);
+    sort_by_place(recording.inputs);
+    sort_by_place(recording.outputs);
+    complete(recording, options);
+    return text_of(recording);
 }
 
 }  // namespace snapshot_tool

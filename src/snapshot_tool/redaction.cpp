@@ -1,14 +1,18 @@
 #include "snapshot_tool/redaction.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <map>
+#include <set>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 #include <vector>
+
+#include <glib.h>
 
 namespace snapshot_tool {
 namespace {
@@ -35,22 +39,19 @@ bool is_personal(const entry& entry) {
     return entry.key.starts_with(identity_prefix) || is_identity(entry.key);
 }
 
-// Clients are numbered in the order of the document.
+// Without a key, clients are numbered in the order of the document.
 class redaction {
   public:
-    explicit redaction(snapshot::answers& all) : all_(all) {}
+    redaction(snapshot::answers& all, const std::string* key) : all_(all), key_(key) {}
 
     void run();
 
   private:
     void replace(snapshot::failure& failure) { failure.message = "redacted"; }
     void replace(map_entries& map);
-    void replace(snapshot::system_record& system) { replace(system.caps); }
-    void replace(snapshot::mode_record& mode) { replace(mode.info); }
-    void replace(snapshot::stream_record& stream);
-    void replace(snapshot::channel_record& channel);
-    void replace(snapshot::input_record& input);
-    void replace(snapshot::output_record& output);
+    template <class Record>
+        requires requires { Record::subject; }
+    void replace(Record& record);
     void replace(snapshot::rectangle&) {}
     void replace(snapshot::resolution&) {}
     void replace(std::span<const snapshot::resolution>&) {}
@@ -62,55 +63,28 @@ class redaction {
     void replace(answer<T>& answer);
 
     std::string_view client(std::string_view identity);
+    std::string new_name(std::string_view identity) const;
     entry redacted(const entry& original);
 
     snapshot::answers& all_;
+    const std::string* key_;
     std::map<std::string_view, std::string_view> clients_;  // by identity
+    std::set<std::string_view> names_;
 };
 
 void redaction::run() {
-    replace(all_.system);
-    replace(all_.mode);
-    replace(all_.stream_debug);
-    replace(all_.stream_quota);
-    replace(all_.stream_limit);
-    replace(all_.streams);
-    replace(all_.channel_info);
-    replace(all_.channels);
-    replace(all_.channels_filtered);
-    replace(all_.inputs);
-    replace(all_.outputs);
+    snapshot::records::each_answer([&](const auto&, auto member) { replace(all_.*member); });
 }
 
-void redaction::replace(snapshot::stream_record& stream) {
-    replace(stream.info);
-    replace(stream.settings);
-    replace(stream.debug);
-}
-
-void redaction::replace(snapshot::channel_record& channel) {
-    replace(channel.properties);
-    replace(channel.info);
-    replace(channel.crop);
-    replace(channel.crop_max);
-    replace(channel.resolutions);
-}
-
-void redaction::replace(snapshot::input_record& input) {
-    if (input.fails) {
-        replace(*input.fails);
+template <class Record>
+    requires requires { Record::subject; }
+void redaction::replace(Record& record) {
+    if constexpr (requires { record.fails; }) {
+        if (record.fails) {
+            replace(*record.fails);
+        }
     }
-    replace(input.info);
-    replace(input.crop);
-    replace(input.resolution_unrotated);
-}
-
-void redaction::replace(snapshot::output_record& output) {
-    if (output.fails) {
-        replace(*output.fails);
-    }
-    replace(output.info);
-    replace(output.settings);
+    Record::each_answer([&](const char*, auto member) { replace(record.*member); });
 }
 
 template <class T>
@@ -172,17 +146,32 @@ entry redaction::redacted(const entry& original) {
 std::string_view redaction::client(std::string_view identity) {
     const auto [found, is_new] = clients_.try_emplace(identity);
     if (is_new) {
-        found->second = all_.arena.keep("client-" + std::to_string(clients_.size()));
+        found->second = all_.arena.keep(new_name(identity));
+        if (!names_.insert(found->second).second) {
+            throw std::runtime_error("with this key, two clients get one name, " +
+                                     std::string(found->second) + ": use another key");
+        }
     }
     return found->second;
 }
 
+std::string redaction::new_name(std::string_view identity) const {
+    if (key_ == nullptr) {
+        return "client-" + std::to_string(clients_.size());
+    }
+    constexpr std::size_t digits = 12;
+    gchar* digest = g_compute_hmac_for_data(
+        G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(key_->data()), key_->size(),
+        reinterpret_cast<const guchar*>(identity.data()), identity.size());
+    std::string name = "client-" + std::string(digest, digits);
+    g_free(digest);
+    return name;
+}
+
 }  // namespace
 
-std::shared_ptr<snapshot::answers> redact(std::shared_ptr<const snapshot::answers> original) {
-    auto redacted = std::make_shared<snapshot::answers>(std::move(original));
-    redaction(*redacted).run();
-    return redacted;
+void redact(snapshot::answers& all, const std::string* key) {
+    redaction(all, key).run();
 }
 
 }  // namespace snapshot_tool

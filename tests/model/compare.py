@@ -16,6 +16,7 @@ import tempfile
 import generator
 import model
 import processes
+import recording
 
 # Variables of sanitizers, coverage and emulator, as in tests/support/run.cpp.
 PASSED_THROUGH = ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "G_SLICE", "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH",
@@ -36,7 +37,7 @@ class Bench:
     def run(self, name, arguments, locale="C"):
         environment = {key: os.environ[key] for key in PASSED_THROUGH if key in os.environ} | {
             "LC_ALL": locale, "ORU_SNAPSHOT": str(self.snapshot), "ORU_TEST_ETC": self.scratch.name,
-            "LD_PRELOAD": self.redirect,
+            "LD_PRELOAD": self.redirect, "SOURCE_DATE_EPOCH": str(recording.NOW[0]),
             "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
         return subprocess.run([f"{self.bin_dir}/{name}", *arguments], env=environment, stdin=subprocess.DEVNULL,
                               capture_output=True, timeout=120)

@@ -33,6 +33,7 @@ OTHERS = ("null", "[]", "{}", "[ ]", "{ }", "[1, 2, 3]", "[1,[2,[ ]],{}]", '{"a"
           '"\\ud83c\\udfa5 \\u0000"', "123456789012345678901234567890", '"caf\u00e9 // 1"')
 ERRORS = ("device busy", "", "caf\u00e9 closed", "100 % \"lost\"", "two\nlines", "%s %n {} {0}", "\U0001f3a5",
           "a\u2026b\u00a0c", "x" * 300, "\x01\x7f", "not found: /dev/video0")
+TIMES = ("2026-11-22T07:14:32Z", "0001-01-01T00:00:00Z", "2024-02-29T23:59:59Z", "9999-12-31T23:59:59Z")
 FORMATS = {"h264": 0, "h265": 1, "jpeg": 2, "raw": 3, "av1": 10}
 
 
@@ -136,7 +137,8 @@ class Draw(random.Random):
         streams = self.sample((1, 2, 3, 4, 0x1a2b, 0x12345, 65535, 2**31, ALL_ONES, 0, 0), self.choice((0, 1, 2, 3, 5)))
         filtered = self.each(self.channel, self.randrange(4)) if self.chance(0.2) else None
         made = recorded(
-            about=self.choice((None, None, self.text())),
+            version=self.choice((None, 1)), about=self.choice((None, None, self.text())),
+            recorded=self.choice((None, None, *TIMES)),
             system=self.answer(recorded(caps=self.map_answer({"output": (True,) * 7 + (False,)}))),
             mode=self.answer(recorded(info=self.map_answer(MODE_INFO))),
             stream=recorded(debug=self.map_answer(PEAKS | IDENTITIES), quota=self.map_answer(QUOTA),
@@ -237,7 +239,9 @@ BROKEN_VALUES = (
     '{"bytes": "6"}', '{"bytes": "zz"}', '{"bytes": "00"}', '{"bytes": 6}', '{"other": }', '{"other": 1, "bytes": ""}',
     "9223372036854775808", "-9223372036854775809", '"a\\u0000b"', '"\\ud800"', '"\\udc00 "', '"\\x"', '"tab\t"',
     '"\udcff"', '"\udcc3"', "01", "1.", ".5", "+1", "1e", "0x1", "NaN", "nul", "True", "'x'", "1 2", "1,", '"open')
-BROKEN_TEXTS = ("", " \n", "[]", "null", '"{}"', "1", "{,}", '{"about": 1}', '{"About": ""}', '{"a', "{a: 1}", "{}x",
+BROKEN_TEXTS = ('{"version": 2}', '{"version": 0}', '{"version": 1.0}', '{"version": "1"}', '{"version": -1}',
+                '{"recorded": "2026-02-29T00:00:00Z"}', '{"recorded": "2026-11-22T07:14:32+00:00"}', '{"recorded": 1}',
+                "", " \n", "[]", "null", '"{}"', "1", "{,}", '{"about": 1}', '{"About": ""}', '{"a', "{a: 1}", "{}x",
                 '{"stream": []}', "{},", '{"mode": {}, "mode": {}}', '{"formats": []}', "\ufeff\ufeff{}", '{"mode" {}}',
                 '{"mode": {} "input": {}}', "{}}", "{} {}", "{} /* open", "{} /", "{}\0", "{}\udcff")
 

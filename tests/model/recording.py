@@ -1,10 +1,14 @@
 """A second implementation of `oru-snapshot record`.
 
-    record(snapshot, about=None, redact=False, unreachable=None) -> Run(stdout, stderr, status)
+    record(snapshot, about=None, redact=False, key=None, unreachable=None) -> Run(stdout, stderr, status)
+    record_file(snapshot, about=None, redact=False, key=None) -> bytes
 
-The arguments are those of model.run(), and `about` is a text for people. stdout is bytes; stderr is a regular
-expression that matches any key, because the escapes of unusual characters in keys are not implemented here."""
+The first queries a service that answers from the snapshot, the second takes it as FILE. The arguments are those of
+model.run(); `about` is a text for people, and `key` the bytes of a key for redaction. stdout is bytes; stderr is a
+regular expression that matches any key, because the escapes of unusual characters in keys are not implemented here."""
 
+import hashlib
+import hmac
 import json
 import math
 import re
@@ -12,6 +16,8 @@ from typing import NamedTuple
 
 import model
 from model import Failed, Map
+
+NOW = (1795331672, "2026-11-22T07:14:32Z")  # the time of every recording, as $SOURCE_DATE_EPOCH and as text
 
 
 class Run(NamedTuple):
@@ -83,10 +89,13 @@ def lines(brackets, items, level):
 
 # Redaction ----------------------------------------------------------------------------------------
 class Redaction:
-    def __init__(self):
-        self.clients = {}
+    def __init__(self, key=None):
+        self.clients, self.key = {}, key
 
     def client(self, identity):
+        if self.key is not None:
+            identity = identity.encode("utf-8", "surrogateescape")
+            return "client-" + hmac.new(self.key, identity, hashlib.sha256).hexdigest()[:12]
         return self.clients.setdefault(identity, f"client-{len(self.clients) + 1}")
 
     def redacted(self, value):
@@ -205,7 +214,12 @@ def notes(value, subject=""):
             for note in notes(element, f"{subject} {element['id']}:")] if isinstance(value, list) else []
 
 
-def record(snapshot, about=None, redact=False, unreachable=None):
+def heading(about, recorded):
+    return {"version": 1} | ({} if about is None else {"about": Message(about)}) | (
+        {} if recorded is None else {"recorded": Message(recorded)})
+
+
+def record(snapshot, about=None, redact=False, key=None, unreachable=None):
     recorder = Recorder(snapshot, unreachable)
     answers = recorder.everything()
     if not recorder.answered:
@@ -213,7 +227,78 @@ def record(snapshot, about=None, redact=False, unreachable=None):
     messages = "".join(f"oru-snapshot: {subject[1:]}: '.*' is of a kind without a form, recorded as JSON\n"
                        for subject, _ in dict.fromkeys(notes(answers)))
     if redact:
-        answers = Redaction().redacted(answers)
-    if about is not None:
-        answers = {"about": Message(about)} | answers
-    return Run((written(answers) + "\n").encode(), messages.encode(), 0)
+        answers = Redaction(key).redacted(answers)
+    recorded = json.loads(recorder.recorded.get("recorded", f'"{NOW[1]}"'))
+    return Run((written(heading(about, recorded) | answers) + "\n").encode(), messages.encode(), 0)
+
+
+# A FILE -------------------------------------------------------------------------------------------
+def failure_in(value):
+    return isinstance(value, model.Object) and model.text_of(value.get("$error", "")).startswith('"')
+
+
+def numbers(value):
+    return [numbers(element) for element in value] if isinstance(value, list) else int(value)
+
+
+def map_in(value):
+    return Failure(json.loads(value["$error"])) if failure_in(value) else Map(
+        (key, model.typed(entry)) for key, entry in value.items())
+
+
+def properties_in(value):
+    return Map((key, model.typed(entry)) for key, entry in value.items())
+
+
+def numbers_in(value):
+    return Failure(json.loads(value["$error"])) if failure_in(value) else numbers(value)
+
+
+def by_name(value):
+    return Failure(json.loads(value["$error"])) if failure_in(value) else {
+        name: numbers_in(answer) for name, answer in model.in_order(value).items()}
+
+
+def object_in(value, forms):
+    """Returns the members that are given, in the order of the forms."""
+    if failure_in(value) and "$error" not in forms:
+        return Failure(json.loads(value["$error"]))
+    return {name: form_of(value[name]) for name, form_of in forms.items()
+            if name in value and (name != "properties" or value[name])}
+
+
+def list_of(forms):
+    def read(value):
+        return Failure(json.loads(value["$error"])) if failure_in(value) else [
+            {"id": 0} | object_in(element, {"id": int} | forms) for element in value]
+    return read
+
+
+def message_in(value):
+    return Message(json.loads(value))
+
+
+CHANNELS = list_of({"properties": properties_in, "info": map_in, "crop": numbers_in, "crop_max": numbers_in,
+                    "resolutions": by_name})
+FORMS = {
+    "system": {"caps": map_in}, "mode": {"info": map_in},
+    "stream": {"debug": map_in, "quota": map_in, "limit": map_in,
+               "all": list_of({"info": map_in, "settings": map_in, "debug": map_in})},
+    "channel": {"info": map_in, "all": CHANNELS, "filtered": CHANNELS},
+    "input": {"all": list_of({"$error": message_in, "info": map_in, "crop": numbers_in,
+                              "resolution_unrotated": by_name})},
+    "output": {"all": list_of({"$error": message_in, "info": map_in, "settings": map_in})}}
+
+
+def record_file(snapshot, about=None, redact=False, key=None):
+    document = model.read_json(snapshot)
+    own_about, recorded = (name in document and json.loads(document[name]) for name in ("about", "recorded"))
+    answers = {name: object_in(document[name], forms) for name, forms in FORMS.items() if name in document}
+    answers = {name: answer for name, answer in answers.items() if answer != {} or name in ("system", "mode")}
+    if "formats" in document:
+        codes = {nick: int(code) for nick, code in document["formats"].items()}
+        answers["formats"] = dict(sorted(codes.items(), key=lambda entry: entry[1]))
+    if redact:
+        answers = Redaction(key).redacted(answers)
+    about = own_about if about is None and "about" in document else about
+    return (written(heading(about, recorded or None) | answers) + "\n").encode()

@@ -21,7 +21,7 @@ using namespace std::string_literals;
 
 // One line, with every possible member and a value of every kind.
 const std::string full =
-    R"({"about":"a","system":{"caps":{"output":true}},"mode":{"info":{"a":1,"b":-2,"c":1.5,)"
+    R"({"version":1,"about":"a","recorded":"2026-11-22T07:14:32Z","system":{"caps":{"output":true}},"mode":{"info":{"a":1,"b":-2,"c":1.5,)"
     R"("d":"x","e":[1,2],"f":{"uint16":3},"g":{"double":"nan"},"h":{"bytes":"6fff"}}},"stream":{"debug":{"$error":"none"},"quota":{"k":0},)"
     R"("limit":{},"all":[{"id":1,"info":{"x":1},"settings":{"y":2},"debug":{"$error":"gone"}}]},)"
     R"("channel":{"info":{"n":1},"filtered":[{"id":7,"crop_max":[1,1]}],"all":[{"id":0,"properties":{"key":"in"},)"

@@ -91,7 +91,7 @@ TEST(document, reads_every_member_and_requires_none) {
             R"({"system":{},"mode":{},"stream":{},"channel":{},"input":{},"output":{},"formats":{}})"sv,
             R"({"stream":{"all":[]},"channel":{"all":[]},"input":{"all":[]},"output":{"all":[]}})"sv,
             R"({"stream":{"all":[{}]},"channel":{"all":[{}]},"input":{"all":[{"id":1}]},"output":{"all":[{"id":0}]}})"sv,
-            R"({"about":"unit 12, \u00e9","system":{"caps":{}},"mode":{"info":{}},"stream":{"debug":{},"quota":{},"limit":{},
+            R"({"version":1,"about":"unit 12, \u00e9","recorded":"2026-11-22T07:14:32Z","system":{"caps":{}},"mode":{"info":{}},"stream":{"debug":{},"quota":{},"limit":{},
                  "all":[{"id":1,"info":{},"settings":{},"debug":{}}]},
                  "channel":{"info":{},"all":[{"id":0,"properties":{"key":"input"},"info":{},
                  "crop":[0,0,1920,1080],"crop_max":[1920,1080],
@@ -106,6 +106,64 @@ TEST(document, reads_every_member_and_requires_none) {
         }) {
         EXPECT_EQ(complaint(text), "") << text;
     }
+}
+
+TEST(version, is_one_or_left_out) {
+    for (const char* newer : {"2", "10", "4294967297", "18446744073709551616"}) {
+        EXPECT_EQ(complaint(std::format("{{\n \"version\": {}, \"new\": 1}}", newer)),
+                  std::format("2:13: version {} of the format is newer than version 1, the newest "
+                              "that this program reads",
+                              newer));
+    }
+    EXPECT_TRUE(complaint("{\"version\":" + std::string(1000, '9') + "}")
+                    .starts_with("1:12: version 99999999999999999999... of the format is newer"));
+    for (const char* wrong : {"0", "-1", "-2", "1.0", "2.0", "1e0", "10e-1"}) {
+        EXPECT_EQ(complaint(std::format("{{\"version\":{}}}", wrong)),
+                  "1:12: expected the version of the format, 1")
+            << wrong;
+    }
+    EXPECT_EQ(complaint(R"({"version":"1"})"),
+              "1:12: expected the version of the format, found '\"'");
+    EXPECT_EQ(complaint(R"({"version":01})"), "1:12: this is not a JSON number");
+    EXPECT_EQ(complaint(R"({"version":1,"version":1})"), "1:14: duplicate member 'version'");
+}
+
+TEST(time_of_a_recording, exists_and_has_one_form) {
+    for (const char* right :
+         {"2026-11-22T07:14:32Z", "0001-01-01T00:00:00Z", "9999-12-31T23:59:59Z",
+          "2024-02-29T12:00:00Z", "2000-02-29T12:00:00Z", "2026-04-30T00:00:00Z"}) {
+        const auto loaded = load(std::format("{{\"recorded\": \"{}\"}}", right));
+        ASSERT_TRUE(loaded) << loaded.error();
+        EXPECT_EQ((*loaded)->recorded, right);
+    }
+    for (const char* wrong : {"",
+                              "now",
+                              "2026-11-22",
+                              "2026-11-22T07:14Z",
+                              "2026-11-22t07:14:32Z",
+                              "2026-11-22T07:14:32z",
+                              "2026-11-22 07:14:32Z",
+                              "2026-11-22T07:14:32",
+                              "2026-11-22T07:14:32.5Z",
+                              "2026-11-22T07:14:32+00:00",
+                              "2026-11-22T07:14:32Z ",
+                              "+026-11-22T07:14:32Z",
+                              "2026-11-22T 7:14:32Z",
+                              "0000-11-22T07:14:32Z",
+                              "2026-00-22T07:14:32Z",
+                              "2026-13-22T07:14:32Z",
+                              "2026-11-00T07:14:32Z",
+                              "2026-11-31T07:14:32Z",
+                              "2026-02-29T07:14:32Z",
+                              "1900-02-29T07:14:32Z",
+                              "2026-11-22T24:00:00Z",
+                              "2026-11-22T07:60:32Z",
+                              "2026-11-22T07:14:60Z"}) {
+        EXPECT_EQ(complaint(std::format("{{\"recorded\":\"{}\"}}", wrong)),
+                  "1:13: expected a time such as 2026-11-22T07:14:32Z, in UTC")
+            << wrong;
+    }
+    EXPECT_EQ(complaint(R"({"recorded":1795331672})"), "1:13: expected a time, found '1'");
 }
 
 TEST(document, distinguishes_left_out_answers) {

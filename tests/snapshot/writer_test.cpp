@@ -13,10 +13,11 @@ using namespace snapshot;
 using namespace std::string_view_literals;
 
 TEST(writer, writes_one_member_a_line_and_omits_left_out_answers) {
-    EXPECT_EQ(write(answers{}), "{}\n");
+    EXPECT_EQ(write(answers{}), "{\n    \"version\": 1\n}\n");
 
     answers all;
     all.about = "gate \"north\"";
+    all.recorded = "2026-11-22T07:14:32Z";
     all.system = failure{"busy"};
     all.mode = mode_record{};
     const entry entries[] = {{"a", std::uint32_t{1}}, {"b\"", pair32u(1, 2)}};
@@ -39,7 +40,9 @@ TEST(writer, writes_one_member_a_line_and_omits_left_out_answers) {
     all.outputs = failure{"none"};
     all.formats = {{"b", 3}, {"a", 3}, {"c", 1}};
     EXPECT_EQ(write(all), R"({
+    "version": 1,
     "about": "gate \"north\"",
+    "recorded": "2026-11-22T07:14:32Z",
     "system": { "$error": "busy" },
     "mode": {},
     "stream": {

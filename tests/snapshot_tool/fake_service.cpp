@@ -264,3 +264,7 @@ std::vector<native_resolution> native_resolutions(const void* set, std::uint64_t
     }
     return resolutions;
 }
+
+std::optional<replay::origin> replay::answers_origin() {
+    return service.origin;
+}

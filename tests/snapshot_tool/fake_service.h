@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "replay/origin.h"
 #include "video/native.h"
 
 struct fake_failure {
@@ -72,6 +73,8 @@ struct fake_service {
     std::map<std::uint32_t, fake_answer<fake_input>> inputs;
     fake_answer<fake_output> output;
     std::vector<std::pair<std::uint32_t, std::string>> formats;  // code and nick
+
+    std::optional<replay::origin> origin = {};
 
     std::vector<std::uint32_t> opened_inputs = {};
 };

@@ -15,6 +15,8 @@ namespace {
 // A minimal snapshot, and its recording.
 constexpr auto smallest = R"({ "stream": { "all": [ ] }, "formats": { } })";
 constexpr auto smallest_recorded = R"({
+    "version": 1,
+    "recorded": "2026-11-22T07:14:32Z",
     "system": { "$error": "system not recorded" },
     "mode": { "$error": "mode not recorded" },
     "stream": {
@@ -53,7 +55,8 @@ class record : public testing::Test {
     // Runs `oru-snapshot record` on a service that answers from this snapshot.
     result recording_of(std::string_view snapshot, const std::vector<std::string>& arguments = {},
                         command streams = {}) {
-        streams.environment = {"ORU_SNAPSHOT=" + service_.write("service.json", snapshot)};
+        streams.environment.push_back("ORU_SNAPSHOT=" + service_.write("service.json", snapshot));
+        streams.environment.emplace_back("SOURCE_DATE_EPOCH=1795331672");
         std::vector<std::string> all{"record"};
         all.insert(all.end(), arguments.begin(), arguments.end());
         return oru_snapshot(all, streams);
@@ -93,6 +96,8 @@ TEST_F(record, writes_every_answer_in_its_form) {
   "mode": {"info": {}}, "system": {"caps": {"output": true}}
 })"),
               ended(0, R"({
+    "version": 1,
+    "recorded": "2026-11-22T07:14:32Z",
     "system": {
         "caps": {
             "output": true
@@ -206,6 +211,8 @@ TEST_F(record, keeps_kinds_that_have_no_plain_form) {
         "plain": {"bytes": "6f6b"}, "nan": {"double": "-nan"}, "null": {"other": null}}},
         "stream": {"all": [{"id": 9, "settings": {"key": {"other": {}}}}]}})");
     const std::string mode = R"({
+    "version": 1,
+    "recorded": "2026-11-22T07:14:32Z",
     "system": { "$error": "system not recorded" },
     "mode": {
         "info": {
@@ -291,9 +298,11 @@ TEST_F(record, prints_to_standard_output_or_into_a_file) {
 }
 
 TEST_F(record, accepts_a_text_for_people) {
-    const std::string about = "{\n    \"about\": \"gate \\\"north\\\", caf\u00e9\",\n";
+    const std::string version = "{\n    \"version\": 1,\n";
+    const std::string about = "    \"about\": \"gate \\\"north\\\", caf\u00e9\",\n";
     const result got = recording_of(smallest, {"--about", "gate \"north\", caf\u00e9"});
-    EXPECT_EQ(got, ended(0, about + std::string(smallest_recorded).substr(2)));
+    EXPECT_EQ(got,
+              ended(0, version + about + std::string(smallest_recorded).substr(version.size())));
     EXPECT_EQ(recording_of(smallest, {"--about=gate \"north\", caf\u00e9"}), got);
     // It is not an answer of the service: the recording of a recording does not contain it.
     EXPECT_EQ(recording_of(got.out), ended(0, smallest_recorded));

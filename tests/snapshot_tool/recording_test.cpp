@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -26,7 +28,10 @@ using namespace std::string_literals;
 
 class recording : public testing::Test {
   protected:
-    recording() { service = {}; }
+    recording() {
+        service = {};
+        setenv("SOURCE_DATE_EPOCH", "1795331672", 1);  // 2026-11-22T07:14:32Z
+    }
 };
 
 std::string recorded(const recording_options& options = {}) {
@@ -108,6 +113,8 @@ TEST_F(recording, contains_the_failure_of_each_query) {
     service.channels = std::vector{fake_channel{.id = 0}};
     service.channels_of_inputs = fake_failure{"no filter"};
     EXPECT_EQ(recorded(), R"({
+    "version": 1,
+    "recorded": "2026-11-22T07:14:32Z",
     "system": { "$error": "" },
     "mode": { "$error": "" },
     "stream": {
@@ -152,6 +159,55 @@ TEST_F(recording, contains_the_failure_of_each_query) {
     "formats": {}
 }
 )");
+}
+
+// --- The time -----------------------------------------------------------------------------------
+
+// Returns the line with the time of the recording.
+std::string recorded_line() {
+    return lines_from(recorded(), "\"recorded\"", 1);
+}
+
+TEST_F(recording, contains_the_time_of_the_clock) {
+    service.streams = std::vector<fake_stream>();
+    for (const char* unset : {"", static_cast<const char*>(nullptr)}) {
+        unset != nullptr ? setenv("SOURCE_DATE_EPOCH", unset, 1) : unsetenv("SOURCE_DATE_EPOCH");
+        const std::time_t before = std::time(nullptr);
+        const std::string line = recorded_line();
+        const std::time_t after = std::time(nullptr);
+        std::tm read{};
+        ASSERT_NE(strptime(line.c_str(), "    \"recorded\": \"%Y-%m-%dT%H:%M:%SZ\",\n", &read),
+                  nullptr)
+            << line;
+        EXPECT_GE(timegm(&read), before);
+        EXPECT_LE(timegm(&read), after);
+    }
+}
+
+TEST_F(recording, contains_the_time_that_is_set) {
+    service.streams = std::vector<fake_stream>();
+    const std::pair<const char*, const char*> times[] = {{"0", "1970-01-01T00:00:00Z"},
+                                                         {"951782399", "2000-02-28T23:59:59Z"},
+                                                         {"951868800", "2000-03-01T00:00:00Z"},
+                                                         {"253402300799", "9999-12-31T23:59:59Z"}};
+    for (const auto& [seconds, time] : times) {
+        setenv("SOURCE_DATE_EPOCH", seconds, 1);
+        EXPECT_EQ(recorded_line(), std::string("    \"recorded\": \"") + time + "\",\n");
+    }
+    for (const char* wrong : {"253402300800", "18446744073709551616", "-1", "+1", "1.0", "1e3",
+                              " 1", "1 ", "now", "0x1"}) {
+        setenv("SOURCE_DATE_EPOCH", wrong, 1);
+        EXPECT_EQ(refusal(), std::string("SOURCE_DATE_EPOCH is '") + wrong +
+                                 "', not a whole number of seconds from 0 to 253402300799");
+    }
+}
+
+TEST_F(recording, keeps_the_time_of_the_snapshot_that_answers) {
+    service.streams = std::vector<fake_stream>();
+    service.origin = replay::origin{.path = "old.json", .recorded = "0001-01-01T00:00:00Z"};
+    EXPECT_EQ(recorded_line(), "    \"recorded\": \"0001-01-01T00:00:00Z\",\n");
+    service.origin->recorded = {};
+    EXPECT_EQ(recorded_line(), "    \"recorded\": \"2026-11-22T07:14:32Z\",\n");
 }
 
 TEST_F(recording, treats_a_null_list_without_an_error_as_empty) {
@@ -491,7 +547,9 @@ TEST_F(recording, redacts_identities_and_messages) {
 
     const captured errors(stderr);
     EXPECT_EQ(recorded({.about = "by Heinrich", .is_redacted = true}), R"({
+    "version": 1,
     "about": "by Heinrich",
+    "recorded": "2026-11-22T07:14:32Z",
     "system": { "$error": "redacted" },
     "mode": {
         "info": {

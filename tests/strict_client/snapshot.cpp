@@ -504,9 +504,38 @@ by_id<output_record> outputs(const node& parsed) {
     });
 }
 
+void check_time(const std::string& time) {
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    std::sscanf(time.c_str(), "%4d-%2d-%2dT%2d:%2d:%2dZ", &year, &month, &day, &hour, &minute,
+                &second);
+    const bool is_leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    const int days[] = {31, is_leap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool exists = year >= 1 && month >= 1 && month <= 12 && day >= 1 &&
+                        day <= days[month - 1] && hour < 24 && minute < 60 && second < 60;
+    char text[80];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02dZ", year, month, day, hour,
+                  minute, second);
+    if (!exists || time != text) {
+        throw broken("'" + time + "' is not a time");
+    }
+}
+
 snapshot document(const node& root) {
     snapshot read;
     members_of members(root, "a snapshot");
+    if (const node* version = members.find("version")) {
+        if (expect(*version, node_form::whole, "a version").token != "1") {
+            throw broken("version " + version->token + " is not 1");
+        }
+    }
+    if (const node* recorded = members.find("recorded")) {
+        check_time(text(*recorded));
+    }
     if (const node* about = members.find("about")) {
         expect(*about, node_form::text, "a text");
     }

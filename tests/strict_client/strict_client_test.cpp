@@ -390,20 +390,36 @@ TEST(strict_client, rejects_invalid_snapshots) {
                                 "01"}) {
         EXPECT_NE(value(invalid)[0], '{') << invalid;
     }
-    for (const char* invalid :
-         {"", "[]", "{} {}", "\xEF\xBB\xBF{}", R"({"systems": {}})", R"({"mode": {}, "mode": {}})",
-          R"({"mode": {"info": {"a": 1, "a": 1}}})", R"({"stream": {"$error": "x"}})",
-          R"({"stream": {"all": [{"id": 1}, {"id": 1}]}})",
-          R"({"channel": {"all": [{}, {"id": 0}]}})", R"({"input": {"all": [{}]}})",
-          R"({"output": {"all": [{"info": {}}]}})",
-          R"({"input": {"all": [{"id": 1, "$error": "x", "info": {}}]}})",
-          R"({"mode": {"$error": "x", "info": {}}})",
-          R"({"mode": {"info": {"$error": "x", "a": 1}}})", R"({"formats": {"$error": "x"}})",
-          R"({"about": 5})", R"({"channel": {"all": [{"crop": [1, 2, 3]}]}})"}) {
+    for (const char* invalid : {"",
+                                "[]",
+                                "{} {}",
+                                "\xEF\xBB\xBF{}",
+                                R"({"systems": {}})",
+                                R"({"mode": {}, "mode": {}})",
+                                R"({"mode": {"info": {"a": 1, "a": 1}}})",
+                                R"({"stream": {"$error": "x"}})",
+                                R"({"stream": {"all": [{"id": 1}, {"id": 1}]}})",
+                                R"({"channel": {"all": [{}, {"id": 0}]}})",
+                                R"({"input": {"all": [{}]}})",
+                                R"({"output": {"all": [{"info": {}}]}})",
+                                R"({"input": {"all": [{"id": 1, "$error": "x", "info": {}}]}})",
+                                R"({"mode": {"$error": "x", "info": {}}})",
+                                R"({"mode": {"info": {"$error": "x", "a": 1}}})",
+                                R"({"formats": {"$error": "x"}})",
+                                R"({"version": 2})",
+                                R"({"version": 1.0})",
+                                R"({"version": "1"})",
+                                R"({"recorded": "2026-02-29T00:00:00Z"})",
+                                R"({"recorded": "2026-11-22T07:14:60Z"})",
+                                R"({"recorded": "2026-11-22T07:14:32z"})",
+                                R"({"recorded": 1})",
+                                R"({"about": 5})",
+                                R"({"channel": {"all": [{"crop": [1, 2, 3]}]}})"}) {
         EXPECT_NE(caps_of(invalid), "system not recorded") << invalid;
     }
     for (const char* valid :
-         {"{}", "/* a */ {} // b", R"({"about": "x"})", R"({"stream": {"all": [{}, {"id": 0}]}})",
+         {"{}", R"({"version": 1, "recorded": "2024-02-29T23:59:59Z"})", "/* a */ {} // b",
+          R"({"about": "x"})", R"({"stream": {"all": [{}, {"id": 0}]}})",
           R"({"channel": {"all": [{"id": 1}], "filtered": [{"id": 1}]}})",
           R"({"mode": {"info": {"$error": 1, "a": 1}}})", R"({"formats": {}})",
           R"({"input": {"all": {"$error": "x"}}})"}) {

@@ -202,14 +202,14 @@ map map::filter_prefix(std::string_view prefix) const {
 
 std::expected<void, std::string> map::to_json(std::string& out) const {
     std::string text = "{";
-    for (const entry& entry : *this) {
+    for (const auto& [key, value] : *this) {
         if (text.size() > 1) {
             text += ',';
         }
-        append_text(text, entry.key);
+        append_text(text, key);
         text += ':';
-        if (!append_value(text, entry.value)) {
-            return std::unexpected("the value of '" + std::string(entry.key) +
+        if (!append_value(text, value)) {
+            return std::unexpected("the value of '" + std::string(key) +
                                    "' is not finite: JSON has no form for it");
         }
     }

@@ -75,5 +75,8 @@ endif()
 
 # Warnings are errors, in our own code only.
 add_library(oru-warnings INTERFACE)
-target_compile_options(oru-warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Werror
+target_compile_options(oru-warnings INTERFACE -Wall -Wextra -Wpedantic -Werror
+    # GCC's also warns of a variable named as a member function, and of a lambda's parameter named as one
+    # of the function around it.
+    $<$<CXX_COMPILER_ID:Clang>:-Wshadow>
     $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)

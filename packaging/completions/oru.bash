@@ -19,31 +19,26 @@ _oru_files() {
     mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X "!*.$1" -- "$word")
 }
 
-_oru_snapshots() {
-    _oru_files json
-}
-
 _oru_snapshot() {
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} options=--help out=json
     if ((COMP_CWORD == 1)); then
         _oru_switches 'check record show graph metrics --help --version'
         return
     fi
     case ${COMP_WORDS[1]} in
-        check | show | graph) _oru_snapshots ;;
-        record)
-            case ${COMP_WORDS[COMP_CWORD - 1]} in
-                -o) _oru_snapshots ;;
-                --about) ;;
-                *) _oru_switches '-o --about --redact' ;;
-            esac
-            ;;
-        metrics)
-            if [[ ${COMP_WORDS[COMP_CWORD]} == -* ]]; then
-                _oru_switches -o
-            elif [[ ${COMP_WORDS[COMP_CWORD - 1]} == -o ]]; then
-                _oru_files prom
+        check | show | graph) ;;
+        record) options='--output --about --redact --help' ;;
+        metrics) options='--output --help' out=prom ;;
+        *) return ;;
+    esac
+    case $before in
+        -o | --output) _oru_files $out ;;
+        --about) ;;
+        *)
+            if [[ $word == -* || ${COMP_WORDS[1]} == record ]]; then
+                _oru_switches "$options"
             else
-                _oru_snapshots
+                _oru_files json
             fi
             ;;
     esac

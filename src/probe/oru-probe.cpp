@@ -1,14 +1,13 @@
 // The program oru-probe: makes all checks and prints one line for each.
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <exception>
+#include <span>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
+#include "command_line/command_line.h"
 #include "probe/checks.h"
 #include "probe/queries.h"
 #include "probe/service.h"
@@ -17,19 +16,6 @@
 
 namespace probe {
 namespace {
-
-constexpr auto usage = "Usage: oru-probe [--help | --version]\n";
-
-// Returns `status` if standard output was written in full. Otherwise reports the error and returns
-// 1.
-int finish(int status) {
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        std::fprintf(stderr, "oru-probe: cannot write to standard output: %s\n",
-                     std::strerror(errno));
-        return 1;
-    }
-    return status;
-}
 
 // Returns whether the check departed.
 bool print(const std::string& name, const verdict& result) {
@@ -66,25 +52,32 @@ int make_checks() {
             departs |= print(name, result);
         }
     }
-    return finish(departs ? 1 : 0);
+    return command_line::finish("oru-probe", departs ? 1 : 0);
 }
 
-int run(int argc, char** argv) {
-    if (argc < 2) {
-        return make_checks();
-    }
-    const std::string_view argument = argv[1];
-    if (argc == 2 && argument == "--help") {
-        std::fputs(usage, stdout);
-        return finish(0);
-    }
-    if (argc == 2 && argument == "--version") {
+gboolean is_version_wanted = FALSE;
+
+const GOptionEntry options[] = {
+    {"version", 0, 0, G_OPTION_ARG_NONE, &is_version_wanted, "Show the version", nullptr},
+};
+
+int run(std::span<const char* const> /*arguments*/) {
+    if (is_version_wanted != FALSE) {
         std::puts("oru-probe " ORU_VERSION);
-        return finish(0);
+        return command_line::finish("oru-probe", 0);
     }
-    std::fputs(usage, stderr);
-    return 2;
+    return make_checks();
 }
+
+const command_line::command probe{
+    .name = "oru-probe",
+    .arguments = nullptr,
+    .summary = "Checks the client libraries through which it queries the video service.",
+    .example = "ORU_SNAPSHOT=gate4.json oru-probe",
+    .manual = "oru-probe(1)",
+    .options = options,
+    .run = run,
+};
 
 }  // namespace
 }  // namespace probe
@@ -92,7 +85,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit on file sizes fails instead
     try {
-        return probe::run(argc, argv);
+        return command_line::run(probe::probe, argc, argv);
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "oru-probe: %s\n", snapshot::printable(exception.what()).c_str());
         return 1;

@@ -1,20 +1,15 @@
 #include <algorithm>
 #include <cstdio>
-#include <span>
+#include <limits>
 
 #include "snapshot/printable.h"
 #include "snapshot_tool/command.h"
 
 namespace snapshot_tool {
+namespace {
 
-std::optional<int> check(int argc, char** argv) {
-    if (argc < 2) {
-        return std::nullopt;
-    }
-    const std::span files(argv + 1, static_cast<std::size_t>(argc) - 1);
-    if (!std::ranges::all_of(files, may_open)) {
-        return 2;
-    }
+int run(std::span<const char* const> files) {
+    std::ranges::for_each(files, require_may_open);
     int status = 0;
     for (const char* file : files) {
         if (const auto loaded = load_file(file)) {
@@ -26,5 +21,18 @@ std::optional<int> check(int argc, char** argv) {
     }
     return finish(status);
 }
+
+}  // namespace
+
+const command check{
+    .name = "oru-snapshot check",
+    .arguments = "FILE...",
+    .fewest_arguments = 1,
+    .most_arguments = std::numeric_limits<std::size_t>::max(),
+    .summary = "Checks whether each FILE is a snapshot.",
+    .example = "oru-snapshot check gate4.json",
+    .manual = "oru-snapshot(1)",
+    .run = run,
+};
 
 }  // namespace snapshot_tool

@@ -2,9 +2,7 @@
 
 #include <sys/auxv.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <stdexcept>
 #include <string_view>
 
 #include "snapshot/printable.h"
@@ -26,39 +24,29 @@ std::string name_of(const char* file) {
 }
 
 snapshot::loaded load_file(const char* file) {
+    require_may_open(file);
     return is_standard_stream(file) ? snapshot::load_standard_input() : snapshot::load(file);
+}
+
+const char* only_file(std::span<const char* const> arguments) {
+    return arguments.empty() ? nullptr : arguments.front();
 }
 
 snapshot::loaded take_snapshot(const char* file) {
     return file != nullptr ? load_file(file) : query_service(most_inputs_counted);
 }
 
-bool may_open(const char* file) {
+void require_may_open(const char* file) {
     if (getauxval(AT_SECURE) != 0 && !is_standard_stream(file)) {
-        std::fprintf(stderr,
-                     "oru-snapshot: %s: a program with more rights than its caller opens no files: "
-                     "use '-'\n",
-                     snapshot::printable(file).c_str());
-        return false;
+        failure_status = 2;
+        throw std::runtime_error(std::string(file) +
+                                 ": a program with more rights than its caller opens no files: "
+                                 "use '-'");
     }
-    return true;
-}
-
-bool is_file_name(const char* file) {
-    if (*file == '\0') {
-        std::fputs("oru-snapshot: the name of FILE is empty\n", stderr);
-        return false;
-    }
-    return may_open(file);
 }
 
 int finish(int status) {
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        std::fprintf(stderr, "oru-snapshot: cannot write to standard output: %s\n",
-                     std::strerror(errno));
-        return 1;
-    }
-    return status;
+    return command_line::finish("oru-snapshot", status, failure_status);
 }
 
 }  // namespace snapshot_tool

@@ -7,16 +7,9 @@
 
 namespace snapshot_tool {
 
-std::optional<int> print_description(int argc, char** argv,
-                                     std::string (*describe)(const device&)) {
-    const char* file = argc > 1 ? argv[1] : nullptr;
-    if (argc > 2 || (argc == 2 && file[0] == '-' && file[1] != '\0')) {
-        return std::nullopt;
-    }
-    if (file != nullptr && !is_file_name(file)) {
-        return 2;
-    }
-    const device figures = figures_of(take_snapshot(file));
+int print_description(std::span<const char* const> arguments,
+                      std::string (*describe)(const device&)) {
+    const device figures = figures_of(take_snapshot(only_file(arguments)));
     if (!figures.reached) {
         throw std::runtime_error(figures.reached.error());
     }

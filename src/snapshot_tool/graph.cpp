@@ -381,10 +381,20 @@ std::string describe(const device& device) {
            "}\n";
 }
 
+int run(std::span<const char* const> arguments) {
+    return print_description(arguments, describe);
+}
+
 }  // namespace
 
-std::optional<int> graph(int argc, char** argv) {
-    return print_description(argc, argv, describe);
-}
+const command graph{
+    .name = "oru-snapshot graph",
+    .arguments = "[FILE]",
+    .most_arguments = 1,
+    .summary = "Draws the device for Graphviz. Without FILE, queries the video service.",
+    .example = "oru-snapshot graph gate4.json | dot -Tsvg >gate4.svg",
+    .manual = "oru-snapshot(1)",
+    .run = run,
+};
 
 }  // namespace snapshot_tool

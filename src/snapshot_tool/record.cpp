@@ -2,52 +2,49 @@
 #include <string>
 #include <string_view>
 
-#include <getopt.h>
-
 #include "snapshot_tool/command.h"
 #include "snapshot_tool/recording.h"
 #include "snapshot_tool/replace_file.h"
 
 namespace snapshot_tool {
 
-std::optional<int> record(int argc, char** argv) {
-    static constexpr option long_options[] = {
-        {"about", required_argument, nullptr, 'a'},
-        {"redact", no_argument, nullptr, 'r'},
-        {},
-    };
-    const char* file = nullptr;
-    recording_options options;
-    opterr = 0;
-    for (int letter = 0; (letter = getopt_long(argc, argv, "o:", long_options, nullptr)) != -1;) {
-        switch (letter) {
-            case 'o':
-                file = optarg;
-                break;
-            case 'a':
-                options.about = optarg;
-                break;
-            case 'r':
-                options.is_redacted = true;
-                break;
-            default:
-                return std::nullopt;
-        }
-    }
-    if (optind < argc) {
-        return std::nullopt;
-    }
-    if (file != nullptr && !may_open(file)) {
-        return 2;
-    }
+namespace {
 
-    const std::string text = record_service(options);
-    if (file != nullptr && std::string_view(file) != "-") {
-        replace_file(file, text, 0640);
+char* out = nullptr;
+char* about = nullptr;
+gboolean is_redacted = FALSE;
+
+const GOptionEntry options[] = {
+    {"output", 'o', 0, G_OPTION_ARG_FILENAME, &out, "Write into OUT, not to standard output",
+     "OUT"},
+    {"about", 0, 0, G_OPTION_ARG_FILENAME, &about, "Begin the recording with a text for people",
+     "TEXT"},
+    {"redact", 0, 0, G_OPTION_ARG_NONE, &is_redacted, "Replace identities and messages", nullptr},
+};
+
+int run(std::span<const char* const> /*arguments*/) {
+    if (out != nullptr) {
+        require_may_open(out);
+    }
+    const std::string text = record_service({.about = about, .is_redacted = is_redacted != FALSE});
+    if (out != nullptr && std::string_view(out) != "-") {
+        replace_file(out, text, 0640);
         return 0;
     }
     std::fwrite(text.data(), 1, text.size(), stdout);
     return finish(0);
 }
+
+}  // namespace
+
+const command record{
+    .name = "oru-snapshot record",
+    .arguments = nullptr,
+    .summary = "Queries the video service and prints its answers as a snapshot.",
+    .example = "oru-snapshot record --about 'gate 4 freezes' -o gate4.json",
+    .manual = "oru-snapshot(1)",
+    .options = options,
+    .run = run,
+};
 
 }  // namespace snapshot_tool

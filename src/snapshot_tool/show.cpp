@@ -350,10 +350,20 @@ std::string describe(const device& device) {
     return text;
 }
 
+int run(std::span<const char* const> arguments) {
+    return print_description(arguments, describe);
+}
+
 }  // namespace
 
-std::optional<int> show(int argc, char** argv) {
-    return print_description(argc, argv, describe);
-}
+const command show{
+    .name = "oru-snapshot show",
+    .arguments = "[FILE]",
+    .most_arguments = 1,
+    .summary = "Prints the device as tables. Without FILE, queries the video service.",
+    .example = "oru-snapshot show gate4.json",
+    .manual = "oru-snapshot(1)",
+    .run = run,
+};
 
 }  // namespace snapshot_tool

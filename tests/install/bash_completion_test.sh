@@ -40,19 +40,23 @@ completes 'oru-serverreport-tool --list-o' --list-output
 completes 'oru-snapshot ' check record show graph metrics --help --version
 completes 'oru-snapshot c' check
 completes 'oru-snapshot --help '
-completes 'oru-snapshot record ' -o --about --redact
+completes 'oru-snapshot record ' --output --about --redact --help
 completes 'oru-snapshot record --redact --a' --about
 completes 'oru-snapshot record --about '
-completes 'oru-snapshot metrics -' -o
+completes 'oru-snapshot show --h' --help
 
-# The help and the completion have the same commands and switches.
-mapfile -t commands < <("$tools/oru-snapshot" --help | grep -o -E -e 'oru-snapshot [a-z]+' | cut -d ' ' -f 2)
-completes 'oru-snapshot ' "${commands[@]}" --help --version
-mapfile -t switches < <("$tools/oru-snapshot" --help | sed -n 's/.* record //p' | grep -o -E -e '-[a-z-]+')
-completes 'oru-snapshot record ' "${switches[@]}"
+# The help and the completion have the same commands and options.
+options_of() { "$@" --help | grep -o -E -e '--[a-z-]+' | sort -u; }
+mapfile -t commands < <("$tools/oru-snapshot" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]\+\).*/\1/p')
+mapfile -t options < <(options_of "$tools/oru-snapshot")
+completes 'oru-snapshot ' "${commands[@]}" "${options[@]}"
+for command in "${commands[@]}"; do
+    mapfile -t options < <(options_of "$tools/oru-snapshot" "$command")
+    completes "oru-snapshot $command -" "${options[@]}"
+done
 for tool in oru-tlm-tool oru-serverreport-tool; do
-    mapfile -t switches < <("$tools/$tool" --help | grep -o -E -e '--[a-z-]+' | sort -u)
-    completes "$tool -" "${switches[@]}"
+    mapfile -t options < <(options_of "$tools/$tool")
+    completes "$tool -" "${options[@]}"
 done
 
 directory=$(mktemp -d)
@@ -68,6 +72,7 @@ completes 'oru-snapshot show ' one.json two.json records
 completes 'oru-snapshot graph t' two.json
 completes 'oru-snapshot metrics ' one.json two.json records
 completes 'oru-snapshot metrics -o ' oru.prom records
+completes 'oru-snapshot metrics --output ' oru.prom records
 completes 'oru-snapshot metrics -o oru.prom o' one.json
 
 ((failed)) || echo "bash_completion_test: all completions are as expected"

@@ -67,12 +67,14 @@ completes 'oru-snapshot show o' 'oru-snapshot show one.json '
 completes 'oru-snapshot graph rec' 'oru-snapshot graph records/'
 completes 'oru-snapshot metrics -o or' 'oru-snapshot metrics -o oru.prom '
 completes 'oru-snapshot metrics -o oru.prom on' 'oru-snapshot metrics -o oru.prom one.json '
+completes 'oru-snapshot metrics --output=or' 'oru-snapshot metrics --output=oru.prom '
 completes 'oru-snapshot record --r' 'oru-snapshot record --redact '
 completes 'oru-snapshot record --redact -o o' 'oru-snapshot record --redact -o one.json '
 lists 'oru-tlm-tool --' '--stream-max-stats --system-info --identity-info --help'
 lists 'oru-serverreport-tool --' "--list-streams --stream-quotas --list-output --list-channels \
 --list-resolutions --list-available-resolutions --list-inputs --help"
-lists 'oru-snapshot record -' '-o --about --redact'
+lists 'oru-snapshot record --' '--help --redact --output --about'
+lists 'oru-snapshot show -' '-h --help'
 zpty -d shell
 (( failed )) || print "zsh_completion_test: all completions are as expected"
 exit $failed

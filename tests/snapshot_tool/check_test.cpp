@@ -17,9 +17,6 @@ TEST(check, reads_every_file) {
     EXPECT_EQ(oru_snapshot({"check", bad}), ended(1, "", wrong));
     EXPECT_EQ(oru_snapshot({"check", bad, good, "/nowhere", good}),
               ended(1, ok + ok, wrong + "/nowhere: No such file or directory\n"));
-    EXPECT_EQ(oru_snapshot({"check", ""}), ended(1, "", ": No such file or directory\n"));
-    EXPECT_EQ(oru_snapshot({"check", "--help"}),
-              ended(1, "", "--help: No such file or directory\n"));
 }
 
 // A backslash stays as it is: a text is escaped once.
@@ -33,13 +30,6 @@ TEST(check, prints_names_without_what_a_terminal_obeys) {
     scratch.write("a\n\033[2J\u0085\u202e\xff\\.json", R"({"\u0085\u2028\n\\": 1})");
     EXPECT_EQ(oru_snapshot({"check", good}),
               ended(1, "", shown + R"(:1:2: unknown member '\u0085\u2028\n\')" + "\n"));
-}
-
-TEST(check, requires_a_file) {
-    const result got = oru_snapshot({"check"});
-    EXPECT_EQ(got.status, 2);
-    EXPECT_TRUE(got.err.starts_with("Usage: oru-snapshot check FILE...\n")) << got;
-    EXPECT_EQ(got.out, "");
 }
 
 TEST(check, reads_standard_input) {

@@ -45,11 +45,6 @@ TEST_P(each_command, prints_a_file_instead_of_the_service) {
     EXPECT_EQ(oru_snapshot({GetParam(), "-"}, streams), ended(0, golden("two-input-encoder")));
 }
 
-TEST_P(each_command, requires_a_file_name_that_is_not_empty) {
-    EXPECT_EQ(oru_snapshot({GetParam(), ""}),
-              ended(2, "", "oru-snapshot: the name of FILE is empty\n"));
-}
-
 INSTANTIATE_TEST_SUITE_P(of_the_three, each_command, testing::Values("show", "graph", "metrics"),
                          [](const auto& info) { return std::string(info.param); });
 

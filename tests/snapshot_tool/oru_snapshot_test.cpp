@@ -5,47 +5,117 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "support/temp_directory.h"
+
 namespace {
 
-constexpr auto usage =
-    "Usage: oru-snapshot check FILE...\n"
-    "       oru-snapshot record [-o FILE] [--about TEXT] [--redact]\n"
-    "       oru-snapshot show [FILE]\n"
-    "       oru-snapshot graph [FILE]\n"
-    "       oru-snapshot metrics [-o FILE] [FILE]\n"
-    "       oru-snapshot --help | --version\n";
+const std::vector<std::string> commands = {"check", "record", "show", "graph", "metrics"};
 
-TEST(oru_snapshot, prints_its_usage) {
-    EXPECT_EQ(oru_snapshot({"--help"}), ended(0, usage));
+constexpr auto list = "check, record, show, graph, metrics";
+
+TEST(oru_snapshot, lists_its_commands) {
+    const std::string help = oru_snapshot({"--help"}).out;
+    EXPECT_TRUE(help.starts_with("Usage:\n  oru-snapshot [OPTION…] COMMAND\n\n")) << help;
+    for (const std::string& name : commands) {
+        EXPECT_TRUE(help.contains("\n  " + name)) << name << '\n' << help;
+    }
+    EXPECT_EQ(oru_snapshot({"-h"}), ended(0, help));
     EXPECT_EQ(oru_snapshot({"--version"}), ended(0, "oru-snapshot " ORU_VERSION "\n"));
-    EXPECT_EQ(oru_snapshot({}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"verify", "x"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({""}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"show", "a", "b"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"show", "--all"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"graph", "a", "b"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"graph", "-x"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"metrics", "a", "b"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"metrics", "-x"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"metrics", "-o"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"metrics", "-o", "a", "b", "c"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"probe"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"--help", "x"}), ended(2, "", usage));
-    EXPECT_EQ(oru_snapshot({"--version", "x"}), ended(2, "", usage));
+}
+
+TEST(oru_snapshot, explains_each_command) {
+    EXPECT_EQ(oru_snapshot({"metrics", "-h"}), ended(0, R"(Usage:
+  oru-snapshot metrics [OPTION…] [FILE]
+
+Prints figures for Prometheus. Without FILE, queries the video service.
+
+Options:
+  -o, --output=OUT     Write into OUT, not to standard output
+  -h, --help           Show this help
+
+Example:
+  oru-snapshot metrics -o /var/lib/prometheus/node-exporter/oru.prom
+
+Manual: oru-snapshot(1)
+)"));
+    for (const std::string& name : commands) {
+        const result got = oru_snapshot({name, "x", "--help"});
+        EXPECT_EQ(got.status, 0) << got;
+        EXPECT_TRUE(got.out.starts_with("Usage:\n  oru-snapshot " + name + " ")) << got;
+        EXPECT_TRUE(got.out.contains("\nExample:\n  oru-snapshot " + name + " ")) << got;
+        EXPECT_TRUE(got.out.contains("\nManual: oru-snapshot(1)\n")) << got;
+    }
+}
+
+struct mistake {
+    std::vector<std::string> arguments;
+    std::string answer;
+};
+
+TEST(oru_snapshot, says_what_is_wrong_with_a_command_line) {
+    for (const auto& [arguments, answer] : std::vector<mistake>{
+             {{},
+              std::string("oru-snapshot: no command: expected one of ") + list +
+                  "\nTry 'oru-snapshot --help'.\n"},
+             {{"shwo"}, "oru-snapshot: unknown command 'shwo': did you mean 'show'?\n"},
+             {{"metric", "x"}, "oru-snapshot: unknown command 'metric': did you mean 'metrics'?\n"},
+             {{"chk"}, "oru-snapshot: unknown command 'chk': did you mean 'check'?\n"},
+             {{"help"}, "oru-snapshot: unknown command 'help': did you mean '--help'?\n"},
+             {{"verify", "x"},
+              std::string("oru-snapshot: unknown command 'verify': expected one of ") + list +
+                  "\n"},
+             {{""},
+              std::string("oru-snapshot: unknown command '': expected one of ") + list + "\n"},
+             {{"sho\033w"}, "oru-snapshot: unknown command 'sho\\x1bw': did you mean 'show'?\n"},
+             {{"--wide"}, "oru-snapshot: unknown option --wide\nTry 'oru-snapshot --help'.\n"},
+             {{"show", "--wdie\xff"},
+              "oru-snapshot show: unknown option --wdie\\xff\nTry 'oru-snapshot show --help'.\n"},
+             {{"graph", "a", "b"},
+              "oru-snapshot graph: unexpected argument 'b'\nTry 'oru-snapshot graph --help'.\n"},
+             {{"show", ""},
+              "oru-snapshot show: an argument is empty\nTry 'oru-snapshot show --help'.\n"},
+             {{"check"},
+              "oru-snapshot check: too few arguments: expected FILE...\n"
+              "Try 'oru-snapshot check --help'.\n"},
+             {{"metrics", "x", "-o"},
+              "oru-snapshot metrics: missing argument for -o\n"
+              "Try 'oru-snapshot metrics --help'.\n"},
+             {{"metrics", "-oout", "x"},
+              "oru-snapshot metrics: error parsing option -o: its value must be the next argument\n"
+              "Try 'oru-snapshot metrics --help'.\n"},
+             {{"record", "--about", "--redact=x", "--redact=no"},
+              "oru-snapshot record: option --redact takes no value\n"
+              "Try 'oru-snapshot record --help'.\n"},
+         }) {
+        EXPECT_EQ(oru_snapshot(arguments), ended(2, "", answer));
+    }
+}
+
+TEST(oru_snapshot, takes_options_before_and_after_a_file_and_files_like_options) {
+    const temp_directory scratch;
+    const std::string file = scratch.write("-o", "{}");
+    const std::string out = scratch.path() + "/figures\xff";
+    const result got = oru_snapshot({"metrics", file, "-o", out});
+    EXPECT_EQ(oru_snapshot({"metrics", "--output=" + out, file}), got);
+    EXPECT_EQ(got, ended(0, "", "oru-snapshot: streams not recorded\n"));
+    EXPECT_EQ(oru_snapshot({"check", "--", "-o"}), ended(1, "", "-o: No such file or directory\n"));
 }
 
 TEST(oru_snapshot, fails_if_its_output_is_lost) {
-    for (const char* given : {"--help", "--version"}) {
-        EXPECT_EQ(oru_snapshot({given}, {.stdout_to = "/dev/full"}),
+    for (const std::vector<std::string>& given :
+         std::vector<std::vector<std::string>>{{"--help"}, {"--version"}, {"record", "--help"}}) {
+        EXPECT_EQ(oru_snapshot(given, {.stdout_to = "/dev/full"}),
                   ended(1, "",
                         "oru-snapshot: cannot write to standard output: "
                         "No space left on device\n"));
         EXPECT_EQ(
-            oru_snapshot({given}, {.stdout_to = closed_stream}),
+            oru_snapshot(given, {.stdout_to = closed_stream}),
             ended(1, "", "oru-snapshot: cannot write to standard output: Bad file descriptor\n"));
     }
 }

@@ -332,20 +332,6 @@ TEST_F(record, fails_if_its_output_is_lost) {
               ended(0, ""));
 }
 
-TEST_F(record, rejects_other_arguments) {
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"-o"},
-                                                      {"--about"},
-                                                      {"file"},
-                                                      {"--redact=no"},
-                                                      {"--help"},
-                                                      {"-x"}}) {
-        const result got = recording_of(smallest, arguments);
-        EXPECT_EQ(got.status, 2) << arguments[0];
-        EXPECT_EQ(got.out, "");
-        EXPECT_TRUE(got.err.starts_with("Usage: oru-snapshot ")) << got;
-    }
-}
-
 // An answer of every kind to every query that redaction changes, with unique texts.
 TEST_F(record, redacts_every_identity_and_message) {
     const std::vector<std::string> texts = {"anton", "berta",  "caesar",   "dora", "emil",

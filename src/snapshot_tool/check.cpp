@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "snapshot/lookup.h"
 #include "snapshot/printable.h"
 #include "snapshot_tool/command.h"
 
@@ -13,7 +14,8 @@ int run(std::span<const char* const> files) {
     int status = 0;
     for (const char* file : files) {
         if (const auto loaded = load_file(file)) {
-            std::printf("%s: ok\n", name_of(file).c_str());
+            std::printf("%s: ok%s\n", name_of(file).c_str(),
+                        snapshot::is_answered(**loaded) ? "" : ", but it answers no query");
         } else {
             std::fprintf(stderr, "%s\n", snapshot::printable(loaded.error()).c_str());
             status = 1;

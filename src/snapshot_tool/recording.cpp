@@ -18,11 +18,11 @@
 
 #include "replay/origin.h"
 #include "snapshot/comparison.h"
-#include "snapshot/load.h"
 #include "snapshot/lookup.h"
 #include "snapshot/printable.h"
 #include "snapshot/utc_time.h"
 #include "snapshot/writer.h"
+#include "snapshot_tool/command.h"
 #include "snapshot_tool/inputs.h"
 #include "snapshot_tool/query.h"
 #include "snapshot_tool/redaction.h"
@@ -213,10 +213,10 @@ std::string record_service(const recording_options& options) {
     return text_of(recording);
 }
 
-std::string record_file(const char* path, const recording_options& options) {
-    const auto loaded = snapshot::load(path);
+std::string record_file(const char* file, const recording_options& options) {
+    const auto loaded = load_file(file);
     if (!loaded) {
-        throw std::runtime_error(snapshot::printable(loaded.error()));
+        throw std::runtime_error(loaded.error());
     }
     snapshot::answers recording(*loaded);
     sort_by_place(recording.inputs);

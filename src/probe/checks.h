@@ -1,4 +1,5 @@
-// The tables of checks. Each table is in the file that its comment names.
+// The tables of checks. Each table is in the file that its comment names. There, the comment on the
+// function of a check says what the library must do.
 #pragma once
 
 #include <span>

@@ -21,10 +21,10 @@ namespace {
 // --- Getters ------------------------------------------------------------------------------------
 //
 // Each type describes one getter:
-// - defaults: two, so that a value that equals one is not mistaken for it
+// - defaults: two, because a value in the map may be equal to one of them
 // - get(): the getter
 // - to_native(): converts the result for comparison with the native map
-// - widen(): the result for a value of another kind that the getter may convert without loss
+// - widen(): returns the result for a value of another kind that the getter may widen, or none
 
 template <class Unsigned>
 std::optional<native_value> widen_unsigned(const native_value& value) {
@@ -93,12 +93,13 @@ struct pair_getter : widens_nothing {
 // --- Results ------------------------------------------------------------------------------------
 
 struct getter_result {
-    bool is_default;    // with both defaults
-    std::string value;  // as value_text() returns it; empty unless it is the same with both
+    bool is_default;    // each call returned its default
+    std::string value;  // as value_text() returns it; empty if is_default or if the calls differ
     std::string text;   // for messages
 };
 
-// A returned text is the default only if the pointer is. Doubles are compared by their bits.
+// Texts are compared as pointers: a copy of the default is not the default. Doubles are compared by
+// their bits, so that NaN is identical to itself.
 template <class Value>
 bool is_identical(Value value, Value other) {
     if constexpr (std::is_same_v<Value, gdouble>) {
@@ -108,6 +109,7 @@ bool is_identical(Value value, Value other) {
     }
 }
 
+// Calls the getter once with each default.
 template <class Getter>
 getter_result call(OruMap* map, const std::string& key) {
     std::array<std::string, 2> texts;

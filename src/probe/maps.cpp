@@ -1,4 +1,4 @@
-// Checks of the operations that change a map or select from it.
+// Checks of the operations on maps, except the getters.
 #include <algorithm>
 #include <format>
 #include <string>
@@ -23,7 +23,7 @@ bool equals(std::string_view key, std::string_view other) {
     return key == other;
 }
 
-// Returns prefixes that some keys of the map begin with.
+// Returns the first half of some keys of the map.
 std::vector<std::string> sample_prefixes(const map_contents& contents) {
     std::vector<std::string> prefixes;
     for (const std::string& key : sample_keys(contents)) {
@@ -266,8 +266,8 @@ void check_two_answers(const video_service& service, verdict& result) {
 }
 
 constexpr check checks[] = {
-    // First, because later checks remove entries too: with a faulty library the service would
-    // lack these entries from the start.
+    // These two are first. All removals change the service if the library is faulty, and an entry
+    // that an earlier check has removed cannot show the fault.
     {"the service after oru_map_remove", check_service_after_remove},
     {"the service after oru_map_remove_prefix", check_service_after_remove_prefix},
     {"oru_map_new", check_new},

@@ -42,7 +42,7 @@ void check_order_of_keys(const video_service& service, verdict& result) {
 
 // native_map_get_uint() finds 16-bit and 32-bit unsigned values, and no others.
 void check_look_up(const video_service& service, verdict& result) {
-    // Two defaults, so that a value that equals one is not mistaken for it.
+    // Two defaults, because the value may be equal to one of them.
     const auto look_up = [](OruMap* map, const std::string& key) -> std::string {
         const std::uint32_t first = native_map_get_uint(map, key.c_str(), 3);
         const std::uint32_t second = native_map_get_uint(map, key.c_str(), 4);

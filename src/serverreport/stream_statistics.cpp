@@ -8,7 +8,8 @@
 #include "serverreport/stream_snapshot.h"
 #include "video/native.h"
 
-// The first members of the line in the order in which they are printed, all of them doubles.
+// The first members of a stream's line, in the order in which they are printed. They are doubles
+// because the line has the number form of doubles, such as 3e+1.
 struct stream_counters {
     double actual_framerate;
     double bitrate;
@@ -29,7 +30,7 @@ struct stream_counters {
 
 namespace {
 
-// The keys of a client's data. The service reports eight clients at most.
+// The keys of a client's data. The service reports at most eight clients.
 struct client_keys {
     const char* duration;
     const char* reclaim_count;
@@ -82,6 +83,7 @@ void print_stream_statistics(const stream_snapshot_entry& entry, std::uint32_t l
         const std::uint32_t count = oru_map_get_uint32(entry.debug, client.reclaim_count, 0);
         if (count != 0) {
             reclaim_counts[client.reclaim_count] = count;
+            // The service's text is a list without brackets. Nothing checks it.
             reclaim_histograms[client.reclaim_histogram] = '[' + std::string(histogram) + ']';
         }
     }

@@ -7,6 +7,7 @@
 #include <expected>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "snapshot/load.h"
@@ -128,6 +129,12 @@ struct hdmi_output {
     outcome<output_info> info;
 };
 
+// How many queries of a kind were not answered.
+struct unanswered_queries {
+    std::string_view kind;  // such as "stream info"
+    std::size_t count = 0;
+};
+
 struct device {
     outcome<std::vector<stream>> streams;
     outcome<service_counters> service;
@@ -141,7 +148,7 @@ struct device {
 
     // If the service answered no query: the message of the first failure.
     outcome<void> reached;
-    std::size_t failures = 0;  // queries that were not answered
+    std::vector<unanswered_queries> unanswered;  // one of every kind, unless nothing was read
 };
 
 // Returns the figure from the first stream that reports it, otherwise from the service-wide

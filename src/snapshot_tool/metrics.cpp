@@ -9,7 +9,6 @@
 #include "snapshot_tool/replace_file.h"
 
 namespace snapshot_tool {
-
 namespace {
 
 char* out = nullptr;

@@ -35,7 +35,8 @@ std::string differences(const snapshot::answers& older, const snapshot::answers&
     std::string lines;
     const bool is_different =
         snapshot_tool::find_differences(older, newer, is_complete, [&](std::string_view line) {
-            require(!line.empty() && snapshot::printable(line) == line, "a line is printable", line);
+            require(!line.empty() && snapshot::printable(line) == line, "a line is printable",
+                    line);
             lines.append(line).append("\n");
         });
     require(is_different != lines.empty(), "a difference has a line", lines);

@@ -39,8 +39,7 @@ TEST(check, says_that_a_snapshot_answers_nothing) {
           R"({"system": {"$error": "a"}, "stream": {"all": {"$error": "b"}},
               "input": {"all": [{"id": 1, "$error": "c"}]}, "output": {"all": {"$error": "d"}}})"}) {
         const std::string file = scratch.write("file.json", text);
-        EXPECT_EQ(oru_snapshot({"check", file}),
-                  ended(0, file + ": ok, but it answers no query\n"))
+        EXPECT_EQ(oru_snapshot({"check", file}), ended(0, file + ": ok, but it answers no query\n"))
             << text;
     }
     for (const char* text : {R"({"system": {}})", R"({"stream": {"all": []}})",
@@ -74,8 +73,10 @@ TEST(check, reads_a_pipe_from_another_program) {
               ended(0, "/dev/stdin: ok\n"));
     EXPECT_EQ(shell("echo '{' | \"$0\" check /dev/stdin"),
               ended(1, "", "/dev/stdin:2:1: expected a member name, found the end of the file\n"));
-    EXPECT_EQ(shell("\"$0\" check <(echo '{\"mode\": {}}') <(echo '[') 2>&1 | sed 's:/dev/fd/[0-9]*:FD:'"),
-              ended(0, "FD:1:1: expected a snapshot (an object), found '['\nFD: ok\n"));
+    EXPECT_EQ(
+        shell(
+            "\"$0\" check <(echo '{\"mode\": {}}') <(echo '[') 2>&1 | sed 's:/dev/fd/[0-9]*:FD:'"),
+        ended(0, "FD:1:1: expected a snapshot (an object), found '['\nFD: ok\n"));
     EXPECT_EQ(shell("true | \"$0\" check -"), ended(1, "", "/dev/stdin: the file is empty\n"));
 }
 

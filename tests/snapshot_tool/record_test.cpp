@@ -571,9 +571,9 @@ TEST_F(redaction_key, must_distinguish_all_clients) {
     EXPECT_EQ(
         redacted(
             "0123456789abcdef",
-            R"({"mode": {"info": {"identity": "client COLL1", "identity[1]": "client COLL2"}}})"),
+            R"({"mode": {"info": {"identity": "client 4621010", "identity[1]": "client 34932799"}}})"),
         ended(1, "",
-              "oru-snapshot: with this key, two clients get one name, client-COLLN: use "
+              "oru-snapshot: with this key, two clients get one name, client-23997f15330e: use "
               "another key\n"));
 }
 

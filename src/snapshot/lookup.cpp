@@ -21,19 +21,16 @@ std::string not_recorded(const query& query) {
 }
 
 bool is_answered(const answers& answers) {
-    bool is_any_answered = false;
-    records::each_answer([&]<class T>(const document_member&, answer<T> records::* member) {
-        const auto* content = std::get_if<T>(&(answers.*member));
-        if constexpr (requires { content->front().fails; }) {
-            // There is no query for the list, only one for each object.
-            is_any_answered |=
-                content != nullptr &&
-                std::ranges::any_of(*content, [](auto& object) { return !object.fails; });
-        } else {
-            is_any_answered |= content != nullptr;
-        }
-    });
-    return is_any_answered;
+    const auto is_value = []<class T>(const answer<T>& answer) {
+        return std::holds_alternative<T>(answer);
+    };
+    const auto* outputs = std::get_if<std::vector<output_record>>(&answers.outputs);
+    const output_record* output = outputs != nullptr ? find(*outputs, 0) : nullptr;
+    return is_value(answers.system) || is_value(answers.mode) || is_value(answers.stream_debug) ||
+           is_value(answers.stream_quota) || is_value(answers.stream_limit) ||
+           is_value(answers.streams) || is_value(answers.channel_info) ||
+           is_value(answers.channels) || is_value(answers.channels_filtered) ||
+           (output != nullptr && !output->fails);
 }
 
 bool has_text(map_entries map, std::string_view key, std::string_view text) {

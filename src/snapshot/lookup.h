@@ -52,7 +52,8 @@ const Record* find(const std::vector<Record>& records, std::uint32_t id) {
     return found != records.end() && found->id == id ? &*found : nullptr;
 }
 
-// Returns whether the snapshot answers any query. The formats are not a query.
+// Returns whether the snapshot answers any query. Those of a stream, a channel or an input count
+// through the lists and maps that lead to them.
 bool is_answered(const answers& answers);
 
 // Returns whether the map contains this text under `key`.

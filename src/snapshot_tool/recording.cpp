@@ -16,7 +16,6 @@
 #include <variant>
 #include <vector>
 
-#include "replay/origin.h"
 #include "snapshot/comparison.h"
 #include "snapshot/lookup.h"
 #include "snapshot/printable.h"
@@ -201,10 +200,9 @@ std::string record_service(const recording_options& options) {
         throw std::runtime_error(std::get<snapshot::failure>(answers->system).message);
     }
     snapshot::answers recording(answers);
-    // A snapshot does not become new by being recorded again.
-    const auto origin = replay::answers_origin();
-    recording.recorded =
-        recording.arena.keep(origin && origin->recorded ? *origin->recorded : begin);
+    if (!recording.recorded) {  // A snapshot does not become new by being recorded again.
+        recording.recorded = recording.arena.keep(begin);
+    }
     complete(recording, options);
     print_unqueried_inputs(recording);
     leave_out_missing_inputs(recording);

@@ -660,6 +660,7 @@ class more_than_a_file_contains : public recording {
         service.streams = std::vector{first, second};
         service.stream_debug = fake_map{{"identity.k\xff", number(4)}};
         service.formats = {{6, "x\xe4"}, {6, "never"}};
+        service.origin = replay::origin{.path = "old.json", .recorded = "0001-01-01T00:00:00Z"};
     }
 };
 
@@ -684,6 +685,11 @@ TEST_F(more_than_a_file_contains, is_drawn) {
 
 TEST_F(more_than_a_file_contains, is_counted) {
     const std::string all = printed(metrics);
+    EXPECT_EQ(lines_from(all, "oru_snapshot_recorded", 3),
+              "# HELP oru_snapshot_recorded_timestamp_seconds When the answers were recorded, in "
+              "seconds since 1970.\n"
+              "# TYPE oru_snapshot_recorded_timestamp_seconds gauge\n"
+              "oru_snapshot_recorded_timestamp_seconds -62135596800\n");
     EXPECT_EQ(lines_from(all, "oru_streams 2", 1), "oru_streams 2\n");
     EXPECT_EQ(lines_from(all, "oru_streams_without_series 1", 1), "oru_streams_without_series 1\n");
     EXPECT_EQ(lines_from(all, "oru_stream_info{", 1),

@@ -1,0 +1,31 @@
+#include "snapshot_tool/page.h"
+
+#include <utility>
+
+#include "snapshot_tool/columns.h"
+
+namespace snapshot_tool {
+
+void page::append(std::string_view text, bool is_alarming) {
+    const bool is_coloured = is_alarming && style_.has_colours;
+    text_ += is_coloured ? "\033[1;31m" : "";
+    text_ += text;
+    text_ += is_coloured ? "\033[0m" : "";
+}
+
+void page::add(std::string_view mark, std::string_view text, bool is_alarming) {
+    const std::size_t indentation = columns_of(mark);
+    append(mark, is_alarming && mark.find_first_not_of(' ') != mark.npos);
+    while (true) {
+        append(
+            style_.is_wide ? std::exchange(text, "") : take_line(page_columns - indentation, text),
+            is_alarming);
+        text_ += '\n';
+        if (text.empty()) {
+            return;
+        }
+        text_.append(indentation, ' ');
+    }
+}
+
+}  // namespace snapshot_tool

@@ -27,6 +27,8 @@ install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
         FILES_MATCHING PATTERN *.json)
 install(DIRECTORY packaging/prometheus/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/prometheus
         FILES_MATCHING PATTERN *.yml)
+install(DIRECTORY packaging/grafana/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/grafana)
+install(FILES docs/fleet.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 install(CODE "
     set(oru_source_dir \"${PROJECT_SOURCE_DIR}\")

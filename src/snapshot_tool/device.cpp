@@ -11,6 +11,8 @@
 #include <utility>
 #include <variant>
 
+#include <glib.h>
+
 #include "snapshot/lookup.h"
 #include "snapshot_tool/inputs.h"
 
@@ -21,9 +23,50 @@ using snapshot::answer;
 using snapshot::map_entries;
 using snapshot::query;
 
+// Every kind of query: its name, and the parts of the query.
+struct query_kind {
+    std::string_view name;
+    std::string_view subject;
+    bool has_number = false;
+    std::string_view part = "";
+};
+
+constexpr query_kind query_kinds[] = {
+    {"streams", "streams"},
+    {"stream info", "stream", true, "info"},
+    {"stream settings", "stream", true, "settings"},
+    {"stream debug", "stream", true, "debug"},
+    {"service counters", "stream", false, "debug"},
+    {"service quota", "stream", false, "quota"},
+    {"service limit", "stream", false, "limit"},
+    {"channels", "channels"},
+    {"channel info", "channel", true, "info"},
+    {"channel crop", "channel", true, "crop"},
+    {"channel largest crop", "channel", true, "crop_max"},
+    {"channel resolutions", "channel", true, "resolutions"},
+    {"input count", "channel", false, "info"},
+    {"input", "input", true},
+    {"input info", "input", true, "info"},
+    {"input crop", "input", true, "crop"},
+    {"input capture", "input", true, "resolution_unrotated"},
+    {"system", "system"},
+    {"system caps", "system", false, "caps"},
+    {"output", "output", true},
+    {"output settings", "output", true, "settings"},
+    {"output info", "output", true, "info"},
+    {"mode", "mode"},
+    {"mode info", "mode", false, "info"},
+};
+
 // Looks answers up in a snapshot, and counts the queries that were not answered.
 class counted_queries {
   public:
+    counted_queries() {
+        for (const query_kind& kind : query_kinds) {
+            unanswered_.push_back({.kind = kind.name});
+        }
+    }
+
     // Returns the answer, which remains the snapshot's.
     template <class T>
     outcome<std::reference_wrapper<const T>> run(const query& query, const answer<T>& answer) {
@@ -68,21 +111,28 @@ class counted_queries {
     }
 
     bool is_any_answered() const { return is_any_answered_; }
-    std::size_t failures() const { return failures_; }
     const std::string& first_failure() const { return first_failure_; }
+    std::vector<unanswered_queries> unanswered() && { return std::move(unanswered_); }
 
   private:
     std::unexpected<reason> failed(const query& query, const char* message) {
-        const reason reason(query, message);
-        if (failures_++ == 0) {
-            first_failure_ = reason.text();
+        const auto kind = std::ranges::find_if(query_kinds, [&](const query_kind& kind) {
+            return kind.subject == query.subject && kind.has_number == query.number.has_value() &&
+                   kind.part == (query.part != nullptr ? query.part : "");
+        });
+        g_assert(kind != std::end(query_kinds));
+        ++unanswered_[static_cast<std::size_t>(kind - query_kinds)].count;
+        if (!is_any_failed_) {
+            is_any_failed_ = true;
+            first_failure_ = reason(query, message).text();
         }
-        return std::unexpected(reason);
+        return std::unexpected(reason(query, message));
     }
 
     bool is_any_answered_ = false;
-    std::size_t failures_ = 0;
+    bool is_any_failed_ = false;
     std::string first_failure_;
+    std::vector<unanswered_queries> unanswered_;
 };
 
 // --- Values -------------------------------------------------------------------------------------
@@ -414,7 +464,7 @@ device figures_of(const snapshot::loaded& loaded) {
     if (!snapshot::is_answered(answers)) {
         figures.reached = std::unexpected(queries.first_failure());
     }
-    figures.failures = queries.failures();
+    figures.unanswered = std::move(queries).unanswered();
     figures.snapshot = *loaded;
     figures.names_of_codes = formats.made_up();
     return figures;

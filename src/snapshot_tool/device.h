@@ -147,6 +147,12 @@ struct hdmi_output {
     outcome<output_info> info;
 };
 
+// How many queries of a kind were not answered.
+struct unanswered_queries {
+    std::string_view kind;  // such as "stream info"
+    std::size_t count = 0;
+};
+
 struct device {
     outcome<std::vector<stream>> streams;
     outcome<service_counters> service;
@@ -160,7 +166,7 @@ struct device {
 
     // If the service answered no query: the message of the first failure.
     std::expected<void, std::string> reached;
-    std::size_t failures = 0;  // queries that were not answered
+    std::vector<unanswered_queries> unanswered;  // one of every kind, unless nothing was read
 
     // What the texts above point into; NULL if it could not be read.
     std::shared_ptr<const snapshot::answers> snapshot;

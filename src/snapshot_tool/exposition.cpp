@@ -1,17 +1,19 @@
 #include "snapshot_tool/exposition.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
-#include <format>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "snapshot/printable.h"
@@ -37,89 +39,138 @@ std::string value_text(double value) {
     return {digits.data(), written.ptr};
 }
 
-std::string label(std::string_view name, std::string_view text) {
-    std::string value;
-    for (const char byte : snapshot::printable(text)) {
-        if (byte == '"' || byte == '\\') {
-            value += '\\';
-        }
-        value += byte;
-    }
-    return std::format("{}=\"{}\"", name, value);
-}
-
 template <class Value>
 std::optional<std::string> value_text(const std::optional<Value>& value) {
     return value.transform([](Value present) { return value_text(present); });
 }
 
+// Returns a printable text that is short enough for a label. It ends between two characters.
+std::string label_text(std::string_view text) {
+    constexpr std::size_t most_bytes = 128;  // of a label's value
+    // Printing shortens no character, and none has more than four bytes.
+    std::string value = snapshot::printable(text.substr(0, most_bytes + 3));
+    if (value.size() > most_bytes) {
+        std::size_t end = most_bytes;
+        while ((static_cast<unsigned char>(value[end]) & 0xC0U) == 0x80U) {
+            --end;
+        }
+        value.resize(end);
+    }
+    return value;
+}
+
+// Returns a label with a value from label_text().
+std::string label(std::string_view name, std::string_view value) {
+    std::string text(name);
+    text += "=\"";
+    for (const char byte : value) {
+        if (byte == '"' || byte == '\\') {
+            text += '\\';
+        }
+        text += byte;
+    }
+    return text += '"';
+}
+
+std::string label(std::string_view name, std::uint32_t id) {
+    return label(name, std::to_string(id));
+}
+
 enum class metric_type { gauge, counter };
 
-// The series of one name, each a value under its own labels.
+// Writes the series of one name, each a value under its own labels.
 class metric {
   public:
-    metric(std::string_view name, metric_type type, std::string_view help)
-        : name_(name),
-          head_(std::format("# HELP {0} {1}\n# TYPE {0} {2}\n", name, help,
-                            type == metric_type::counter ? "counter" : "gauge")) {}
+    // Adds to `text`. The arguments outlive the metric.
+    metric(std::string& text, std::string_view name, metric_type type, std::string_view help)
+        : text_(text), name_(name), type_(type), help_(help) {}
 
     // Adds a series, unless there is no value. Labels are joined by commas.
     void add(std::string_view labels, const std::optional<std::string>& value) {
-        if (value) {
-            const std::string braced = labels.empty() ? "" : std::format("{{{}}}", labels);
-            series_ += std::format("{}{} {}\n", name_, braced, *value);
+        if (!value) {
+            return;
         }
+        if (!std::exchange(has_head_, true)) {
+            text_.append("# HELP ").append(name_).append(" ").append(help_).append("\n# TYPE ");
+            text_.append(name_).append(type_ == metric_type::counter ? " counter\n" : " gauge\n");
+        }
+        text_.append(name_);
+        if (!labels.empty()) {
+            text_.append("{").append(labels).append("}");
+        }
+        text_.append(" ").append(*value).append("\n");
     }
 
-    // Returns the lines; none if there is no series.
-    std::string text() const { return series_.empty() ? "" : head_ + series_; }
-
   private:
-    std::string name_;
-    std::string head_;
-    std::string series_;
+    std::string& text_;
+    std::string_view name_;
+    metric_type type_;
+    std::string_view help_;
+    bool has_head_ = false;
 };
 
-// Returns a gauge without labels.
+// Adds a gauge without labels.
 template <class Value>
-std::string gauge_text(std::string_view name, std::string_view help,
-                       const std::optional<Value>& value) {
-    metric gauge(name, metric_type::gauge, help);
-    gauge.add("", value_text(value));
-    return gauge.text();
+void add_gauge(std::string& text, std::string_view name, std::string_view help,
+               const std::optional<Value>& value) {
+    metric(text, name, metric_type::gauge, help).add("", value_text(value));
 }
 
 // --- Streams ------------------------------------------------------------------------------------
 
+struct labelled_stream {
+    const stream& figures;
+    std::string id_label;
+};
+
 // Returns the streams with an id, each id once: series of others would repeat labels.
-std::vector<const stream*> identifiable_streams(const std::vector<stream>& streams) {
+std::vector<labelled_stream> identifiable_streams(const std::vector<stream>& streams) {
     std::set<std::uint32_t> ids;
-    std::vector<const stream*> identifiable;
+    std::vector<labelled_stream> identifiable;
     for (const stream& stream : streams) {
         if (stream.id != 0 && ids.insert(stream.id).second) {
-            identifiable.push_back(&stream);
+            identifiable.push_back({.figures = stream, .id_label = label("stream", stream.id)});
         }
     }
     return identifiable;
 }
 
-std::string id_label(const stream& stream) {
-    return label("stream", std::to_string(stream.id));
+// Returns the number of the input whose pictures each channel shows, by the channel's id.
+std::map<std::uint32_t, std::uint32_t> inputs_by_channel(const device& device) {
+    std::map<std::uint32_t, std::uint32_t> inputs;
+    if (device.input_channels) {
+        for (const input_channel& channel : *device.input_channels) {
+            if (channel.input) {
+                inputs.try_emplace(channel.id, *channel.input);
+            }
+        }
+    }
+    return inputs;
 }
 
-std::string stream_info_text(const std::vector<const stream*>& streams) {
-    metric info("oru_stream_info", metric_type::gauge,
-                "A stream: who asked for it, and what it is.");
-    for (const stream* stream : streams) {
-        const stream_settings settings = stream->settings.value_or(stream_settings{});
-        const auto size = size_of(*stream).value_or(std::nullopt);
-        info.add(std::format("{},{},{},{}", id_label(*stream),
-                             label("identity", settings.identity.value_or("")),
-                             label("format", settings.format.value_or("")),
-                             label("resolution", size ? resolution_text(*size) : "")),
-                 "1");
+void add_stream_infos(std::string& text, const std::vector<labelled_stream>& streams,
+                      const device& device) {
+    const auto inputs = inputs_by_channel(device);
+    const auto input_of = [&](const stream& stream) -> std::string {
+        const figure channel = stream.info ? stream.info->channel : std::nullopt;
+        const auto found = channel ? inputs.find(*channel) : inputs.end();
+        return found != inputs.end() ? std::to_string(found->second) : "";
+    };
+    metric info(text, "oru_stream_info", metric_type::gauge,
+                "A stream: who asked for it, what it is, and its input.");
+    for (const auto& [stream, id_label] : streams) {
+        const stream_settings settings = stream.settings.value_or(stream_settings{});
+        const auto size = size_of(stream).value_or(std::nullopt);
+        std::string labels = id_label;
+        for (const auto& [name, value] :
+             {std::pair{"identity", label_text(settings.identity.value_or(""))},
+              std::pair{"format", label_text(settings.format.value_or(""))},
+              std::pair{"resolution", size ? resolution_text(*size) : ""},
+              std::pair{"input", input_of(stream)}}) {
+            labels.append(",").append(label(name, value));
+        }
+        info.add(labels, "1");
     }
-    return info.text();
 }
 
 std::optional<double> bytes_a_second(const stream_info& info) {
@@ -163,22 +214,22 @@ constexpr stream_metric stream_metrics[] = {
      stream_value<&stream::info, &stream_info::clients>},
 };
 
-std::string streams_text(const std::vector<stream>& all) {
-    const std::vector<const stream*> streams = identifiable_streams(all);
-    std::string text =
-        gauge_text("oru_streams", "Running streams.", std::optional{all.size()}) +
-        gauge_text("oru_streams_without_series",
-                   "Running streams that nothing else is told of: their id is 0 or another's.",
-                   std::optional{all.size() - streams.size()}) +
-        stream_info_text(streams);
-    for (const auto& [name, type, help, value] : stream_metrics) {
-        metric metric(name, type, help);
-        for (const stream* stream : streams) {
-            metric.add(id_label(*stream), value(*stream));
-        }
-        text += metric.text();
+void add_streams(std::string& text, const device& device) {
+    if (!device.streams) {
+        return;
     }
-    return text;
+    const std::vector<labelled_stream> streams = identifiable_streams(*device.streams);
+    add_gauge(text, "oru_streams", "Running streams.", std::optional{device.streams->size()});
+    add_gauge(text, "oru_streams_without_series",
+              "Running streams without figures: their id is 0 or another's.",
+              std::optional{device.streams->size() - streams.size()});
+    add_stream_infos(text, streams, device);
+    for (const auto& [name, type, help, value] : stream_metrics) {
+        metric metric(text, name, type, help);
+        for (const auto& [stream, id_label] : streams) {
+            metric.add(id_label, value(stream));
+        }
+    }
 }
 
 // --- The service --------------------------------------------------------------------------------
@@ -209,12 +260,12 @@ struct service_gauge {
 };
 
 constexpr service_gauge service_gauges[] = {
-    {"oru_capacity_bytes", "Buffers in use.", usage_figure<&usage::capacity>},
-    {"oru_capacity_peak_bytes", "Most buffers that were in use.",
+    {"oru_buffer_used_bytes", "Buffers in use.", usage_figure<&usage::capacity>},
+    {"oru_buffer_used_peak_bytes", "Most buffers that were in use.",
      counter_figure<&service_counters::capacity_peak>},
-    {"oru_capacity_hard_quota_bytes", "Hard limit of the buffers in use.",
+    {"oru_buffer_hard_quota_bytes", "Hard limit of the buffers in use.",
      quota_figure<&stream_quota::hard>},
-    {"oru_capacity_soft_quota_bytes", "Soft limit of the buffers in use.",
+    {"oru_buffer_soft_quota_bytes", "Soft limit of the buffers in use.",
      quota_figure<&stream_quota::soft>},
     {"oru_buffering_quota", "Limit of buffering, as the service gives it.",
      quota_figure<&stream_quota::buffering>},
@@ -228,40 +279,146 @@ constexpr service_gauge service_gauges[] = {
      counter_figure<&service_counters::raw_streams_peak>},
 };
 
-std::string identities_text(const std::vector<identity>& identities) {
-    // Different names can look alike once they are printable. They share a series.
-    std::map<std::string, std::uint64_t> starts;
-    for (const identity& identity : identities) {
-        if (identity.starts) {
-            starts[label("identity", identity.name)] += *identity.starts;
-        }
+void add_service(std::string& text, const device& device) {
+    for (const auto& [name, help, value] : service_gauges) {
+        add_gauge(text, name, help, value(device));
     }
-    metric metric("oru_identity_streams_started_total", metric_type::counter,
-                  "Streams that a client started.");
-    for (const auto& [labels, count] : starts) {
-        metric.add(labels, value_text(count));
-    }
-    return metric.text();
 }
 
-std::string service_text(const device& device) {
-    std::string text;
-    for (const auto& [name, help, value] : service_gauges) {
-        text += gauge_text(name, help, value(device));
+// --- Identities ---------------------------------------------------------------------------------
+
+using starts_by_label = std::pair<std::string, std::uint64_t>;
+
+// Keeps this many of the largest counts, of equal ones the first labels.
+void keep_largest(std::size_t count, std::vector<starts_by_label>& starts) {
+    if (starts.size() <= count) {
+        return;
     }
-    return device.service ? text + identities_text(device.service->identities) : text;
+    const auto end = starts.begin() + static_cast<std::ptrdiff_t>(count);
+    std::ranges::nth_element(starts, end, [](const auto& one, const auto& other) {
+        return one.second != other.second ? one.second > other.second : one.first < other.first;
+    });
+    starts.erase(end, starts.end());
+    std::ranges::sort(starts);
+}
+
+void add_identities(std::string& text, const device& device) {
+    constexpr std::size_t most_series = 100;
+    if (!device.service) {
+        return;
+    }
+    // Names that give one label share a series.
+    std::map<std::string, std::uint64_t> starts;
+    std::uint64_t all_starts = 0;
+    for (const identity& identity : device.service->identities) {
+        if (identity.starts) {
+            starts[label("identity", label_text(identity.name))] += *identity.starts;
+            all_starts += *identity.starts;
+        }
+    }
+    add_gauge(text, "oru_identities", "Identities of clients that started streams.",
+              std::optional{device.service->identities.size()});
+    metric(text, "oru_streams_started_total", metric_type::counter,
+           "Streams that were started, by all clients.")
+        .add("", value_text(all_starts));
+    std::vector<starts_by_label> largest(starts.begin(), starts.end());
+    keep_largest(most_series, largest);
+    metric metric(text, "oru_identity_streams_started_total", metric_type::counter,
+                  "Streams that a client started; of the clients with the most.");
+    for (const auto& [labels, count] : largest) {
+        metric.add(labels, value_text(count));
+    }
+}
+
+// --- Inputs, channels and the output ------------------------------------------------------------
+
+std::optional<std::string> input_is_up(const input& input) {
+    return has_signal(input) ? "1" : "0";
+}
+
+template <std::uint32_t resolution::* side>
+std::optional<std::string> capture_value(const input& input) {
+    return input.state && input.state->capture
+               ? std::optional(value_text((*input.state->capture).*side))
+               : std::nullopt;
+}
+
+struct input_gauge {
+    std::string_view name;
+    std::string_view help;
+    std::optional<std::string> (*value)(const input& input);
+};
+
+constexpr input_gauge input_gauges[] = {
+    {"oru_input_up", "Whether the input has a signal.", input_is_up},
+    {"oru_input_capture_width_pixels", "Width of the pictures that are captured.",
+     capture_value<&resolution::width>},
+    {"oru_input_capture_height_pixels", "Height of the pictures that are captured.",
+     capture_value<&resolution::height>},
+};
+
+void add_inputs(std::string& text, const device& device) {
+    for (const auto& [name, help, value] : input_gauges) {
+        metric metric(text, name, metric_type::gauge, help);
+        for (const input& input : device.inputs) {
+            metric.add(label("input", input.id), value(input));
+        }
+    }
+}
+
+void add_channels(std::string& text, const device& device) {
+    if (!device.channels) {
+        return;
+    }
+    // A service may list an id twice.
+    std::map<std::uint32_t, bool> is_up;
+    for (const channel& channel : *device.channels) {
+        is_up.try_emplace(channel.id, true).first->second &= channel.can_crop.has_value();
+    }
+    metric metric(text, "oru_channel_up", metric_type::gauge,
+                  "Whether the service answers for the channel.");
+    for (const auto& [id, answers] : is_up) {
+        metric.add(label("channel", id), answers ? "1" : "0");
+    }
+}
+
+void add_output(std::string& text, const device& device) {
+    if (!device.output || !*device.output) {
+        return;
+    }
+    const auto& [settings, info] = **device.output;
+    if (settings) {
+        add_gauge(text, "oru_output_enabled", "Whether the HDMI output is switched on.",
+                  std::optional{settings->is_enabled ? 1 : 0});
+    }
+    if (info) {
+        add_gauge(text, "oru_output_running", "Whether the HDMI output sends pictures.",
+                  std::optional{info->is_running ? 1 : 0});
+    }
+}
+
+void add_unanswered_queries(std::string& text, const device& device) {
+    metric metric(text, "oru_unanswered_queries", metric_type::gauge,
+                  "Queries that the service did not answer.");
+    for (const auto& [kind, count] : device.unanswered) {
+        metric.add(label("kind", kind), value_text(count));
+    }
 }
 
 }  // namespace
 
 std::string exposition(const device& device) {
-    std::string text = gauge_text("oru_up", "Whether the video service answers.",
-                                  std::optional{device.reached ? 1 : 0});
+    std::string text;
+    add_gauge(text, "oru_up", "Whether the video service answers.",
+              std::optional{device.reached ? 1 : 0});
     if (device.reached) {
-        text += gauge_text("oru_unanswered_questions", "Questions that the service did not answer.",
-                           std::optional{device.failures});
-        text += device.streams ? streams_text(*device.streams) : "";
-        text += service_text(device);
+        add_unanswered_queries(text, device);
+        add_streams(text, device);
+        add_service(text, device);
+        add_identities(text, device);
+        add_inputs(text, device);
+        add_channels(text, device);
+        add_output(text, device);
     }
     return text;
 }

@@ -57,6 +57,10 @@ lib/systemd/system/oru-snapshot@.service
 share/bash-completion/completions/oru-serverreport-tool
 share/bash-completion/completions/oru-snapshot
 share/bash-completion/completions/oru-tlm-tool
+share/doc/oru-cgi-applet/fleet.md
+share/doc/oru-cgi-applet/grafana/oru-dashboards.yml
+share/doc/oru-cgi-applet/grafana/oru-device.json
+share/doc/oru-cgi-applet/grafana/oru-fleet.json
 share/doc/oru-cgi-applet/prometheus/oru.rules.test.yml
 share/doc/oru-cgi-applet/prometheus/oru.rules.yml
 share/doc/oru-cgi-applet/prometheus/prometheus.yml

@@ -26,8 +26,7 @@ std::string content(const std::string& path) {
 }
 
 TEST(metrics, contain_every_figure) {
-    EXPECT_EQ(
-        oru_snapshot_beside(R"({
+    EXPECT_EQ(oru_snapshot_beside(R"({
         "stream": {
             "debug": {"global.capacity": 1, "global.capacity.peak": 2, "global.encoded.peers": 3,
                       "global.encoded.peers.peak": 4, "global.encoded.jpeg.peers": 5,
@@ -37,26 +36,55 @@ TEST(metrics, contain_every_figure) {
             "all": [{"id": 13, "debug": {},
                      "settings": {"identity": "a", "format": 0, "width": 640, "height": 360,
                                   "framerate": 14.5},
-                     "info": {"statistics.framerate": 15, "statistics.bitrate": 16,
+                     "info": {"channel": 0, "statistics.framerate": 15, "statistics.bitrate": 16,
                               "statistics.duration": 17000000, "statistics.frame_count": 18,
                               "statistics.failed_frames": 19, "statistics.reclaim_count": 20,
                               "peers": 21}}]},
-        "channel": {"info": {"input.count": 0}, "all": []},
-        "system": {"caps": {}}})",
-                            {"metrics"}),
-        ended(0, std::string(up) +
-                     R"(# HELP oru_unanswered_questions Questions that the service did not answer.
-# TYPE oru_unanswered_questions gauge
-oru_unanswered_questions 0
+        "channel": {"info": {"input.count": 1},
+                    "all": [{"id": 0, "properties": {"key": "input"}, "info": {"type.id": 22},
+                             "resolutions": {"available": []}}]},
+        "input": {"all": [
+            {"id": 1, "info": {}, "resolution_unrotated": {"capture": [23, 24]}},
+            {"id": 22, "info": {}, "resolution_unrotated": {"capture": [0, 0]}}]},
+        "output": {"all": [{"id": 0, "settings": {"enabled": true}, "info": {"running": false}}]},
+        "system": {"caps": {"output": true}}})",
+                                  {"metrics"}),
+              ended(0, std::string(up) +
+                           R"(# HELP oru_unanswered_queries Queries that the service did not answer.
+# TYPE oru_unanswered_queries gauge
+oru_unanswered_queries{kind="streams"} 0
+oru_unanswered_queries{kind="stream info"} 0
+oru_unanswered_queries{kind="stream settings"} 0
+oru_unanswered_queries{kind="stream debug"} 0
+oru_unanswered_queries{kind="service counters"} 0
+oru_unanswered_queries{kind="service quota"} 0
+oru_unanswered_queries{kind="service limit"} 0
+oru_unanswered_queries{kind="channels"} 0
+oru_unanswered_queries{kind="channel info"} 0
+oru_unanswered_queries{kind="channel crop"} 0
+oru_unanswered_queries{kind="channel largest crop"} 0
+oru_unanswered_queries{kind="channel resolutions"} 0
+oru_unanswered_queries{kind="input count"} 0
+oru_unanswered_queries{kind="input"} 0
+oru_unanswered_queries{kind="input info"} 0
+oru_unanswered_queries{kind="input crop"} 0
+oru_unanswered_queries{kind="input capture"} 0
+oru_unanswered_queries{kind="system"} 0
+oru_unanswered_queries{kind="system caps"} 0
+oru_unanswered_queries{kind="output"} 0
+oru_unanswered_queries{kind="output settings"} 0
+oru_unanswered_queries{kind="output info"} 0
+oru_unanswered_queries{kind="mode"} 0
+oru_unanswered_queries{kind="mode info"} 0
 # HELP oru_streams Running streams.
 # TYPE oru_streams gauge
 oru_streams 1
-# HELP oru_streams_without_series Running streams that nothing else is told of: their id is 0 or another's.
+# HELP oru_streams_without_series Running streams without figures: their id is 0 or another's.
 # TYPE oru_streams_without_series gauge
 oru_streams_without_series 0
-# HELP oru_stream_info A stream: who asked for it, and what it is.
+# HELP oru_stream_info A stream: who asked for it, what it is, and its input.
 # TYPE oru_stream_info gauge
-oru_stream_info{stream="13",identity="a",format="h264",resolution="640x360"} 1
+oru_stream_info{stream="13",identity="a",format="h264",resolution="640x360",input="22"} 1
 # HELP oru_stream_requested_frames_per_second Frame rate that was asked for.
 # TYPE oru_stream_requested_frames_per_second gauge
 oru_stream_requested_frames_per_second{stream="13"} 14.5
@@ -81,18 +109,18 @@ oru_stream_reclaims_total{stream="13"} 20
 # HELP oru_stream_clients Clients of the stream.
 # TYPE oru_stream_clients gauge
 oru_stream_clients{stream="13"} 21
-# HELP oru_capacity_bytes Buffers in use.
-# TYPE oru_capacity_bytes gauge
-oru_capacity_bytes 1
-# HELP oru_capacity_peak_bytes Most buffers that were in use.
-# TYPE oru_capacity_peak_bytes gauge
-oru_capacity_peak_bytes 2
-# HELP oru_capacity_hard_quota_bytes Hard limit of the buffers in use.
-# TYPE oru_capacity_hard_quota_bytes gauge
-oru_capacity_hard_quota_bytes 9
-# HELP oru_capacity_soft_quota_bytes Soft limit of the buffers in use.
-# TYPE oru_capacity_soft_quota_bytes gauge
-oru_capacity_soft_quota_bytes 10
+# HELP oru_buffer_used_bytes Buffers in use.
+# TYPE oru_buffer_used_bytes gauge
+oru_buffer_used_bytes 1
+# HELP oru_buffer_used_peak_bytes Most buffers that were in use.
+# TYPE oru_buffer_used_peak_bytes gauge
+oru_buffer_used_peak_bytes 2
+# HELP oru_buffer_hard_quota_bytes Hard limit of the buffers in use.
+# TYPE oru_buffer_hard_quota_bytes gauge
+oru_buffer_hard_quota_bytes 9
+# HELP oru_buffer_soft_quota_bytes Soft limit of the buffers in use.
+# TYPE oru_buffer_soft_quota_bytes gauge
+oru_buffer_soft_quota_bytes 10
 # HELP oru_buffering_quota Limit of buffering, as the service gives it.
 # TYPE oru_buffering_quota gauge
 oru_buffering_quota 11
@@ -114,9 +142,36 @@ oru_raw_streams 6
 # HELP oru_raw_streams_peak Most raw streams that were in use.
 # TYPE oru_raw_streams_peak gauge
 oru_raw_streams_peak 7
-# HELP oru_identity_streams_started_total Streams that a client started.
+# HELP oru_identities Identities of clients that started streams.
+# TYPE oru_identities gauge
+oru_identities 1
+# HELP oru_streams_started_total Streams that were started, by all clients.
+# TYPE oru_streams_started_total counter
+oru_streams_started_total 8
+# HELP oru_identity_streams_started_total Streams that a client started; of the clients with the most.
 # TYPE oru_identity_streams_started_total counter
 oru_identity_streams_started_total{identity="a"} 8
+# HELP oru_input_up Whether the input has a signal.
+# TYPE oru_input_up gauge
+oru_input_up{input="1"} 1
+oru_input_up{input="22"} 0
+# HELP oru_input_capture_width_pixels Width of the pictures that are captured.
+# TYPE oru_input_capture_width_pixels gauge
+oru_input_capture_width_pixels{input="1"} 23
+oru_input_capture_width_pixels{input="22"} 0
+# HELP oru_input_capture_height_pixels Height of the pictures that are captured.
+# TYPE oru_input_capture_height_pixels gauge
+oru_input_capture_height_pixels{input="1"} 24
+oru_input_capture_height_pixels{input="22"} 0
+# HELP oru_channel_up Whether the service answers for the channel.
+# TYPE oru_channel_up gauge
+oru_channel_up{channel="0"} 1
+# HELP oru_output_enabled Whether the HDMI output is switched on.
+# TYPE oru_output_enabled gauge
+oru_output_enabled 1
+# HELP oru_output_running Whether the HDMI output sends pictures.
+# TYPE oru_output_running gauge
+oru_output_running 0
 )"));
 }
 

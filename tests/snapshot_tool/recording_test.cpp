@@ -689,7 +689,7 @@ TEST_F(more_than_a_file_contains, is_counted) {
     EXPECT_EQ(lines_from(all, "oru_streams_without_series 1", 1), "oru_streams_without_series 1\n");
     EXPECT_EQ(lines_from(all, "oru_stream_info{", 1),
               "oru_stream_info{stream=\"7\",identity=\"gate\\\\xff\",format=\"x\\\\xe4\","
-              "resolution=\"\"} 1\n");
+              "resolution=\"\",input=\"\"} 1\n");
     EXPECT_EQ(lines_from(all, "oru_identity_streams_started_total{", 1),
               "oru_identity_streams_started_total{identity=\"k\\\\xff\"} 4\n");
 }

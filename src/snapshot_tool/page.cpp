@@ -15,16 +15,20 @@ void page::append(std::string_view text, bool is_alarming) {
 
 void page::add(std::string_view mark, std::string_view text, bool is_alarming) {
     const std::size_t indentation = columns_of(mark);
-    append(mark, is_alarming && mark.find_first_not_of(' ') != mark.npos);
+    const bool is_mark_alarming = mark.find_first_not_of(' ') != mark.npos;
+    std::string line;
+    text_ += is_mark_alarming ? "" : mark;
+    line += is_mark_alarming ? mark : "";
     while (true) {
-        append(
-            style_.is_wide ? std::exchange(text, "") : take_line(page_columns - indentation, text),
-            is_alarming);
+        line +=
+            style_.is_wide ? std::exchange(text, "") : take_line(page_columns - indentation, text);
+        append(line, is_alarming);
         text_ += '\n';
         if (text.empty()) {
             return;
         }
         text_.append(indentation, ' ');
+        line.clear();
     }
 }
 

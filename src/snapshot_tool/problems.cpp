@@ -28,6 +28,7 @@ struct problem {
 // The failures of one reason.
 struct failure_group {
     snapshot::query first;
+    std::optional<std::string_view> message;
     std::size_t count = 0;
     bool has_list = false;  // whether one of the queries is not about a single object
 };
@@ -47,8 +48,9 @@ class failures {
     }
     void add(const reason& reason);
 
-    // By the message of the service; none if the snapshot has no answer.
-    std::map<std::optional<std::string_view>, failure_group> groups_;
+    std::vector<failure_group> groups_;
+    // Of the groups, by the message of the service; none if the snapshot has no answer.
+    std::map<std::optional<std::string_view>, std::size_t> indices_;
 };
 
 failures::failures(const device& device) {
@@ -101,18 +103,37 @@ failures::failures(const device& device) {
     }
 }
 
+// Returns whether the snapshot has no answer. If it was queried through our client library, a
+// message says so.
+bool is_not_recorded(const reason& reason) {
+    if (reason.message == nullptr) {
+        return true;
+    }
+    const std::string_view message = reason.message;
+    if (!message.ends_with("not recorded")) {
+        return false;
+    }
+    snapshot::query all_names = reason.query;
+    all_names.name = nullptr;
+    return message == snapshot::not_recorded(reason.query) ||
+           message == snapshot::not_recorded(all_names);
+}
+
 void failures::add(const reason& reason) {
     const auto message =
-        reason.message != nullptr ? std::optional<std::string_view>(reason.message) : std::nullopt;
-    failure_group& group = groups_[message];
-    if (group.count++ == 0) {
-        group.first = reason.query;
+        is_not_recorded(reason) ? std::nullopt : std::optional<std::string_view>(reason.message);
+    const auto [index, is_new] = indices_.try_emplace(message, groups_.size());
+    if (is_new) {
+        groups_.push_back({.first = reason.query, .message = message});
+        groups_.back().first.name = nullptr;  // not every way to an answer has one
     }
+    failure_group& group = groups_[index->second];
+    ++group.count;
     group.has_list |= !reason.query.number;
 }
 
 void failures::add_to(std::vector<problem>& problems) const {
-    for (const auto& [message, group] : groups_) {
+    for (const failure_group& group : groups_) {
         std::string text = snapshot::text_of(group.first);
         if (group.count > 1) {
             text +=
@@ -121,7 +142,7 @@ void failures::add_to(std::vector<problem>& problems) const {
         // One list is worse than any number of its elements.
         problems.push_back({.kind = problem_kind::failed_query,
                             .weight = static_cast<double>(group.count) + (group.has_list ? 1e9 : 0),
-                            .text = failure_text(text, message.value_or("not recorded"))});
+                            .text = failure_text(text, group.message.value_or("not recorded"))});
     }
 }
 

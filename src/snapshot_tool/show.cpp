@@ -101,7 +101,7 @@ table_cell failed_frames_cell(const stream& stream) {
 }
 
 table streams_table(const device& device, const listed_numbers& listed, const page_style& style) {
-    table rows(style, {{.title = "STREAM"},
+    table rows(style, {{.title = "STREAM", .is_whole = true},
                        {.title = "IDENTITY", .side = align::left},
                        {.title = "FORMAT", .side = align::left},
                        {.title = "SIZE", .side = align::left},
@@ -261,7 +261,7 @@ std::map<std::uint32_t, outcome<std::uint32_t>> inputs_by_channel(
 }
 
 table channels_table(const device& device, const listed_numbers& listed, const page_style& style) {
-    table rows(style, {{.title = "CHANNEL"},
+    table rows(style, {{.title = "CHANNEL", .is_whole = true},
                        {.title = "INPUT"},
                        {.title = "CROP", .side = align::left},
                        {.title = "MAX CROP", .side = align::left, .is_wide = true},
@@ -298,7 +298,7 @@ table channels_table(const device& device, const listed_numbers& listed, const p
 }
 
 table inputs_table(const device& device, const page_style& style) {
-    table rows(style, {{.title = "INPUT"},
+    table rows(style, {{.title = "INPUT", .is_whole = true},
                        {.title = "SIZE", .side = align::left},
                        {.title = "CROP", .side = align::left},
                        {.title = "MAX CROP", .side = align::left, .is_wide = true}});

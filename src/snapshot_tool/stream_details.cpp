@@ -70,7 +70,8 @@ void add_map(page& page, std::string_view title,
     std::size_t columns = 0;
     for (const snapshot::entry& entry : *map) {
         keys.push_back(whole_text(entry.key));
-        columns = std::max(columns, std::min(most_key_columns, columns_of(keys.back())));
+        const std::size_t key_columns = columns_of(keys.back());
+        columns = std::max(columns, key_columns <= most_key_columns ? key_columns : 0);
     }
     for (std::size_t i = 0; i < keys.size(); ++i) {
         std::string key = keys[i];

@@ -23,7 +23,8 @@ void fit(std::vector<std::size_t>& widths, const std::vector<table_column>& colu
     for (auto all = std::reduce(widths.begin(), widths.end(), gaps); all > page_columns; --all) {
         std::size_t* widest = nullptr;
         for (std::size_t i = 0; i < widths.size(); ++i) {
-            if (widths[i] > columns[i].title.size() && (widest == nullptr || widths[i] > *widest)) {
+            if (!columns[i].is_whole && widths[i] > columns[i].title.size() &&
+                (widest == nullptr || widths[i] > *widest)) {
                 widest = &widths[i];
             }
         }

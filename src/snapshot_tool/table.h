@@ -17,7 +17,8 @@ enum class align { left, right };
 struct table_column {
     std::string_view title;
     align side = align::right;
-    bool is_wide = false;  // only on a wide page
+    bool is_wide = false;   // only on a wide page
+    bool is_whole = false;  // never cut: numbers that identify the rows
 };
 
 // A printable text. An alarming one is coloured if the page has colours.

@@ -6,7 +6,7 @@ ones among them, one that does not exist, one cut short and one from a FIFO.
 usage: file_test.py TREE TOOLS ours|another [FIRST COUNT]: the root of the source tree; where the tools are; whose
 client library they ask; the first seed and how many. The reader of another client library has messages of its own, so
 standard error is compared only if oru-snapshot reads the snapshot. Such a library does not say where its answers come
-from either, so the headings of show and graph are not compared."""
+from, so that the headings of show and graph and the figure for the time of recording are left out."""
 
 import os
 import re
@@ -44,10 +44,12 @@ class Snapshot:
         return got.returncode, got.stdout, got.stderr
 
 
-def without_heading(text):
-    """Returns the output of show without the lines before the counts, that of graph without the title."""
+def without_origin(text):
+    """Returns the output of show without the lines before the counts, that of graph without the title, that of metrics
+    without the time of recording."""
     text = re.sub(rb"\A.*?^(?=(\?|\d+) streams?, )", b"", text, flags=re.DOTALL | re.MULTILINE)
-    return re.sub(rb"^ +graph \[label=.*, labelloc=t.*\n", b"", text, flags=re.MULTILINE)
+    text = re.sub(rb"(?m)^ +graph \[label=.*, labelloc=t.*\n", b"", text)
+    return re.sub(rb"(?m)^(# (HELP|TYPE) )?oru_snapshot_recorded_timestamp_seconds .*\n", b"", text)
 
 
 def differences(program, snapshot, is_another):
@@ -57,7 +59,7 @@ def differences(program, snapshot, is_another):
         of_file = snapshot.run(program, command, snapshot.path)
         of_service = snapshot.run(program, command, ORU_SNAPSHOT=snapshot.path)
         if is_another:
-            of_file, of_service = ((got[0], without_heading(got[1]), got[2]) for got in (of_file, of_service))
+            of_file, of_service = ((got[0], without_origin(got[1]), got[2]) for got in (of_file, of_service))
         compared = 3 if is_read or not is_another else 2
         if of_file[:compared] != of_service[:compared]:
             yield command, of_file, of_service

@@ -26,14 +26,16 @@ _oru_snapshot() {
         return
     fi
     case ${COMP_WORDS[1]} in
-        check | show | graph) ;;
+        check | graph) ;;
+        show) options='--wide --problems --stream --color --help' ;;
         record) options='--output --about --redact --help' ;;
         metrics) options='--output --help' out=prom ;;
         *) return ;;
     esac
     case $before in
         -o | --output) _oru_files $out ;;
-        --about) ;;
+        --about | --stream) ;;
+        --color) _oru_switches 'always auto never' ;;
         *)
             if [[ $word == -* || ${COMP_WORDS[1]} == record ]]; then
                 _oru_switches "$options"

@@ -74,7 +74,9 @@ lists 'oru-tlm-tool --' '--stream-max-stats --system-info --identity-info --help
 lists 'oru-serverreport-tool --' "--list-streams --stream-quotas --list-output --list-channels \
 --list-resolutions --list-available-resolutions --list-inputs --help"
 lists 'oru-snapshot record --' '--help --redact --output --about'
-lists 'oru-snapshot show -' '-h --help'
+lists 'oru-snapshot show --' '--help --wide --problems --stream --color'
+lists 'oru-snapshot show --color=' 'always auto never'
+lists 'oru-snapshot graph -' '-h --help'
 zpty -d shell
 (( failed )) || print "zsh_completion_test: all completions are as expected"
 exit $failed

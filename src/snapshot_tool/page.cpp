@@ -13,6 +13,19 @@ void page::append(std::string_view text, bool is_alarming) {
     text_ += is_coloured ? "\033[0m" : "";
 }
 
+void page::end_line() {
+    constexpr std::size_t piece = 65536;
+    text_ += '\n';
+    if (file_ != nullptr && text_.size() >= piece) {
+        flush();
+    }
+}
+
+void page::flush() {
+    std::fwrite(text_.data(), 1, text_.size(), file_);
+    text_.clear();
+}
+
 void page::add(std::string_view mark, std::string_view text, bool is_alarming) {
     const std::size_t indentation = columns_of(mark);
     const bool is_mark_alarming = mark.find_first_not_of(' ') != mark.npos;
@@ -23,11 +36,11 @@ void page::add(std::string_view mark, std::string_view text, bool is_alarming) {
         line +=
             style_.is_wide ? std::exchange(text, "") : take_line(page_columns - indentation, text);
         append(line, is_alarming);
-        text_ += '\n';
+        end_line();
         if (text.empty()) {
             return;
         }
-        text_.append(indentation, ' ');
+        append_blanks(indentation);
         line.clear();
     }
 }

@@ -199,13 +199,13 @@ void add_streams(const device& device, std::vector<problem>& problems) {
 
 void add_usage(const device& device, std::vector<problem>& problems) {
     const auto add = [&](figure used, const outcome<figure>& allowed, std::string_view what,
-                         std::string (*write)(std::uint32_t)) {
+                         std::string (*write)(std::uint32_t), std::string_view unit) {
         const bool is_problem = is_nearly_used_up(used, allowed);
         if (is_problem) {
-            problems.push_back(
-                {.kind = problem_kind::used_up,
-                 .weight = static_cast<double>(*used) / **allowed,
-                 .text = std::format("{}: {} of {} in use", what, write(*used), write(**allowed))});
+            problems.push_back({.kind = problem_kind::used_up,
+                                .weight = static_cast<double>(*used) / **allowed,
+                                .text = std::format("{}: {} of {}{} in use", what, write(*used),
+                                                    write(**allowed), unit)});
         }
         return is_problem;
     };
@@ -213,10 +213,11 @@ void add_usage(const device& device, std::vector<problem>& problems) {
         return device.quota.transform([&](const stream_quota& quota) { return quota.*member; });
     };
     const figure capacity = in_use(device, &usage::capacity);
-    add(capacity, quota(&stream_quota::hard), "buffers, hard quota", mebibytes_text) ||
-        add(capacity, quota(&stream_quota::soft), "buffers, soft quota", mebibytes_text);
-    add(in_use(device, &usage::encoded_streams), device.stream_limit, "encoded streams",
-        [](std::uint32_t count) { return std::to_string(count); });
+    add(capacity, quota(&stream_quota::hard), "buffers, hard quota", mebibytes_text, " MiB") ||
+        add(capacity, quota(&stream_quota::soft), "buffers, soft quota", mebibytes_text, " MiB");
+    add(
+        in_use(device, &usage::encoded_streams), device.stream_limit, "encoded streams",
+        [](std::uint32_t count) { return std::to_string(count); }, "");
 }
 
 void add_names(const device& device, std::vector<problem>& problems) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
@@ -425,7 +426,7 @@ void add_tables(page& page, const device& device) {
     const page_style& style = page.style();
     // One after the other: each takes the memory of the one before.
     const auto add = [&](const table& table) {
-        page.add_empty_line();
+        page.end_line();
         table.print(page);
     };
     add(streams_table(device, listed, style));
@@ -486,16 +487,16 @@ void add_streams(page& page, const device& device, const std::vector<std::uint32
         throw std::runtime_error(failure_text("streams", device.streams.error().text()));
     }
     for (const std::uint32_t id : ids) {
-        bool is_found = false;
+        if (!std::ranges::contains(*device.streams, id, &stream::id)) {
+            reject_unknown(id, *device.streams);
+        }
+    }
+    for (const std::uint32_t id : ids) {
         for (const stream& stream : *device.streams) {
             if (stream.id == id) {
-                is_found = true;
-                page.add_empty_line();
+                page.end_line();
                 add_details(page, device, stream);
             }
-        }
-        if (!is_found) {
-            reject_unknown(id, *device.streams);
         }
     }
 }
@@ -514,7 +515,7 @@ int run(std::span<const char* const> arguments) {
     }
 
     const description description = take_description(arguments);
-    page page(style);
+    page page(style, stdout);
     int status = 0;
     if (is_problems_only != FALSE) {
         const std::vector<std::string> problems = problems_of(description.device);
@@ -530,7 +531,7 @@ int run(std::span<const char* const> arguments) {
             add_tables(page, description.device);
         }
     }
-    std::fwrite(page.text().data(), 1, page.text().size(), stdout);
+    page.flush();
     return finish(status);
 }
 

@@ -54,7 +54,7 @@ std::string padded(std::string_view text, std::size_t columns) {
 
 void add_map(page& page, std::string_view title,
              const snapshot::answer<snapshot::map_entries>& answer, const snapshot::query& query) {
-    page.add_empty_line();
+    page.end_line();
     const auto* map = std::get_if<snapshot::map_entries>(&answer);
     if (map == nullptr) {
         const auto* failure = std::get_if<snapshot::failure>(&answer);

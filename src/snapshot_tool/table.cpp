@@ -102,7 +102,7 @@ void table::print(page& page) const {
         const bool is_right = columns_[index].side == align::right;
         const std::size_t padding = widths[index] - columns;
         if (!text.empty()) {
-            page.text().append(blanks + (is_right ? padding : 0), ' ');
+            page.append_blanks(blanks + (is_right ? padding : 0));
             page.append(text, is_alarming);
             blanks = is_right ? 0 : padding;
         } else {
@@ -111,7 +111,7 @@ void table::print(page& page) const {
         blanks += gap.size();
     };
     const auto end_line = [&] {
-        page.text() += '\n';
+        page.end_line();
         blanks = 0;
     };
 

@@ -483,9 +483,9 @@ TEST(problems, of_quotas) {
     EXPECT_EQ(of(R"("global.capacity": 4718593, "global.encoded.peers": 19)", quota),
               ended(1,
                     "! encoded streams: 19 of 20 in use\n"
-                    "! buffers, soft quota: 4.5 of 5.0 in use\n"));
+                    "! buffers, soft quota: 4.5 of 5.0 MiB in use\n"));
     EXPECT_EQ(of(R"("global.capacity": 10485760)", quota),
-              ended(1, "! buffers, hard quota: 10.0 of 10.0 in use\n"));
+              ended(1, "! buffers, hard quota: 10.0 of 10.0 MiB in use\n"));
     EXPECT_EQ(of(R"("global.capacity": 1)", R"("global.hard.limit": 0)"), none);
 }
 

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <format>
 #include <functional>
-#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -168,6 +167,14 @@ bool differs_by_more_than_a_tenth(double older, double newer) {
 
 bool halved_or_doubled(double older, double newer) {
     return newer != older && (newer * 2 <= older || newer >= older * 2);
+}
+
+const value* value_of(const snapshot::entry* entry) {
+    return entry != nullptr ? &entry->value : nullptr;
+}
+
+std::string text_or_none(const value* value) {
+    return value != nullptr ? value_text(*value) : "none";
 }
 
 // --- Streams ------------------------------------------------------------------------------------
@@ -501,7 +508,17 @@ void comparison::compare_formats() {
         std::ranges::sort(entries, {}, &snapshot::entry::key);
         return entries;
     };
-    compare_content("formats", map_entries(entries_of(older_)), map_entries(entries_of(newer_)));
+    const auto older = entries_of(older_);
+    const auto newer = entries_of(newer_);
+    for_each_key(map_entries(older), map_entries(newer), &snapshot::entry::key,
+                 [&](const snapshot::entry* before, const snapshot::entry* after) {
+                     const std::string code_before = text_or_none(value_of(before));
+                     const std::string code_after = text_or_none(value_of(after));
+                     if (code_before != code_after) {
+                         const auto nick = (before != nullptr ? before : after)->key;
+                         add_change("formats  " + key_text(nick), code_before, code_after);
+                     }
+                 });
 }
 
 // --- Answers ------------------------------------------------------------------------------------
@@ -577,8 +594,7 @@ void comparison::compare_content(std::string_view part, map_entries older, map_e
     for_each_key(older, newer, &snapshot::entry::key,
                  [&](const snapshot::entry* before, const snapshot::entry* after) {
                      compare_values(part, (before != nullptr ? before : after)->key,
-                                    before != nullptr ? &before->value : nullptr,
-                                    after != nullptr ? &after->value : nullptr, older, newer);
+                                    value_of(before), value_of(after), older, newer);
                  });
 }
 
@@ -623,10 +639,8 @@ void comparison::compare_values(std::string_view part, std::string_view key, con
         add_line(what + "  " + note);
         return;
     }
-    const auto text = [](const value* value) {
-        return value != nullptr ? value_text(*value) : "none";
-    };
-    add_change(what, text(older), text(newer), note.empty() ? "" : " (" + note + ")");
+    add_change(what, text_or_none(older), text_or_none(newer),
+               note.empty() ? "" : " (" + note + ")");
 }
 
 // --- Lines --------------------------------------------------------------------------------------

@@ -57,7 +57,7 @@ TEST(differences, are_named_object_by_object) {
         {"properties": {"key": "input"}, "crop": [0, 0, 1920, 1080], "crop_max": [1920, 1080],
          "resolutions": {"available": [[1920, 1080], [1280, 720]]}}, {"id": 3}]},
       "input": {"all": [{"id": 1, "resolution_unrotated": {"capture": [1920, 1080]}}]},
-      "output": {"all": [{"id": 0, "settings": {"VIC": 16}}]}, "formats": {"h264": 0}})",
+      "output": {"all": [{"id": 0, "settings": {"VIC": 16}}]}, "formats": {"h264": 0, "uptime": 1}})",
                   R"({"system": {"caps": {"output": false}}, "mode": {"info": {"view": "single"}},
       "stream": {"quota": {"global.hard.limit": 6}, "all": [
         {"id": 2, "info": {"peers": 2}, "settings": {"identity": "recorder", "framerate": 5}}]},
@@ -65,7 +65,7 @@ TEST(differences, are_named_object_by_object) {
         {"properties": {"key": "view"}, "crop": [0, 0, 1280, 1080], "crop_max": [1280, 720],
          "resolutions": {"available": [[1280, 720], [1920, 1080]]}}]},
       "input": {"all": [{"id": 1, "resolution_unrotated": {"capture": [0, 0]}}, {"id": 2}]},
-      "output": {"all": [{"id": 0, "settings": {"VIC": 31}}]}, "formats": {"h264": 0, "av1": 10}})"),
+      "output": {"all": [{"id": 0, "settings": {"VIC": 31}}]}, "formats": {"h264": 0, "uptime": 2, "av1": 10}})"),
               R"(stream 2 (recorder)
     info  peers  1 -> 2
     settings  framerate  25 -> 5
@@ -87,6 +87,7 @@ service
     stream quota  global.hard.limit  5 -> 6
     channel info  input.count  2 -> 1
     formats  av1  none -> 10
+    formats  uptime  1 -> 2
 )");
 }
 

@@ -14,6 +14,7 @@
 #include <glib.h>
 
 #include "snapshot/lookup.h"
+#include "snapshot/utc_time.h"
 #include "snapshot_tool/inputs.h"
 
 namespace snapshot_tool {
@@ -465,6 +466,7 @@ device figures_of(const snapshot::loaded& loaded) {
     if (!snapshot::is_answered(answers)) {
         figures.reached = std::unexpected(queries.first_failure());
     }
+    figures.recorded = answers.recorded ? snapshot::seconds_of(*answers.recorded) : std::nullopt;
     figures.unanswered = std::move(queries).unanswered();
     return figures;
 }

@@ -146,6 +146,8 @@ struct device {
     std::vector<input> inputs;                   // the counted, then others that channels name
     outcome<std::optional<hdmi_output>> output;  // none if the device has none
 
+    std::optional<std::int64_t> recorded;  // seconds since 1970; none if the answers are current
+
     // If the service answered no query: the message of the first failure.
     outcome<void> reached;
     std::vector<unanswered_queries> unanswered;  // one of every kind, unless nothing was read

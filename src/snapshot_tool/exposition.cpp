@@ -411,7 +411,11 @@ std::string exposition(const device& device) {
     std::string text;
     add_gauge(text, "oru_up", "Whether the video service answers.",
               std::optional{device.reached ? 1 : 0});
+    metric(text, "oru_build_info", metric_type::gauge, "The program that wrote these figures.")
+        .add(label("version", ORU_VERSION), "1");
     if (device.reached) {
+        add_gauge(text, "oru_snapshot_recorded_timestamp_seconds",
+                  "When the answers were recorded, in seconds since 1970.", device.recorded);
         add_unanswered_queries(text, device);
         add_streams(text, device);
         add_service(text, device);

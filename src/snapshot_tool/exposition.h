@@ -7,7 +7,7 @@
 
 namespace snapshot_tool {
 
-// Returns the lines. If the service was not reached, they contain nothing else.
+// Returns the lines. If the service was not reached, they contain only this and the version.
 std::string exposition(const device& device);
 
 }  // namespace snapshot_tool

@@ -13,6 +13,7 @@
 
 #include <oru.h>
 
+#include "replay/origin.h"
 #include "snapshot/lookup.h"
 #include "snapshot_tool/inputs.h"
 #include "snapshot_tool/other_json.h"
@@ -100,6 +101,10 @@ std::shared_ptr<const snapshot::answers> queries::run() {
     all_->inputs = inputs();
     all_->outputs = std::vector{output()};
     all_->formats = formats();
+    // Answers that our client library took from an old file are not those of a running service.
+    if (const auto origin = replay::answers_origin(); origin && origin->recorded) {
+        all_->recorded = all_->arena.keep(*origin->recorded);
+    }
     return all_;
 }
 

@@ -33,6 +33,9 @@ constexpr auto head =
     "# HELP oru_up Whether the video service answers.\n"
     "# TYPE oru_up gauge\n"
     "oru_up 1\n"
+    "# HELP oru_build_info The program that wrote these figures.\n"
+    "# TYPE oru_build_info gauge\n"
+    "oru_build_info{version=\"1.0.0\"} 1\n"
     "# HELP oru_unanswered_queries Queries that the service did not answer.\n"
     "# TYPE oru_unanswered_queries gauge\n"
     "oru_unanswered_queries{kind=\"stream info\"} 4\n"
@@ -78,7 +81,10 @@ TEST(exposition, reports_an_unreachable_service) {
     EXPECT_EQ(exposition(device),
               "# HELP oru_up Whether the video service answers.\n"
               "# TYPE oru_up gauge\n"
-              "oru_up 0\n");
+              "oru_up 0\n"
+              "# HELP oru_build_info The program that wrote these figures.\n"
+              "# TYPE oru_build_info gauge\n"
+              "oru_build_info{version=\"1.0.0\"} 1\n");
 }
 
 TEST(exposition, omits_figures_that_are_not_answered) {
@@ -206,6 +212,7 @@ device encoder(const std::string& identity) {
     device.channels = std::vector<channel>{};
     device.input_channels = std::vector<input_channel>{};
     device.output = hdmi_output{.settings = output_settings{}, .info = output_info{}};
+    device.recorded = 2000000000;
     device.unanswered.assign(24, {.kind = "channel resolutions", .count = 100});
     for (std::uint32_t number = 1; number <= 4; ++number) {
         device.channels->push_back(channel_with(number, true));

@@ -642,10 +642,9 @@ TEST_F(recording, does_not_redact_the_message_if_no_query_is_answered) {
 // --- What a service can answer and a file cannot contain ----------------------------------------
 
 // Returns what a command prints.
-std::string printed(command_function* command, const char* name) {
-    char* arguments[] = {const_cast<char*>(name), nullptr};
+std::string printed(const command& command) {
     const captured output(stdout);
-    EXPECT_EQ(command(1, arguments), 0);
+    EXPECT_EQ(command.run({}), 0);
     return output.text();
 }
 
@@ -661,11 +660,12 @@ class more_than_a_file_contains : public recording {
         service.streams = std::vector{first, second};
         service.stream_debug = fake_map{{"identity.k\xff", number(4)}};
         service.formats = {{6, "x\xe4"}, {6, "never"}};
+        service.origin = replay::origin{.path = "old.json", .recorded = "0001-01-01T00:00:00Z"};
     }
 };
 
 TEST_F(more_than_a_file_contains, is_shown) {
-    const std::string all = printed(show, "show");
+    const std::string all = printed(show);
     EXPECT_EQ(lines_from(all, "7  gate", 4),
               "     7  gate\\xff  x\\xe4   -                   -    -         -         -       -  "
               "     -        2\n"
@@ -677,14 +677,19 @@ TEST_F(more_than_a_file_contains, is_shown) {
 }
 
 TEST_F(more_than_a_file_contains, is_drawn) {
-    const std::string all = printed(graph, "graph");
+    const std::string all = printed(graph);
     EXPECT_EQ(lines_from(all, "stream_0 [", 2),
               "        stream_0 [label=\"stream 7: x\\\\xe4\"]\n"
               "        stream_1 [label=\"stream 7: NV12\"]\n");
 }
 
 TEST_F(more_than_a_file_contains, is_counted) {
-    const std::string all = printed(metrics, "metrics");
+    const std::string all = printed(metrics);
+    EXPECT_EQ(lines_from(all, "oru_snapshot_recorded", 3),
+              "# HELP oru_snapshot_recorded_timestamp_seconds When the answers were recorded, in "
+              "seconds since 1970.\n"
+              "# TYPE oru_snapshot_recorded_timestamp_seconds gauge\n"
+              "oru_snapshot_recorded_timestamp_seconds -62135596800\n");
     EXPECT_EQ(lines_from(all, "oru_streams 2", 1), "oru_streams 2\n");
     EXPECT_EQ(lines_from(all, "oru_streams_without_series 1", 1), "oru_streams_without_series 1\n");
     EXPECT_EQ(lines_from(all, "oru_stream_info{", 1),

@@ -155,6 +155,7 @@ def command_lines(binaries, shape, path):
     # docs/reliability.md names the one product of two numbers that the report takes time for.
     yield "oru-serverreport-tool", "-qocai" if shape.text is streams_of_many_formats else "-lqocai"
     yield "oru-snapshot", "record"
+    yield "oru-snapshot", "diff", path, path
     for command in "show", "graph", "metrics":
         yield "oru-snapshot", command, path
     if os.path.exists(os.path.join(binaries, "oru-probe")):

@@ -22,20 +22,22 @@ _oru_files() {
 _oru_snapshot() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} options=--help out=json
     if ((COMP_CWORD == 1)); then
-        _oru_switches 'check record show graph metrics --help --version'
+        _oru_switches 'check record diff show graph metrics --help --version'
         return
     fi
     case ${COMP_WORDS[1]} in
         check | show | graph) ;;
-        record) options='--output --about --redact --help' ;;
+        record) options='--output --about --redact --redact-key --help' ;;
+        diff) options='--all --help' ;;
         metrics) options='--output --help' out=prom ;;
         *) return ;;
     esac
     case $before in
         -o | --output) _oru_files $out ;;
         --about) ;;
+        --redact-key) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
         *)
-            if [[ $word == -* || ${COMP_WORDS[1]} == record ]]; then
+            if [[ $word == -* ]]; then
                 _oru_switches "$options"
             else
                 _oru_files json

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include <glaze/json/read.hpp>
 
@@ -99,6 +100,19 @@ void blank_comments(char* begin, char* end) {
     }
 }
 
+// Returns the name of the format in which the text is compressed, or NULL.
+const char* compression_of(std::string_view text) {
+    using namespace std::string_view_literals;
+    constexpr std::pair<std::string_view, const char*> formats[] = {
+        {"\x1f\x8b"sv, "gzip"}, {"\xfd\x37zXZ\0"sv, "xz"}, {"\x28\xb5\x2f\xfd"sv, "zstd"}};
+    for (const auto& [beginning, name] : formats) {
+        if (text.starts_with(beginning)) {
+            return name;
+        }
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 std::string expected(std::string_view what) {
@@ -117,6 +131,10 @@ json_reader::json_reader(std::string& text, snapshot::arena& arena)
     : at_(text.data()), end_(text.data() + text.size()), arena_(arena) {
     if (text.empty()) {
         throw complaint{nullptr, "the file is empty"};
+    }
+    if (const char* compression = compression_of(text); compression != nullptr) {
+        throw complaint{nullptr, std::string("is compressed with ") + compression +
+                                     "; a snapshot must be decompressed first"};
     }
     if (text.starts_with("\xEF\xBB\xBF")) {
         throw complaint{at_, "the text begins with a byte order mark"};

@@ -12,9 +12,10 @@ namespace snapshot_tool {
 using command_line::command;
 
 extern const command check;    // whether files are snapshots
+extern const command diff;     // what differs between two snapshots
 extern const command graph;    // the device as a drawing in the language of Graphviz
 extern const command metrics;  // the device's figures in the text format of Prometheus
-extern const command record;   // the service's answers as a snapshot
+extern const command record;   // the service's answers, or a FILE, as a snapshot
 extern const command show;     // the device in tables
 
 // The exit status of a command that fails. A command whose manual gives 1 another meaning sets 2.

@@ -15,7 +15,7 @@ namespace {
 
 using namespace snapshot_tool;
 
-constexpr const command* commands[] = {&check, &record, &show, &graph, &metrics};
+constexpr const command* commands[] = {&check, &record, &diff, &show, &graph, &metrics};
 
 constexpr std::string_view program = "oru-snapshot";
 

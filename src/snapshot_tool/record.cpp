@@ -4,6 +4,7 @@
 
 #include "snapshot_tool/command.h"
 #include "snapshot_tool/recording.h"
+#include "snapshot_tool/redaction_key.h"
 #include "snapshot_tool/replace_file.h"
 
 namespace snapshot_tool {
@@ -12,6 +13,7 @@ namespace {
 char* out = nullptr;
 char* about = nullptr;
 gboolean is_redacted = FALSE;
+char* key_file = nullptr;
 
 const GOptionEntry options[] = {
     {"output", 'o', 0, G_OPTION_ARG_FILENAME, &out, "Write into OUT, not to standard output",
@@ -19,13 +21,26 @@ const GOptionEntry options[] = {
     {"about", 0, 0, G_OPTION_ARG_FILENAME, &about, "Begin the recording with a text for people",
      "TEXT"},
     {"redact", 0, 0, G_OPTION_ARG_NONE, &is_redacted, "Replace identities and messages", nullptr},
+    {"redact-key", 0, 0, G_OPTION_ARG_FILENAME, &key_file,
+     "The same, with names that only who has the key can find out", "KEYFILE"},
 };
 
-int run(std::span<const char* const> /*arguments*/) {
+int run(std::span<const char* const> arguments) {
     if (out != nullptr) {
         require_may_open(out);
     }
-    const std::string text = record_service({.about = about, .is_redacted = is_redacted != FALSE});
+    recording_options recording{.about = about,
+                                .is_redacted = is_redacted != FALSE || key_file != nullptr};
+    if (key_file != nullptr) {
+        if (std::string_view(key_file) == "-") {
+            throw command_line::wrong_usage("KEYFILE cannot be standard input");
+        }
+        require_may_open(key_file);
+        recording.redaction_key = read_redaction_key(key_file);
+    }
+    const char* file = only_file(arguments);
+    const std::string text =
+        file != nullptr ? record_file(file, recording) : record_service(recording);
     if (out != nullptr && std::string_view(out) != "-") {
         replace_file(out, text, 0640);
         return 0;
@@ -38,8 +53,9 @@ int run(std::span<const char* const> /*arguments*/) {
 
 const command record{
     .name = "oru-snapshot record",
-    .arguments = nullptr,
-    .summary = "Queries the video service and prints its answers as a snapshot.",
+    .arguments = "[FILE]",
+    .most_arguments = 1,
+    .summary = "Prints the answers of the video service, or those in FILE, as a snapshot.",
     .example = "oru-snapshot record --about 'gate 4 freezes' -o gate4.json",
     .manual = "oru-snapshot(1)",
     .options = options,

@@ -16,13 +16,12 @@
 #include <variant>
 #include <vector>
 
-#include "replay/origin.h"
 #include "snapshot/comparison.h"
-#include "snapshot/load.h"
 #include "snapshot/lookup.h"
 #include "snapshot/printable.h"
 #include "snapshot/utc_time.h"
 #include "snapshot/writer.h"
+#include "snapshot_tool/command.h"
 #include "snapshot_tool/inputs.h"
 #include "snapshot_tool/query.h"
 #include "snapshot_tool/redaction.h"
@@ -201,10 +200,9 @@ std::string record_service(const recording_options& options) {
         throw std::runtime_error(std::get<snapshot::failure>(answers->system).message);
     }
     snapshot::answers recording(answers);
-    // A snapshot does not become new by being recorded again.
-    const auto origin = replay::answers_origin();
-    recording.recorded =
-        recording.arena.keep(origin && origin->recorded ? *origin->recorded : begin);
+    if (!recording.recorded) {  // A snapshot does not become new by being recorded again.
+        recording.recorded = recording.arena.keep(begin);
+    }
     complete(recording, options);
     print_unqueried_inputs(recording);
     leave_out_missing_inputs(recording);
@@ -213,10 +211,10 @@ std::string record_service(const recording_options& options) {
     return text_of(recording);
 }
 
-std::string record_file(const char* path, const recording_options& options) {
-    const auto loaded = snapshot::load(path);
+std::string record_file(const char* file, const recording_options& options) {
+    const auto loaded = load_file(file);
     if (!loaded) {
-        throw std::runtime_error(snapshot::printable(loaded.error()));
+        throw std::runtime_error(loaded.error());
     }
     snapshot::answers recording(*loaded);
     sort_by_place(recording.inputs);

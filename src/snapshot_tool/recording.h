@@ -18,8 +18,8 @@ struct recording_options {
 // snapshot::not_recordable if a file cannot contain an answer.
 std::string record_service(const recording_options& options);
 
-// Returns the text of the recording of everything in the snapshot at `path`, in the order of its
+// Returns the text of the recording of everything in the snapshot in `file`, in the order of its
 // lists. Throws a std::runtime_error if it cannot be read.
-std::string record_file(const char* path, const recording_options& options);
+std::string record_file(const char* file, const recording_options& options);
 
 }  // namespace snapshot_tool

@@ -37,10 +37,11 @@ completes 'oru-tlm-tool --x'
 completes 'oru-serverreport-tool ' --list-streams --stream-quotas --list-output --list-channels \
     --list-resolutions --list-available-resolutions --list-inputs --help
 completes 'oru-serverreport-tool --list-o' --list-output
-completes 'oru-snapshot ' check record show graph metrics --help --version
+completes 'oru-snapshot ' check record diff show graph metrics --help --version
 completes 'oru-snapshot c' check
 completes 'oru-snapshot --help '
-completes 'oru-snapshot record ' --output --about --redact --help
+completes 'oru-snapshot record --' --output --about --redact --redact-key --help
+completes 'oru-snapshot diff --' --all --help
 completes 'oru-snapshot record --redact --a' --about
 completes 'oru-snapshot record --about '
 completes 'oru-snapshot show --h' --help

@@ -68,12 +68,15 @@ completes 'oru-snapshot graph rec' 'oru-snapshot graph records/'
 completes 'oru-snapshot metrics -o or' 'oru-snapshot metrics -o oru.prom '
 completes 'oru-snapshot metrics -o oru.prom on' 'oru-snapshot metrics -o oru.prom one.json '
 completes 'oru-snapshot metrics --output=or' 'oru-snapshot metrics --output=oru.prom '
-completes 'oru-snapshot record --r' 'oru-snapshot record --redact '
+completes 'oru-snapshot record --r' 'oru-snapshot record --redact'
+completes 'oru-snapshot record o' 'oru-snapshot record one.json '
+completes 'oru-snapshot diff one.json o' 'oru-snapshot diff one.json one.json '
 completes 'oru-snapshot record --redact -o o' 'oru-snapshot record --redact -o one.json '
 lists 'oru-tlm-tool --' '--stream-max-stats --system-info --identity-info --help'
 lists 'oru-serverreport-tool --' "--list-streams --stream-quotas --list-output --list-channels \
 --list-resolutions --list-available-resolutions --list-inputs --help"
-lists 'oru-snapshot record --' '--help --redact --output --about'
+lists 'oru-snapshot record --' '--help --redact --output --about --redact-key'
+lists 'oru-snapshot diff --' '--help --all'
 lists 'oru-snapshot show -' '-h --help'
 zpty -d shell
 (( failed )) || print "zsh_completion_test: all completions are as expected"

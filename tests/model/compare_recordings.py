@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Records the service on random and hand-written snapshots. Each recording must be what the model expects, pass
 `oru-snapshot check`, be identical to its own recording, and give the same reports of both tools as the service itself.
+So must each recording of the snapshot as FILE, except that it may contain more than the tools query.
 
 usage: compare_recordings.py BIN_DIR REDIRECT_ETC_ORU FIRST COUNT [SNAPSHOT...]
 
@@ -20,6 +21,7 @@ import recording
 from compare import Bench
 
 ABOUT = 'gate "north", caf\u00e9\n'
+KEY = bytes(range(32))
 
 
 class Recorded:
@@ -28,6 +30,8 @@ class Recorded:
     def __init__(self, service, replay, snapshot):
         self.service, self.replay, self.snapshot, self.errors = service, replay, snapshot, []
         service.put_snapshot(snapshot)
+        self.key = pathlib.Path(service.scratch.name, "key")
+        self.key.write_bytes(KEY)
 
     def expect(self, what, expected, got):
         if expected != got:
@@ -58,10 +62,35 @@ class Recorded:
             self.errors.append(f"{what}: stderr: {got.stderr[:500]!r}")
         return got
 
+    def record_file(self, *arguments, **options):
+        """Returns the recording of the snapshot as FILE, after comparing it with the model's."""
+        got = self.service.run("oru-snapshot", ["record", *arguments, str(self.service.snapshot)])
+        what = " ".join(["record", *arguments, "FILE"])
+        try:
+            expected = recording.record_file(self.snapshot.decode("utf-8", "surrogateescape"), **options)
+        except ValueError:
+            return got
+        self.expect(f"{what}: stdout", expected, got.stdout)
+        self.expect(f"{what}: stderr and status", b"0", got.stderr + b"%d" % got.returncode)
+        return got
+
+    def compare_files(self):
+        """Compares the recordings of the snapshot as FILE, if it can be read."""
+        if self.replay.run("oru-snapshot", ["check", str(self.service.snapshot)]).returncode != 0:
+            return
+        plain = self.record_file()
+        self.record_file("--redact", redact=True)
+        self.record_file(f"--redact-key={self.key}", "--about", ABOUT, redact=True, key=KEY, about=ABOUT)
+        self.replay.put_snapshot(plain.stdout)
+        again = self.replay.run("oru-snapshot", ["record", str(self.replay.snapshot)])
+        self.expect("FILE of the recording of FILE", plain.stdout, again.stdout + again.stderr)
+
     def compare(self, command_lines):
         """Compares all recordings and reports. Returns whether there was an answer to record."""
         plain = self.record()
         self.record("--redact", "--about", ABOUT, redact=True, about=ABOUT)
+        self.record(f"--redact-key={self.key}", redact=True, key=KEY)
+        self.compare_files()
         if plain.returncode != 0:
             return False
         self.replay.put_snapshot(plain.stdout)
@@ -69,6 +98,8 @@ class Recorded:
         self.expect("check", b"%s: ok\n" % str(self.replay.snapshot).encode(), checked.stdout + checked.stderr)
         again = self.replay.run("oru-snapshot", ["record"])
         self.expect("recording of the recording", plain.stdout + plain.stderr, again.stdout + again.stderr)
+        again = self.replay.run("oru-snapshot", ["record", str(self.replay.snapshot)])
+        self.expect("FILE of the recording", plain.stdout, again.stdout + again.stderr)
         for tool, arguments in command_lines:
             reports = (self.report(bench, tool, arguments) for bench in (self.service, self.replay))
             for output, expected, got in zip(("stdout", "stderr", "status"), *reports):

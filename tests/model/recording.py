@@ -214,6 +214,12 @@ def notes(value, subject=""):
             for note in notes(element, f"{subject} {element['id']}:")] if isinstance(value, list) else []
 
 
+def printable(text):
+    """Returns the text with the escapes that the failures of random snapshots need."""
+    return re.sub("[\x00-\x1f\x7f]", lambda found: {"\n": "\\n", "\r": "\\r", "\t": "\\t"}.get(
+        found[0], f"\\x{ord(found[0]):02x}"), text)
+
+
 def heading(about, recorded):
     return {"version": 1} | ({} if about is None else {"about": Message(about)}) | (
         {} if recorded is None else {"recorded": Message(recorded)})
@@ -223,7 +229,7 @@ def record(snapshot, about=None, redact=False, key=None, unreachable=None):
     recorder = Recorder(snapshot, unreachable)
     answers = recorder.everything()
     if not recorder.answered:
-        return Run(b"", re.escape(f"oru-snapshot: {recorder.failures[0]}\n".encode("utf-8", "surrogateescape")), 1)
+        return Run(b"", re.escape(f"oru-snapshot: {printable(recorder.failures[0])}\n".encode("utf-8", "surrogateescape")), 1)
     messages = "".join(f"oru-snapshot: {subject[1:]}: '.*' is of a kind without a form, recorded as JSON\n"
                        for subject, _ in dict.fromkeys(notes(answers)))
     if redact:

@@ -928,6 +928,16 @@ TEST(text, rejects_invalid_comments) {
               "1:9: a string holds this control character only as an escape");
 }
 
+TEST(text, rejects_a_compressed_file) {
+    for (const auto& [text, format] : {std::pair("\x1f\x8b\x08\0x"s, "gzip"),
+                                       {"\xfd\x37zXZ\0\0x"s, "xz"},
+                                       {"\x28\xb5\x2f\xfd\0x"s, "zstd"}}) {
+        EXPECT_EQ(complaint(text),
+                  " is compressed with "s + format + "; a snapshot must be decompressed first");
+    }
+    EXPECT_EQ(complaint("\xfd\x37zX"), "1:1: this is not valid UTF-8");
+}
+
 TEST(text, rejects_a_byte_order_mark) {
     EXPECT_EQ(complaint("\xEF\xBB\xBF{}"), "1:1: the text begins with a byte order mark");
 }

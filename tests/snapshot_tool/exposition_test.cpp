@@ -35,7 +35,7 @@ constexpr auto head =
     "oru_up 1\n"
     "# HELP oru_build_info The program that wrote these figures.\n"
     "# TYPE oru_build_info gauge\n"
-    "oru_build_info{version=\"1.0.0\"} 1\n"
+    "oru_build_info{version=\"1.1.0\"} 1\n"
     "# HELP oru_unanswered_queries Queries that the service did not answer.\n"
     "# TYPE oru_unanswered_queries gauge\n"
     "oru_unanswered_queries{kind=\"stream info\"} 4\n"
@@ -84,7 +84,7 @@ TEST(exposition, reports_an_unreachable_service) {
               "oru_up 0\n"
               "# HELP oru_build_info The program that wrote these figures.\n"
               "# TYPE oru_build_info gauge\n"
-              "oru_build_info{version=\"1.0.0\"} 1\n");
+              "oru_build_info{version=\"1.1.0\"} 1\n");
 }
 
 TEST(exposition, omits_figures_that_are_not_answered) {

@@ -17,14 +17,14 @@ constexpr auto down =
     "oru_up 0\n"
     "# HELP oru_build_info The program that wrote these figures.\n"
     "# TYPE oru_build_info gauge\n"
-    "oru_build_info{version=\"1.0.0\"} 1\n";
+    "oru_build_info{version=\"1.1.0\"} 1\n";
 constexpr auto up =
     "# HELP oru_up Whether the video service answers.\n"
     "# TYPE oru_up gauge\n"
     "oru_up 1\n"
     "# HELP oru_build_info The program that wrote these figures.\n"
     "# TYPE oru_build_info gauge\n"
-    "oru_build_info{version=\"1.0.0\"} 1\n";
+    "oru_build_info{version=\"1.1.0\"} 1\n";
 
 std::string content(const std::string& path) {
     std::ifstream file(path, std::ios::binary);

@@ -15,9 +15,9 @@
 
 namespace {
 
-const std::vector<std::string> commands = {"check", "record", "show", "graph", "metrics"};
+const std::vector<std::string> commands = {"check", "record", "diff", "show", "graph", "metrics"};
 
-constexpr auto list = "check, record, show, graph, metrics";
+constexpr auto list = "check, record, diff, show, graph, metrics";
 
 TEST(oru_snapshot, lists_its_commands) {
     const std::string help = oru_snapshot({"--help"}).out;
@@ -139,7 +139,7 @@ TEST(oru_snapshot, opens_no_files_as_a_privileged_program) {
     ASSERT_EQ(chown(copy.c_str(), 65534, 65534), 0);
     ASSERT_EQ(chmod(copy.c_str(), 04755), 0);
     ASSERT_EQ(chmod(scratch.path().c_str(), 0755), 0);
-    const std::string file = scratch.write("file", "{}");
+    const std::string file = scratch.write("file", R"({"mode": {}})");
     const auto privileged = [&](std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "oru-snapshot");
         return run({.executable = copy, .argv = std::move(arguments), .stdin_from = file});
@@ -157,6 +157,9 @@ TEST(oru_snapshot, opens_no_files_as_a_privileged_program) {
     EXPECT_EQ(privileged({"metrics", "-o", name}), refused);
     EXPECT_EQ(privileged({"metrics", "-o", "-", "-"}).status, 0);
     EXPECT_EQ(privileged({"record", "-o", name}), refused);
+    EXPECT_EQ(privileged({"record", name}), refused);
+    EXPECT_EQ(privileged({"record", "--redact-key", name, "-"}), refused);
+    EXPECT_EQ(privileged({"diff", "-", name}), refused);
 }
 
 }  // namespace

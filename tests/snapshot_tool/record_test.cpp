@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -11,6 +12,8 @@
 #include "support/temp_directory.h"
 
 namespace {
+
+using namespace std::string_literals;
 
 // A minimal snapshot, and its recording.
 constexpr auto smallest = R"({ "stream": { "all": [ ] }, "formats": { } })";
@@ -368,6 +371,210 @@ TEST_F(record, redacts_every_identity_and_message) {
               ended(1, "", "oru-serverreport-tool: Failed to get quota: emil\n"));
     EXPECT_EQ(report(got.out, {"-q"}),
               ended(1, "", "oru-serverreport-tool: Failed to get quota: redacted\n"));
+}
+
+// --- A FILE -------------------------------------------------------------------------------------
+
+TEST_F(record, writes_everything_in_a_file) {
+    const std::string file = scratch_.write("file.json", R"({ // by hand
+  "formats": {"second": 3, "last": 9, "first": 3}, "about": "gate 4", "recorded": "2001-02-03T04:05:06Z",
+  "output": {"all": [{"id": 3, "settings": {"$error": "x"}}, {"id": 0, "$error": "y"}]},
+  "input": {"all": [{"id": 9, "crop": [1, 2, 3, 4], "resolution_unrotated": {"z": [1, 2], "other": {"$error": ""}}},
+                    {"id": 2, "$error": "z"}, {"id": 5}]},
+  "channel": {"filtered": [{"id": 7}], "all": [
+      {"id": 4, "properties": {"more": {"uint16": 1}, "key": "view"}, "crop_max": [5, 6],
+       "resolutions": {"other": [], "available": [[7, 8], [9, 10]]}}, {}]},
+  "stream": {"quota": {"b": {"other": [ 1 ]}, "a": 5.0}}, "mode": {}})");
+    const std::string recorded = R"({
+    "version": 1,
+    "about": "gate 4",
+    "recorded": "2001-02-03T04:05:06Z",
+    "mode": {},
+    "stream": {
+        "quota": {
+            "a": 5.0,
+            "b": { "other": [1] }
+        }
+    },
+    "channel": {
+        "all": [
+            {
+                "id": 4,
+                "properties": {
+                    "key": "view",
+                    "more": { "uint16": 1 }
+                },
+                "crop_max": [5, 6],
+                "resolutions": {
+                    "available": [[7, 8], [9, 10]],
+                    "other": []
+                }
+            },
+            {
+                "id": 0
+            }
+        ],
+        "filtered": [
+            {
+                "id": 7
+            }
+        ]
+    },
+    "input": {
+        "all": [
+            {
+                "id": 9,
+                "crop": [1, 2, 3, 4],
+                "resolution_unrotated": {
+                    "other": { "$error": "" },
+                    "z": [1, 2]
+                }
+            },
+            {
+                "id": 2,
+                "$error": "z"
+            },
+            {
+                "id": 5
+            }
+        ]
+    },
+    "output": {
+        "all": [
+            {
+                "id": 3,
+                "settings": { "$error": "x" }
+            },
+            {
+                "id": 0,
+                "$error": "y"
+            }
+        ]
+    },
+    "formats": {
+        "second": 3,
+        "first": 3,
+        "last": 9
+    }
+}
+)";
+    EXPECT_EQ(oru_snapshot({"record", file}), ended(0, recorded));
+    EXPECT_EQ(oru_snapshot({"record", "-"}, {.stdin_from = scratch_.write("again", recorded)}),
+              ended(0, recorded));
+    EXPECT_EQ(oru_snapshot({"record", file, "--about", "x", "-o", file}), ended(0, ""));
+    const std::string other_about = "    \"about\": \"x\",\n";
+    EXPECT_EQ(content(file), std::string(recorded).replace(
+                                 recorded.find("    \"about\""),
+                                 std::strlen("    \"about\": \"gate 4\",\n"), other_about));
+}
+
+TEST_F(record, takes_a_file_that_answers_nothing) {
+    EXPECT_EQ(oru_snapshot({"record", scratch_.write("file", "{}")}),
+              ended(0, "{\n    \"version\": 1\n}\n"));
+    const std::string wrong = scratch_.write("file", "[");
+    EXPECT_EQ(
+        oru_snapshot({"record", wrong, "-o", scratch("out")}),
+        ended(1, "",
+              "oru-snapshot: " + wrong + ":1:1: expected a snapshot (an object), found '['\n"));
+    EXPECT_EQ(files(), 1U);
+}
+
+// In the order of the file's lists, which is not that of the ids.
+TEST_F(record, numbers_the_clients_in_a_file) {
+    const result got =
+        oru_snapshot({"record", "--redact", scratch_.write("file", R"({"input": {"all": [
+        {"id": 9, "info": {"identity": "b", "text": "kept"}}, {"id": 2, "info": {"identity": "a"}}]}})")});
+    EXPECT_EQ(got.status, 0);
+    EXPECT_TRUE(got.out.contains(R"("identity": "client-1",
+                    "text": "kept")"))
+        << got;
+    EXPECT_TRUE(got.out.contains(R"("identity": "client-2")")) << got;
+}
+
+// --- A key --------------------------------------------------------------------------------------
+
+class redaction_key : public record {
+  protected:
+    result redacted(const std::string& key, std::string_view snapshot) {
+        key_file_ = scratch_.write("key\xff", key);
+        return oru_snapshot(
+            {"record", "--redact-key=" + key_file_, scratch_.write("file.json", snapshot)});
+    }
+
+    std::string key_file_;
+};
+
+// The names are the first digits of HMAC-SHA256, computed with `openssl dgst -sha256 -mac HMAC`.
+TEST_F(redaction_key, gives_each_client_a_name_that_depends_on_nothing_else) {
+    const std::string snapshot =
+        R"({"stream": {"debug": {"identity.anton": 1, "$error": 5}, "quota": {"$error": "by anton"},
+            "all": [{"info": {"identity[0]": "berta", "identity[1]": {"bytes": "ff"}}}]}})";
+    const std::string expected = R"({
+    "version": 1,
+    "stream": {
+        "debug": {
+            "$error": 5,
+            "identity.client-3688c3d573cb": 1
+        },
+        "quota": { "$error": "redacted" },
+        "all": [
+            {
+                "id": 0,
+                "info": {
+                    "identity[0]": "client-bae6242be7df",
+                    "identity[1]": "client-fa510ee1b98d"
+                }
+            }
+        ]
+    }
+}
+)";
+    EXPECT_EQ(redacted("0123456789abcdef", snapshot), ended(0, expected));
+    EXPECT_EQ(oru_snapshot({"record", "--redact", "--redact-key", key_file_, scratch("file.json")}),
+              ended(0, expected));
+    EXPECT_TRUE(
+        recording_of(snapshot, {"--redact-key", key_file_}).out.contains("client-3688c3d573cb"));
+    const result other = redacted("0123456789abcdeF", snapshot);
+    EXPECT_EQ(other.status, 0);
+    EXPECT_FALSE(other.out.contains("client-3688c3d573cb"));
+}
+
+TEST_F(redaction_key, has_16_to_4096_bytes_of_a_regular_file) {
+    const std::string snapshot = R"({"mode": {}})";
+    const auto refused = [&](const std::string& reason) {
+        return ended(1, "", "oru-snapshot: " + scratch_.path() + "/key\\xff: " + reason + "\n");
+    };
+    EXPECT_EQ(redacted(std::string(16, '\0'), snapshot).status, 0);
+    EXPECT_EQ(redacted(std::string(4096, 'k'), snapshot).status, 0);
+    EXPECT_EQ(redacted("", snapshot), refused("a key has 16 to 4096 bytes, this file 0"));
+    EXPECT_EQ(redacted(std::string(15, 'k'), snapshot),
+              refused("a key has 16 to 4096 bytes, this file 15"));
+    EXPECT_EQ(redacted(std::string(4097, 'k'), snapshot),
+              refused("a key has 16 to 4096 bytes, this file more"));
+    const std::string out = scratch("out");
+    for (const auto& [key, reason] : {std::pair("/dev/zero"s, "is not a regular file"s),
+                                      {"/dev/fd/0"s, "is not a regular file"s},
+                                      {scratch_.path(), "is not a regular file"s},
+                                      {"/nowhere"s, "No such file or directory"s}}) {
+        EXPECT_EQ(recording_of(smallest, {"--redact-key", key, "-o", out}),
+                  ended(1, "", "oru-snapshot: " + key + ": " + reason + "\n"));
+    }
+    EXPECT_EQ(recording_of(smallest, {"--redact-key", "-"}),
+              ended(2, "",
+                    "oru-snapshot record: KEYFILE cannot be standard input\n"
+                    "Try 'oru-snapshot record --help'.\n"));
+    EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+// Two names of 48 bits that were searched for.
+TEST_F(redaction_key, must_distinguish_all_clients) {
+    EXPECT_EQ(
+        redacted(
+            "0123456789abcdef",
+            R"({"mode": {"info": {"identity": "client 4621010", "identity[1]": "client 34932799"}}})"),
+        ended(1, "",
+              "oru-snapshot: with this key, two clients get one name, client-23997f15330e: use "
+              "another key\n"));
 }
 
 TEST_F(record, reproduces_an_example) {

@@ -26,7 +26,8 @@ _oru_snapshot() {
         return
     fi
     case ${COMP_WORDS[1]} in
-        check | show | graph) ;;
+        check | graph) ;;
+        show) options='--wide --problems --stream --color --help' ;;
         record) options='--output --about --redact --redact-key --help' ;;
         diff) options='--all --help' ;;
         metrics) options='--output --help' out=prom ;;
@@ -34,7 +35,8 @@ _oru_snapshot() {
     esac
     case $before in
         -o | --output) _oru_files $out ;;
-        --about) ;;
+        --about | --stream) ;;
+        --color) _oru_switches 'always auto never' ;;
         --redact-key) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
         *)
             if [[ $word == -* ]]; then

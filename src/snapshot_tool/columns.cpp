@@ -41,4 +41,25 @@ std::string cut_to(std::size_t columns, std::string_view text) {
     }
 }
 
+std::string_view take_line(std::size_t columns, std::string_view& text) {
+    std::size_t taken = 0;
+    std::size_t after_word = 0;  // the end of the last word that fits
+    std::size_t at = 0;
+    for (; at < text.size();
+         at = static_cast<std::size_t>(g_utf8_next_char(&text[at]) - &text[0])) {
+        if (text[at] == ' ') {
+            after_word = at;
+        }
+        taken += columns_of_character(g_utf8_get_char(&text[at]));
+        if (taken > columns) {
+            break;
+        }
+    }
+    const bool is_whole = at == text.size();
+    const std::size_t end = is_whole || after_word == 0 ? at : after_word;
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(end + (end < text.size() && text[end] == ' ' ? 1 : 0));
+    return line;
+}
+
 }  // namespace snapshot_tool

@@ -13,4 +13,8 @@ std::size_t columns_of(std::string_view text);
 // Returns a printable text cut to at most this many columns, with "…" in place of the rest.
 std::string cut_to(std::size_t columns, std::string_view text);
 
+// Takes from a printable text as many words as fit into one line of this many columns, at least
+// two, without the blank that follows them. A word that is longer than a line is broken.
+std::string_view take_line(std::size_t columns, std::string_view& text);
+
 }  // namespace snapshot_tool

@@ -1,20 +1,19 @@
 #include "snapshot_tool/description.h"
 
-#include <cstdio>
 #include <stdexcept>
 
 #include "snapshot_tool/command.h"
 
 namespace snapshot_tool {
 
-int print_description(std::span<const char* const> arguments,
-                      std::string (*describe)(const device&)) {
-    const device figures = figures_of(take_snapshot(only_file(arguments)));
-    if (!figures.reached) {
-        throw std::runtime_error(figures.reached.error());
+description take_description(std::span<const char* const> arguments) {
+    const char* file = only_file(arguments);
+    const snapshot::loaded loaded = take_snapshot(file);
+    device device = figures_of(loaded);
+    if (!device.reached) {
+        throw std::runtime_error(device.reached.error());
     }
-    std::fputs(describe(figures).c_str(), stdout);
-    return finish(0);
+    return {.device = std::move(device), .heading = heading_of(file, **loaded)};
 }
 
 }  // namespace snapshot_tool

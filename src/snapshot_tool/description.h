@@ -2,16 +2,19 @@
 #pragma once
 
 #include <span>
-#include <string>
 
 #include "snapshot_tool/device.h"
+#include "snapshot_tool/heading.h"
 
 namespace snapshot_tool {
 
-// Runs a command with the arguments [FILE]: takes the figures from FILE, otherwise from the
-// service, and prints their description. Returns the exit status. Throws a std::runtime_error with
-// the reason if no query was answered.
-int print_description(std::span<const char* const> arguments,
-                      std::string (*describe)(const device&));
+struct description {
+    snapshot_tool::device device;
+    snapshot_tool::heading heading;
+};
+
+// Takes a device for a command with the arguments [FILE]: from FILE, otherwise from the service.
+// Throws a std::runtime_error with the reason if no query was answered.
+description take_description(std::span<const char* const> arguments);
 
 }  // namespace snapshot_tool

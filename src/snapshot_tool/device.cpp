@@ -76,7 +76,7 @@ class counted_queries {
             return *value;
         }
         const auto* failure = std::get_if<snapshot::failure>(&answer);
-        return failed(query, failure != nullptr ? failure->message : snapshot::not_recorded(query));
+        return failed(query, failure != nullptr ? failure->message : nullptr);
     }
 
     // The same for one of several answers by name.
@@ -90,7 +90,7 @@ class counted_queries {
         }
         query.name = name;
         const auto* found = snapshot::find(list->get(), name);
-        return found != nullptr ? run(query, *found) : failed(query, snapshot::not_recorded(query));
+        return found != nullptr ? run(query, *found) : failed(query, nullptr);
     }
 
     // The same for a record that a program opens by its id.
@@ -103,7 +103,7 @@ class counted_queries {
         }
         const Record* found = snapshot::find(records->get(), *query.number);
         if (found == nullptr) {
-            return failed(query, snapshot::not_recorded(query));
+            return failed(query, nullptr);
         }
         if (found->fails) {
             return failed(query, found->fails->message);
@@ -116,7 +116,7 @@ class counted_queries {
     std::vector<unanswered_queries> unanswered() && { return std::move(unanswered_); }
 
   private:
-    std::unexpected<std::string> failed(const query& query, std::string reason) {
+    std::unexpected<reason> failed(const query& query, const char* message) {
         const auto kind = std::ranges::find_if(query_kinds, [&](const query_kind& kind) {
             return kind.subject == query.subject && kind.has_number == query.number.has_value() &&
                    kind.part == (query.part != nullptr ? query.part : "");
@@ -125,9 +125,9 @@ class counted_queries {
         ++unanswered_[static_cast<std::size_t>(kind - query_kinds)].count;
         if (!is_any_failed_) {
             is_any_failed_ = true;
-            first_failure_ = reason;
+            first_failure_ = reason(query, message).text();
         }
-        return std::unexpected(std::move(reason));
+        return std::unexpected(reason(query, message));
     }
 
     bool is_any_answered_ = false;
@@ -149,10 +149,9 @@ figure found_number(map_entries map, std::string_view key) {
 }
 
 // Returns the text up to a NUL, as a getter of the service returns it.
-std::optional<std::string> found_text(map_entries map, std::string_view key) {
-    const snapshot::value* value = snapshot::find(map, key);
-    const auto text = value != nullptr ? value->get_if<std::string_view>() : std::nullopt;
-    return text ? std::optional<std::string>(text->substr(0, text->find('\0'))) : std::nullopt;
+std::optional<std::string_view> found_text(map_entries map, std::string_view key) {
+    const auto text = found<std::string_view>(map, key);
+    return text ? std::optional(text->substr(0, text->find('\0'))) : std::nullopt;
 }
 
 std::optional<resolution> found_size(map_entries map) {
@@ -171,13 +170,8 @@ bool is_set(map_entries map, std::string_view key) {
 
 // --- Streams ------------------------------------------------------------------------------------
 
-// The clients of a stream whose identities are shown.
-constexpr std::string_view client_keys[] = {"identity[0]", "identity[1]", "identity[2]",
-                                            "identity[3]", "identity[4]", "identity[5]",
-                                            "identity[6]", "identity[7]"};
-
 stream_info info_of(map_entries map) {
-    stream_info info{
+    return {
         .channel = found_number(map, "channel"),
         .clients = found_number(map, "peers"),
         .bit_rate = found_number(map, "statistics.bitrate"),
@@ -187,30 +181,39 @@ stream_info info_of(map_entries map) {
         .reclaims = found_number(map, "statistics.reclaim_count"),
         .run_time = found<std::int64_t>(map, "statistics.duration"),
         .raw_size = found_size(map),
-        .client_identities = {},
     };
-    for (const std::string_view key : client_keys) {
-        if (auto name = found_text(map, key)) {
-            info.client_identities.push_back(std::move(*name));
+}
+
+// The names of formats by their codes; a view of the first name of each.
+class format_names {
+  public:
+    explicit format_names(const snapshot::answers& answers) {
+        const std::span<const snapshot::format_record> formats =
+            answers.formats ? std::span<const snapshot::format_record>(*answers.formats)
+                            : std::span(snapshot::default_formats);
+        for (const auto& [nick, code] : formats) {
+            names_.try_emplace(code, nick);
         }
     }
-    return info;
-}
 
-using format_names = std::map<std::uint32_t, std::string_view>;
-
-format_names names_of_formats(const snapshot::answers& answers) {
-    const std::span<const snapshot::format_record> formats =
-        answers.formats ? std::span<const snapshot::format_record>(*answers.formats)
-                        : std::span(snapshot::default_formats);
-    format_names names;
-    for (const auto& [nick, code] : formats) {
-        names.try_emplace(code, nick);
+    std::string_view name_of(std::uint32_t code) {
+        const auto [name, is_new] = names_.try_emplace(code);
+        // A report prints n/a for a format without a name.
+        if (is_new || name->second == "n/a") {
+            name->second = made_up_->keep(std::format("code {}", code));
+        }
+        return name->second;
     }
-    return names;
-}
 
-stream_settings settings_of(map_entries map, const format_names& formats) {
+    // Returns the memory of the names that no format has.
+    std::shared_ptr<snapshot::arena> made_up() const { return made_up_; }
+
+  private:
+    std::map<std::uint32_t, std::string_view> names_;
+    std::shared_ptr<snapshot::arena> made_up_ = std::make_shared<snapshot::arena>();
+};
+
+stream_settings settings_of(map_entries map, format_names& formats) {
     constexpr std::uint32_t raw = 3;
     constexpr std::uint32_t none = 0xFFFFFFFF;
     const std::uint32_t format = found_number(map, "format").value_or(none);
@@ -224,11 +227,7 @@ stream_settings settings_of(map_entries map, const format_names& formats) {
     if (settings.is_raw) {
         settings.format = found_text(map, "subformat").value_or("NV12");
     } else if (format != none) {
-        const auto name = formats.find(format);
-        // A report prints n/a for a format without a name.
-        settings.format = name != formats.end() && name->second != "n/a"
-                              ? std::string(name->second)
-                              : std::format("code {}", format);
+        settings.format = formats.name_of(format);
     }
     return settings;
 }
@@ -240,11 +239,11 @@ usage usage_of(map_entries map) {
             .raw_streams = found_number(map, "global.raw.peers")};
 }
 
-outcome<std::vector<stream>> streams_of(const snapshot::answers& answers,
+outcome<std::vector<stream>> streams_of(const snapshot::answers& answers, format_names& formats,
                                         counted_queries& queries) {
-    const format_names formats = names_of_formats(answers);
     return queries.run({"streams"}, answers.streams).transform([&](const auto& records) {
         std::vector<stream> streams;
+        streams.reserve(records.get().size());
         for (const snapshot::stream_record& record : records.get()) {
             const auto map = [&](const char* part, const answer<map_entries>& answer) {
                 return queries.run({"stream", record.id, part}, answer);
@@ -258,7 +257,8 @@ outcome<std::vector<stream>> streams_of(const snapshot::answers& answers,
             streams.push_back({.id = record.id,
                                .info = std::move(info),
                                .settings = std::move(settings),
-                               .in_use = std::move(in_use)});
+                               .in_use = std::move(in_use),
+                               .record = &record});
         }
         return streams;
     });
@@ -277,7 +277,7 @@ service_counters counters_of(map_entries map) {
     };
     for (const auto& [key, value] : map) {
         if (key.starts_with(prefix)) {
-            counters.identities.push_back({.name = std::string(key.substr(prefix.size())),
+            counters.identities.push_back({.name = key.substr(prefix.size()),
                                            .starts = snapshot::widened<std::uint32_t>(value)});
         }
     }
@@ -307,10 +307,7 @@ channel channel_of(const snapshot::channel_record& record, counted_queries& quer
         figures.crop = queries.run(part("crop"), record.crop);
         figures.largest_crop = queries.run(part("crop_max"), record.crop_max);
     }
-    figures.available = queries.run(part("resolutions"), "available", record.resolutions)
-                            .transform([](std::span<const resolution> sizes) {
-                                return std::vector<resolution>(sizes.begin(), sizes.end());
-                            });
+    figures.available = queries.run(part("resolutions"), "available", record.resolutions);
     return figures;
 }
 
@@ -318,6 +315,7 @@ outcome<std::vector<channel>> channels_of(const snapshot::answers& answers,
                                           counted_queries& queries) {
     return queries.run({"channels"}, answers.channels).transform([&](const auto& records) {
         std::vector<channel> channels;
+        channels.reserve(records.get().size());
         for (const snapshot::channel_record& record : records.get()) {
             channels.push_back(channel_of(record, queries));
         }
@@ -446,7 +444,8 @@ device figures_of(const snapshot::loaded& loaded) {
     }
     const snapshot::answers& answers = **loaded;
     counted_queries queries;
-    figures.streams = streams_of(answers, queries);
+    format_names formats(answers);
+    figures.streams = streams_of(answers, formats, queries);
     figures.service =
         queries.run({"stream", {}, "debug"}, answers.stream_debug).transform(counters_of);
     figures.quota = queries.run({"stream", {}, "quota"}, answers.stream_quota).transform(quota_of);
@@ -468,7 +467,13 @@ device figures_of(const snapshot::loaded& loaded) {
     }
     figures.recorded = answers.recorded ? snapshot::seconds_of(*answers.recorded) : std::nullopt;
     figures.unanswered = std::move(queries).unanswered();
+    figures.snapshot = *loaded;
+    figures.names_of_codes = formats.made_up();
     return figures;
+}
+
+std::string reason::text() const {
+    return message != nullptr ? message : snapshot::not_recorded(query);
 }
 
 outcome<std::optional<resolution>> size_of(const stream& stream) {
@@ -479,6 +484,21 @@ outcome<std::optional<resolution>> size_of(const stream& stream) {
             }
             return settings.encoded_size;
         });
+}
+
+std::vector<std::string_view> clients_of(const stream& stream) {
+    constexpr std::string_view keys[] = {"identity[0]", "identity[1]", "identity[2]",
+                                         "identity[3]", "identity[4]", "identity[5]",
+                                         "identity[6]", "identity[7]"};
+    std::vector<std::string_view> clients;
+    if (const auto* info = std::get_if<map_entries>(&stream.record->info)) {
+        for (const std::string_view key : keys) {
+            if (const auto name = found_text(*info, key)) {
+                clients.push_back(*name);
+            }
+        }
+    }
+    return clients;
 }
 
 bool has_signal(const input& input) {

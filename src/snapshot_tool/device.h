@@ -1,25 +1,40 @@
 // A device at one moment: the figures that show, graph and metrics take from a snapshot. Texts are
-// as the service gave them.
+// as the service gave them; the device keeps the snapshot alive that they point into.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <expected>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "snapshot/load.h"
+#include "snapshot/lookup.h"
 
 namespace snapshot_tool {
 
 using snapshot::rectangle;
 using snapshot::resolution;
 
+// Why a query was not answered.
+struct reason {
+    // NOLINTNEXTLINE(google-explicit-constructor): a message is a reason
+    reason(const char* message) : message(message) {}
+    reason(const snapshot::query& query, const char* message) : query(query), message(message) {}
+
+    snapshot::query query{""};
+    const char* message;  // of the service; NULL if the snapshot has no answer
+
+    std::string text() const;
+};
+
 // A value, or the reason why the service did not answer.
 template <class Value>
-using outcome = std::expected<Value, std::string>;
+using outcome = std::expected<Value, reason>;
 
 // Nothing if the service does not report it, or reports a value of another kind.
 using figure = std::optional<std::uint32_t>;
@@ -40,14 +55,13 @@ struct stream_info {
     figure frames;
     figure failed_frames;
     figure reclaims;
-    std::optional<std::int64_t> run_time;        // microseconds
-    std::optional<resolution> raw_size;          // the size of a raw stream follows its source
-    std::vector<std::string> client_identities;  // of eight clients at most
+    std::optional<std::int64_t> run_time;  // microseconds
+    std::optional<resolution> raw_size;    // the size of a raw stream follows its source
 };
 
 struct stream_settings {
-    std::optional<std::string> identity;
-    std::optional<std::string> format;  // the name; "code 99" if the service has none for it
+    std::optional<std::string_view> identity;
+    std::optional<std::string_view> format;  // the name; "code 99" if the service has none for it
     bool is_raw = false;
     std::optional<resolution> encoded_size;
     std::optional<double> frame_rate;  // frames a second, requested
@@ -58,13 +72,17 @@ struct stream {
     outcome<stream_info> info;
     outcome<stream_settings> settings;
     outcome<usage> in_use;
+    const snapshot::stream_record* record = nullptr;  // what it was made of
 };
 
 // Returns the size of a stream's pictures.
 outcome<std::optional<resolution>> size_of(const stream& stream);
 
+// Returns the identities of a stream's clients, of eight at most.
+std::vector<std::string_view> clients_of(const stream& stream);
+
 struct identity {
-    std::string name;
+    std::string_view name;
     figure starts;  // how often it started a stream
 };
 
@@ -87,7 +105,7 @@ struct channel {
     outcome<bool> can_crop;
     std::optional<outcome<rectangle>> crop;  // this and the next: none if it cannot crop
     std::optional<outcome<resolution>> largest_crop;
-    outcome<std::vector<resolution>> available;
+    outcome<std::span<const resolution>> available;
 };
 
 // A channel whose pictures come from an input.
@@ -121,7 +139,7 @@ struct output_info {
     bool is_hdmi;  // DVI otherwise
     std::optional<resolution> size;
     std::optional<double> frame_rate;  // frames a second
-    std::optional<std::string> aspect_ratio;
+    std::optional<std::string_view> aspect_ratio;
 };
 
 struct hdmi_output {
@@ -149,8 +167,12 @@ struct device {
     std::optional<std::int64_t> recorded;  // seconds since 1970; none if the answers are current
 
     // If the service answered no query: the message of the first failure.
-    outcome<void> reached;
+    std::expected<void, std::string> reached;
     std::vector<unanswered_queries> unanswered;  // one of every kind, unless nothing was read
+
+    // What the texts above point into; NULL if it could not be read.
+    std::shared_ptr<const snapshot::answers> snapshot;
+    std::shared_ptr<snapshot::arena> names_of_codes;
 };
 
 // Returns the figure from the first stream that reports it, otherwise from the service-wide

@@ -9,7 +9,7 @@
 namespace snapshot_tool {
 
 std::string resolution_text(const resolution& resolution) {
-    return std::format("{}x{}", resolution.width, resolution.height);
+    return std::to_string(resolution.width) + 'x' + std::to_string(resolution.height);
 }
 
 std::string rectangle_text(const rectangle& area) {
@@ -22,6 +22,9 @@ std::string bit_rate_text(std::uint32_t bits) {
 }
 
 std::string frame_rate_text(double frames) {
+    if (frames >= 0 && frames < 1e6 && std::trunc(frames) == frames) {
+        return std::to_string(static_cast<std::uint32_t>(frames));  // nearly every frame rate
+    }
     // No camera is that fast. In plain digits such a number could fill a line.
     if (!(std::abs(frames) < 1e6)) {
         return std::format("{:g}", frames);
@@ -34,8 +37,16 @@ std::string frame_rate_text(double frames) {
     return text;
 }
 
+std::string mebibytes_text(std::uint32_t bytes) {
+    return std::format("{:.1f}", bytes / 1048576.0);
+}
+
+std::string whole_text(std::string_view text) {
+    return text.empty() ? "\"\"" : snapshot::printable(text);
+}
+
 std::string short_text(std::size_t columns, std::string_view text) {
-    return text.empty() ? "\"\"" : cut_to(columns, snapshot::printable(text));
+    return cut_to(columns, whole_text(text));
 }
 
 std::string failure_text(std::string_view query, std::string_view reason) {

@@ -11,14 +11,16 @@
 namespace snapshot_tool {
 
 // Return texts such as 1920x1080; 1920x1080 at 0,0; 5.99 Mbit/s, from bits a second; 29.97, from
-// frames a second.
+// frames a second; 128.0, from bytes.
 std::string resolution_text(const resolution& resolution);
 std::string rectangle_text(const rectangle& area);
 std::string bit_rate_text(std::uint32_t bits);
 std::string frame_rate_text(double frames);
+std::string mebibytes_text(std::uint32_t bytes);
 
-// Returns a text of the service, printable and cut to at most this many columns. An empty text
-// becomes two quotes.
+// Return a text of the service, printable; the second cuts it to at most this many columns. An
+// empty text becomes two quotes.
+std::string whole_text(std::string_view text);
 std::string short_text(std::size_t columns, std::string_view text);
 
 // Returns a printable line in place of the answer to a query.

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <format>
 #include <map>
 #include <optional>
@@ -15,6 +16,7 @@
 #include "snapshot_tool/description.h"
 #include "snapshot_tool/device.h"
 #include "snapshot_tool/figures.h"
+#include "snapshot_tool/heading.h"
 
 namespace snapshot_tool {
 namespace {
@@ -53,18 +55,19 @@ struct box {
     template <class Value>
     void add_failure(std::string_view query, const outcome<Value>& outcome) {
         if (!outcome) {
-            lines.push_back(failure_text(query, outcome.error()));
+            lines.push_back(failure_text(query, outcome.error().text()));
             style = failed;
         }
     }
 };
 
-// Returns the box in place of a whole list.
+// Returns the box in place of a whole list; none if the list is there.
 template <class Value>
-box failed_box(std::string name, std::string_view query, const outcome<Value>& outcome) {
+std::vector<box> failed_boxes(std::string name, std::string_view query,
+                              const outcome<Value>& outcome) {
     box failure{.name = std::move(name), .lines = {}};
     failure.add_failure(query, outcome);
-    return failure;
+    return outcome ? std::vector<box>{} : std::vector{failure};
 }
 
 // The most columns of a line in a box.
@@ -89,24 +92,37 @@ std::string quoted(const std::vector<std::string>& lines) {
     return '"' + text + '"';
 }
 
-std::string arrow(std::string_view from, std::string_view to) {
-    return std::format("    {} -> {}\n", from, to);
+std::string arrow(std::string_view from, std::string_view to, std::string_view style = "") {
+    return std::format("    {} -> {}{}\n", from, to, style);
 }
 
-// Returns a column: the boxes below its title, kept in their order by invisible arrows.
-std::string column(std::string_view title, std::string_view line, std::string_view inside,
-                   const std::vector<box>& boxes) {
-    std::string text = "\n    {\n        rank=same\n";
-    text += std::format("        node [color=\"{}\", fillcolor=\"{}\"]\n", line, inside);
-    for (const box& box : boxes) {
-        text += std::format("        {} [label={}{}]\n", box.name, quoted(box.lines), box.style);
+// Adds a column: boxes below its title, kept in their order by invisible arrows.
+class column {
+  public:
+    column(std::string& text, std::string_view title, std::string_view line,
+           std::string_view inside)
+        : text_(text), order_(std::format("        {}", title)) {
+        text_ += "\n    {\n        rank=same\n";
+        text_ += std::format("        node [color=\"{}\", fillcolor=\"{}\"]\n", line, inside);
     }
-    text += std::format("        {}", title);
-    for (const box& box : boxes) {
-        text += " -> " + box.name;
+    ~column() { text_.append(order_).append(" [style=invis]\n    }\n"); }
+    column(const column&) = delete;
+    column& operator=(const column&) = delete;
+
+    void add(const box& box) {
+        text_ += std::format("        {} [label={}{}]\n", box.name, quoted(box.lines), box.style);
+        order_.append(" -> ").append(box.name);
     }
-    return text + " [style=invis]\n    }\n";
-}
+    void add(const std::vector<box>& boxes) {
+        for (const box& box : boxes) {
+            add(box);
+        }
+    }
+
+  private:
+    std::string& text_;
+    std::string order_;
+};
 
 // --- Inputs and channels ------------------------------------------------------------------------
 
@@ -131,19 +147,13 @@ box input_box(const input& input) {
     return box;
 }
 
-std::vector<box> input_boxes(const device& device) {
-    std::vector<box> boxes;
-    boxes.reserve(device.inputs.size());
+void add_inputs(std::string& text, const device& device) {
+    column inputs(text, "inputs", "#15803d", "#dcfce7");
     for (const input& input : device.inputs) {
-        boxes.push_back(input_box(input));
+        inputs.add(input_box(input));
     }
-    if (!device.input_count) {
-        boxes.push_back(failed_box("input_count", "count of inputs", device.input_count));
-    }
-    if (!device.input_channels) {
-        boxes.push_back(failed_box("input_channels", "channels of inputs", device.input_channels));
-    }
-    return boxes;
+    inputs.add(failed_boxes("input_count", "count of inputs", device.input_count));
+    inputs.add(failed_boxes("input_channels", "channels of inputs", device.input_channels));
 }
 
 box channel_box(const channel& channel) {
@@ -163,38 +173,37 @@ box channel_box(const channel& channel) {
     return box;
 }
 
-// Returns the channels in the order of their ids, including those that are not in the list although
-// an input or a stream refers to them.
-std::vector<box> channel_boxes(const device& device, const std::vector<const stream*>& streams) {
-    std::map<std::uint32_t, box> boxes;
+box unlisted_box(std::uint32_t id) {
+    return {.name = channel_name(id),
+            .lines = {std::format("channel {}", id), "not in the list"},
+            .style = unlisted};
+}
+
+// Adds the channels in the order of their ids, including those that are not in the list although an
+// input or a stream refers to them.
+void add_channels(std::string& text, const device& device,
+                  const std::vector<const stream*>& streams) {
+    std::map<std::uint32_t, const channel*> channels;  // NULL if it is not in the list
     if (device.channels) {
         for (const channel& channel : *device.channels) {
-            boxes.try_emplace(channel.id, channel_box(channel));
+            channels.try_emplace(channel.id, &channel);
         }
     }
-    const auto add_unlisted = [&](std::uint32_t id) {
-        boxes.try_emplace(id, box{.name = channel_name(id),
-                                  .lines = {std::format("channel {}", id), "not in the list"},
-                                  .style = unlisted});
-    };
     if (device.input_channels) {
         for (const input_channel& channel : *device.input_channels) {
-            add_unlisted(channel.id);
+            channels.try_emplace(channel.id, nullptr);
         }
     }
     for (const stream* stream : streams) {
         if (stream->info && stream->info->channel) {
-            add_unlisted(*stream->info->channel);
+            channels.try_emplace(*stream->info->channel, nullptr);
         }
     }
-    std::vector<box> column;
-    if (!device.channels) {
-        column.push_back(failed_box("channel_list", "channels", device.channels));
+    column boxes(text, "channels", "#0e7490", "#cffafe");
+    boxes.add(failed_boxes("channel_list", "channels", device.channels));
+    for (const auto& [id, channel] : channels) {
+        boxes.add(channel != nullptr ? channel_box(*channel) : unlisted_box(id));
     }
-    for (auto& [id, box] : boxes) {
-        column.push_back(std::move(box));
-    }
-    return column;
 }
 
 std::string arrows_of_inputs(const device& device) {
@@ -256,7 +265,7 @@ box stream_box(const stream& stream, std::size_t index) {
     const stream_settings settings = stream.settings.value_or(stream_settings{});
     box box{.name = stream_name(index), .lines = {std::format("stream {}", stream.id)}};
     if (settings.format) {
-        box.lines.front() += ": " + *settings.format;
+        box.lines.front().append(": ").append(*settings.format);
     }
     const auto size = size_of(stream).value_or(std::nullopt);
     add_line(box, size ? resolution_text(*size) : "",
@@ -271,15 +280,13 @@ box stream_box(const stream& stream, std::size_t index) {
     return box;
 }
 
-std::vector<box> stream_boxes(const device& device, const std::vector<const stream*>& streams) {
-    std::vector<box> boxes;
-    if (!device.streams) {
-        boxes.push_back(failed_box("stream_list", "streams", device.streams));
-    }
+void add_streams(std::string& text, const device& device,
+                 const std::vector<const stream*>& streams) {
+    column boxes(text, "streams", "#1d4ed8", "#dbeafe");
+    boxes.add(failed_boxes("stream_list", "streams", device.streams));
     for (std::size_t i = 0; i < streams.size(); ++i) {
-        boxes.push_back(stream_box(*streams[i], i));
+        boxes.add(stream_box(*streams[i], i));
     }
-    return boxes;
 }
 
 // --- Clients and the output ---------------------------------------------------------------------
@@ -296,7 +303,7 @@ class client_boxes {
     }
 
     // Returns the name of the identity's box.
-    const std::string& name_of(const std::string& identity) {
+    const std::string& name_of(std::string_view identity) {
         const auto [index, is_new] = indices_.try_emplace(identity, boxes_.size());
         if (is_new) {
             boxes_.push_back(new_box(identity));
@@ -307,7 +314,7 @@ class client_boxes {
     const std::vector<box>& boxes() const { return boxes_; }
 
   private:
-    box new_box(const std::string& identity) const {
+    box new_box(std::string_view identity) const {
         box box{.name = std::format("client_{}", boxes_.size()),
                 .lines = {short_text(line_columns, identity)}};
         const auto counted = starts_.find(identity);
@@ -318,8 +325,8 @@ class client_boxes {
         return box;
     }
 
-    std::map<std::string, figure> starts_;  // by identity, as is the next
-    std::map<std::string, std::size_t> indices_;
+    std::map<std::string_view, figure> starts_;  // by identity, as is the next
+    std::map<std::string_view, std::size_t> indices_;
     std::vector<box> boxes_;
 };
 
@@ -329,10 +336,14 @@ std::string arrows_of_streams(const std::vector<const stream*>& streams, client_
         if (const figure channel = channel_of(*streams[i])) {
             text += arrow(channel_name(*channel), stream_name(i));
         }
-        if (streams[i]->info) {
-            for (const std::string& identity : streams[i]->info->client_identities) {
-                text += arrow(stream_name(i), clients.name_of(identity));
-            }
+        const std::vector<std::string_view> current = clients_of(*streams[i]);
+        for (const std::string_view identity : current) {
+            text += arrow(stream_name(i), clients.name_of(identity));
+        }
+        const auto& settings = streams[i]->settings;
+        if (settings && settings->identity &&
+            !std::ranges::contains(current, *settings->identity)) {
+            text += arrow(stream_name(i), clients.name_of(*settings->identity), " [style=dashed]");
         }
     }
     return text;
@@ -354,35 +365,44 @@ box output_box(const hdmi_output& output) {
     return box;
 }
 
-// Returns the boxes of the last column: those of the clients, and the output's.
-std::vector<box> last_boxes(const device& device, const client_boxes& clients) {
-    std::vector<box> boxes = clients.boxes();
-    if (!device.service) {
-        boxes.push_back(failed_box("counters", "counters", device.service));
+// Adds the last column: the clients and the output.
+void add_clients(std::string& text, const device& device, const client_boxes& clients) {
+    column boxes(text, "clients", "#6d28d9", "#ede9fe");
+    boxes.add(clients.boxes());
+    boxes.add(failed_boxes("counters", "counters", device.service));
+    boxes.add(failed_boxes("output", "HDMI output", device.output));
+    if (device.output && *device.output) {
+        boxes.add(output_box(**device.output));
     }
-    if (!device.output) {
-        boxes.push_back(failed_box("output", "HDMI output", device.output));
-    } else if (*device.output) {
-        boxes.push_back(output_box(**device.output));
-    }
-    return boxes;
 }
 
 // --- The drawing --------------------------------------------------------------------------------
 
-std::string describe(const device& device) {
-    const std::vector<const stream*> streams = ordered_streams(device);
-    client_boxes clients(device.service);
-    const std::string arrows = arrows_of_inputs(device) + arrows_of_streams(streams, clients);
-    return std::string{head} + column("inputs", "#15803d", "#dcfce7", input_boxes(device)) +
-           column("channels", "#0e7490", "#cffafe", channel_boxes(device, streams)) +
-           column("streams", "#1d4ed8", "#dbeafe", stream_boxes(device, streams)) +
-           column("clients", "#6d28d9", "#ede9fe", last_boxes(device, clients)) + "\n" + arrows +
-           "}\n";
+// Returns the text for people or the source of the answers, and when they were recorded.
+std::string title_of(const heading& heading) {
+    std::vector<std::string> lines{heading.about.value_or(heading.name)};
+    if (heading.recorded) {
+        lines.push_back("recorded " + *heading.recorded);
+    }
+    return std::format(
+        "    graph [label={}, labelloc=t, fontname=\"Helvetica,Arial,sans-serif\"]\n",
+        quoted(lines));
 }
 
 int run(std::span<const char* const> arguments) {
-    return print_description(arguments, describe);
+    const auto [device, heading] = take_description(arguments);
+    const std::vector<const stream*> streams = ordered_streams(device);
+    client_boxes clients(device.service);
+    const std::string arrows = arrows_of_inputs(device) + arrows_of_streams(streams, clients);
+    std::string text{head};
+    text += title_of(heading);
+    add_inputs(text, device);
+    add_channels(text, device, streams);
+    add_streams(text, device, streams);
+    add_clients(text, device, clients);
+    text.append("\n").append(arrows).append("}\n");
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return finish(0);
 }
 
 }  // namespace

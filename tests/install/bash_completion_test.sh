@@ -45,6 +45,8 @@ completes 'oru-snapshot diff --' --all --help
 completes 'oru-snapshot record --redact --a' --about
 completes 'oru-snapshot record --about '
 completes 'oru-snapshot show --h' --help
+completes 'oru-snapshot show --color ' always auto never
+completes 'oru-snapshot show --stream '
 
 # The help and the completion have the same commands and options.
 options_of() { "$@" --help | grep -o -E -e '--[a-z-]+' | sort -u; }

@@ -59,18 +59,24 @@ def main():
     files = [os.path.join(tree, "README.md"), *sorted(map(str, pathlib.Path(tree, "docs/man").iterdir()))]
     environment = dict(os.environ, PATH=tools + ":" + os.environ["PATH"])
     environment.pop("ORU_SNAPSHOT", None)
+    at_first = environment
     scratch = tempfile.mkdtemp()
     count = failed = 0
     for path in files:
         count_in_file = 0
         for display in shown_in_markdown(path) if path.endswith(".md") else shown_in_manual(path):
             directory = tree if path.endswith(".md") else scratch
+            environment = at_first
             if display.startswith("{"):
                 count_in_file += 1
                 failed += not passes_check(display, environment)
             for command, lines in commands(display):
                 if command == "cd " + INSTALLED_EXAMPLES:
                     directory = os.path.join(tree, "examples")
+                    continue
+                if command.startswith("export "):
+                    name, value = command.removeprefix("export ").split("=")
+                    environment = environment | {name: value}
                     continue
                 if command.startswith("scripts/"):
                     continue  # builds the programs under test

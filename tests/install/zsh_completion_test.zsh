@@ -77,7 +77,9 @@ lists 'oru-serverreport-tool --' "--list-streams --stream-quotas --list-output -
 --list-resolutions --list-available-resolutions --list-inputs --help"
 lists 'oru-snapshot record --' '--help --redact --output --about --redact-key'
 lists 'oru-snapshot diff --' '--help --all'
-lists 'oru-snapshot show -' '-h --help'
+lists 'oru-snapshot show --' '--help --wide --problems --stream --color'
+lists 'oru-snapshot show --color=' 'always auto never'
+lists 'oru-snapshot graph -' '-h --help'
 zpty -d shell
 (( failed )) || print "zsh_completion_test: all completions are as expected"
 exit $failed

@@ -18,8 +18,18 @@ std::string content(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// Returns the name of an example, relative to the working directory: the output contains it.
 std::string example(const std::string& name) {
-    return std::string(ORU_EXAMPLES_DIR) + "/" + name + ".json";
+    std::filesystem::current_path(ORU_EXAMPLES_DIR);
+    return name + ".json";
+}
+
+// Returns the output with "/dev/stdin" for the name of the example.
+std::string of_standard_input(std::string output, const std::string& example) {
+    if (const std::size_t begin = output.find(example); begin != std::string::npos) {
+        output.replace(begin, example.size(), "/dev/stdin");
+    }
+    return output;
 }
 
 class each_command : public testing::TestWithParam<const char*> {
@@ -41,7 +51,9 @@ TEST_P(each_command, prints_a_file_instead_of_the_service) {
     EXPECT_EQ(oru_snapshot({GetParam(), example("two-input-encoder")}, streams),
               ended(0, golden("two-input-encoder")));
     streams.stdin_from = example("two-input-encoder");
-    EXPECT_EQ(oru_snapshot({GetParam(), "-"}, streams), ended(0, golden("two-input-encoder")));
+    EXPECT_EQ(
+        oru_snapshot({GetParam(), "-"}, streams),
+        ended(0, of_standard_input(golden("two-input-encoder"), example("two-input-encoder"))));
 }
 
 INSTANTIATE_TEST_SUITE_P(of_the_three, each_command, testing::Values("show", "graph", "metrics"),

@@ -15,6 +15,12 @@ namespace {
 
 using namespace snapshot_tool;
 
+// Returns a copy that outlives every device.
+std::string_view kept(const std::string& text) {
+    static snapshot::arena texts;
+    return texts.keep(text);
+}
+
 // A device that was reached, without any figure.
 device reached() {
     device device;
@@ -187,7 +193,7 @@ TEST(exposition, has_series_of_the_100_identities_with_the_largest_counts) {
     for (std::uint32_t number = 0; number < 102; ++number) {
         const std::string name = std::format("{:03}", number);
         const std::uint32_t starts = number >= 10 && number < 14 ? 1 : number + 2;
-        identities.push_back({.name = name, .starts = starts});
+        identities.push_back({.name = kept(name), .starts = starts});
         if (number != 12 && number != 13) {
             series += std::format("oru_identity_streams_started_total{{identity=\"{}\"}} {}\n",
                                   name, starts);
@@ -221,7 +227,7 @@ device encoder(const std::string& identity) {
     }
     for (std::uint32_t number = 1; number <= 16; ++number) {
         device.service->identities.push_back(
-            {.name = identity + std::format("{:x}", number % 16), .starts = 100000});
+            {.name = kept(identity + std::format("{:x}", number % 16)), .starts = 100000});
         stream stream = empty(10000 + number);
         stream.settings->identity = device.service->identities.back().name;
         stream.settings->format = "h264";
@@ -235,8 +241,7 @@ device encoder(const std::string& identity) {
                                   .failed_frames = 99999,
                                   .reclaims = 9999999,
                                   .run_time = 9999999999999,
-                                  .raw_size = {},
-                                  .client_identities = {}};
+                                  .raw_size = {}};
         device.streams->push_back(stream);
     }
     return device;
@@ -253,7 +258,7 @@ TEST(exposition, fits_10000_hostile_identities_into_64_KiB) {
     device device = encoder(std::string(200, '"'));
     for (std::uint32_t number = 0; number < 10000; ++number) {
         device.service->identities.push_back(
-            {.name = std::format("{}{}", number, std::string(200, '\\')),
+            {.name = kept(std::format("{}{}", number, std::string(200, '\\'))),
              .starts = 4294967295 - number});
     }
     const std::string text = exposition(device);

@@ -25,6 +25,13 @@ TEST(figures, write_bit_rates) {
     EXPECT_EQ(bit_rate_text(4294967295), "4294.97 Mbit/s");
 }
 
+TEST(figures, write_mebibytes) {
+    EXPECT_EQ(mebibytes_text(0), "0.0");
+    EXPECT_EQ(mebibytes_text(52429), "0.1");
+    EXPECT_EQ(mebibytes_text(134217728), "128.0");
+    EXPECT_EQ(mebibytes_text(4294967295), "4096.0");
+}
+
 TEST(figures, write_frame_rates) {
     EXPECT_EQ(frame_rate_text(0), "0");
     EXPECT_EQ(frame_rate_text(30), "30");
@@ -33,6 +40,7 @@ TEST(figures, write_frame_rates) {
     EXPECT_EQ(frame_rate_text(12.499), "12.5");
     EXPECT_EQ(frame_rate_text(100000), "100000");
     EXPECT_EQ(frame_rate_text(-1.5), "-1.5");
+    EXPECT_EQ(frame_rate_text(999999), "999999");
     EXPECT_EQ(frame_rate_text(1e6), "1e+06");
     EXPECT_EQ(frame_rate_text(1e300), "1e+300");
     EXPECT_EQ(frame_rate_text(std::numeric_limits<double>::quiet_NaN()), "nan");
@@ -43,6 +51,8 @@ TEST(figures, shorten_texts_of_the_service) {
     EXPECT_EQ(short_text(8, "recorder"), "recorder");
     EXPECT_EQ(short_text(5, "a\nb\nc"), "a\\nb…");
     EXPECT_EQ(short_text(5, ""), "\"\"");
+    EXPECT_EQ(whole_text(""), "\"\"");
+    EXPECT_EQ(whole_text("a\nb"), "a\\nb");
 }
 
 TEST(figures, describe_failures) {

@@ -5,8 +5,8 @@ ones among them, one that does not exist, one cut short and one from a FIFO.
 
 usage: file_test.py TREE TOOLS ours|another [FIRST COUNT]: the root of the source tree; where the tools are; whose
 client library they ask; the first seed and how many. The reader of another client library has messages of its own, so
-standard error is compared only if oru-snapshot reads the snapshot. Its answers have no time of recording, so that the
-figure for it is left out."""
+standard error is compared only if oru-snapshot reads the snapshot. Such a library does not say where its answers come
+from, so that the headings of show and graph and the figure for the time of recording are left out."""
 
 import os
 import re
@@ -44,8 +44,12 @@ class Snapshot:
         return got.returncode, got.stdout, got.stderr
 
 
-def without_recording_time(figures):
-    return re.sub(rb"(?m)^(# (HELP|TYPE) )?oru_snapshot_recorded_timestamp_seconds .*\n", b"", figures)
+def without_origin(text):
+    """Returns the output of show without the lines before the counts, that of graph without the title, that of metrics
+    without the time of recording."""
+    text = re.sub(rb"\A.*?^(?=(\?|\d+) streams?, )", b"", text, flags=re.DOTALL | re.MULTILINE)
+    text = re.sub(rb"(?m)^ +graph \[label=.*, labelloc=t.*\n", b"", text)
+    return re.sub(rb"(?m)^(# (HELP|TYPE) )?oru_snapshot_recorded_timestamp_seconds .*\n", b"", text)
 
 
 def differences(program, snapshot, is_another):
@@ -55,7 +59,7 @@ def differences(program, snapshot, is_another):
         of_file = snapshot.run(program, command, snapshot.path)
         of_service = snapshot.run(program, command, ORU_SNAPSHOT=snapshot.path)
         if is_another:
-            of_file = (of_file[0], without_recording_time(of_file[1]), of_file[2])
+            of_file, of_service = ((got[0], without_origin(got[1]), got[2]) for got in (of_file, of_service))
         compared = 3 if is_read or not is_another else 2
         if of_file[:compared] != of_service[:compared]:
             yield command, of_file, of_service

@@ -19,6 +19,7 @@ constexpr auto head = R"(digraph device {
     inputs -> channels -> streams -> clients [style=invis, weight=1000]
 
     node [shape=box, style="rounded,filled", margin="0.16,0.08", fontcolor="#1f2937"]
+    graph [label="TITLE", labelloc=t, fontname="Helvetica,Arial,sans-serif"]
 )";
 
 constexpr auto failed =
@@ -45,22 +46,36 @@ result drawing(const picture& picture) {
                         picture.arrows + "}\n");
 }
 
+// Returns the output with "TITLE" for the title, which says where the answers come from: with our
+// client library from the snapshot.
+result drawn(std::string_view snapshot) {
+    result got = oru_snapshot_beside(snapshot, {"graph"});
+    constexpr std::string_view before = "    graph [label=\"";
+    constexpr std::string_view after = "\", labelloc=t, fontname=\"Helvetica,Arial,sans-serif\"]\n";
+    const std::size_t begin = got.out.find(before) + before.size();
+    const std::size_t end = got.out.find(after, begin);
+    const std::string title = got.out.substr(begin, end - begin);
+    EXPECT_TRUE(title.ends_with("…") || title.ends_with("/snapshot.json") ||
+                title == "video service")
+        << title;
+    got.out.replace(begin, end - begin, "TITLE");
+    return got;
+}
+
 TEST(graph, draws_an_empty_device) {
-    EXPECT_EQ(oru_snapshot_beside(R"({"system": {"caps": {}}, "stream": {"debug": {}, "all": []},
-                                      "channel": {"info": {"input.count": 0}, "all": []}})",
-                                  {"graph"}),
+    EXPECT_EQ(drawn(R"({"system": {"caps": {}}, "stream": {"debug": {}, "all": []},
+                                      "channel": {"info": {"input.count": 0}, "all": []}})"),
               drawing({}));
 }
 
 TEST(graph, quotes_hostile_texts) {
     EXPECT_EQ(
-        oru_snapshot_beside(R"({"system": {"caps": {}}, "stream": {"debug": {}, "all": [
+        drawn(R"({"system": {"caps": {}}, "stream": {"debug": {}, "all": [
             {"id": 0, "settings": {"format": 3, "subformat": "a\"b\\c\\N\nd<e>&amp;\u0001"},
              "info": {"channel": 1, "identity[0]": "\\", "identity[1]": "<b>x</b>",
                       "identity[2]": "", "identity[7]": "\\"}},
             {"id": 0, "settings": {}, "info": {"channel": 1, "identity[5]": "\"]; evil [\""}}]},
-        "channel": {"info": {"input.count": 0}, "all": []}})",
-                            {"graph"}),
+        "channel": {"info": {"input.count": 0}, "all": []}})"),
         drawing(
             {.channels =
                  R"(        channel_1 [label="channel 1\nnot in the list", style="rounded,dashed"]
@@ -87,7 +102,7 @@ TEST(graph, quotes_hostile_texts) {
 }
 
 TEST(graph, connects_inputs_channels_streams_and_clients) {
-    EXPECT_EQ(oru_snapshot_beside(R"({
+    EXPECT_EQ(drawn(R"({
         "system": {"caps": {"output": true}},
         "output": {"all": [{"id": 0, "settings": {"enabled": true},
                             "info": {"running": true, "width": 1920, "height": 1080,
@@ -109,8 +124,7 @@ TEST(graph, connects_inputs_channels_streams_and_clients) {
              "crop_max": [5, 6], "resolutions": {"available": []}}]},
         "input": {"all": [
             {"id": 1, "info": {}, "resolution_unrotated": {"capture": [1920, 1080]}},
-            {"id": 4, "info": {}, "resolution_unrotated": {"capture": [640, 480]}}]}})",
-                                  {"graph"}),
+            {"id": 4, "info": {}, "resolution_unrotated": {"capture": [640, 480]}}]}})"),
               drawing({.inputs = R"(        input_1 [label="input 1\n1920x1080"]
         input_4 [label="input 4\n640x480"]
         inputs -> input_1 -> input_4 [style=invis]
@@ -144,13 +158,12 @@ TEST(graph, connects_inputs_channels_streams_and_clients) {
 
 TEST(graph, draws_failures_in_their_own_style) {
     EXPECT_EQ(
-        oru_snapshot_beside(R"({
+        drawn(R"({
         "system": {"caps": {"output": true}},
         "output": {"all": [{"id": 0, "settings": {"enabled": false}, "info": {"$error": "off"}}]},
         "stream": {"debug": {"$error": "closed"}, "all": {"$error": "busy"}},
         "channel": {"info": {"$error": "lost"}, "all": {"$error": "gone"},
-                    "filtered": {"$error": "gone \"too\""}}})",
-                            {"graph"}),
+                    "filtered": {"$error": "gone \"too\""}}})"),
         drawing(
             {.inputs = std::string(R"(        input_count [label="count of inputs failed: lost")") +
                        failed + R"(]
@@ -173,7 +186,7 @@ TEST(graph, draws_failures_in_their_own_style) {
         clients -> counters -> output [style=invis]
 )"}));
     EXPECT_EQ(
-        oru_snapshot_beside(R"({
+        drawn(R"({
         "system": {"$error": "no system"},
         "stream": {"debug": {}, "all": [{"id": 1, "info": {"$error": ""},
                                          "settings": {"$error": "busy"}}]},
@@ -182,8 +195,7 @@ TEST(graph, draws_failures_in_their_own_style) {
              "crop": {"$error": "no crop"}, "resolutions": {"available": {"$error": "none"}}}]},
         "input": {"all": [{"id": 1, "info": {"$error": "unplugged"},
                            "resolution_unrotated": {"capture": {"$error": "no signal"}}},
-                          {"id": 2, "$error": "a reason that is so long that there is no place"}]}})",
-                            {"graph"}),
+                          {"id": 2, "$error": "a reason that is so long that there is no place"}]}})"),
         drawing(
             {.inputs =
                  std::string(
@@ -210,6 +222,40 @@ TEST(graph, draws_failures_in_their_own_style) {
         clients -> output [style=invis]
 )",
              .arrows = "    input_1 -> channel_3\n"}));
+}
+
+TEST(graph, has_a_title) {
+    const temp_directory scratch;
+    const auto title_of = [&](const std::string& members) {
+        const std::string file = scratch.write("s", "{" + members + R"("mode": {"info": {}}})");
+        const std::string drawn = oru_snapshot({"graph", "-"}, {.stdin_from = file}).out;
+        const std::size_t begin = drawn.find("    graph [label=");
+        return drawn.substr(begin, drawn.find(", labelloc", begin) - begin);
+    };
+    EXPECT_EQ(title_of(""), "    graph [label=\"/dev/stdin\"");
+    EXPECT_EQ(title_of(R"("about": "gate \"4\"\n", "recorded": "2026-11-22T07:14:32Z", )"),
+              R"(    graph [label="gate \"4\"\\n\nrecorded 2026-11-22T07:14:32Z")");
+}
+
+TEST(graph, draws_who_requested_a_stream_even_without_a_client) {
+    const std::string drawn_arrows = [&] {
+        const std::string text = drawn(R"({"stream": {"debug": {"identity.owner": 2}, "all": [
+                       {"id": 1, "settings": {"identity": "owner"}, "info": {"identity[0]": "guest"}},
+                       {"id": 2, "settings": {"identity": "guest"}, "info": {"identity[0]": "guest"}},
+                       {"id": 3, "settings": {"identity": "owner"}, "info": {"$error": "gone"}}]}})")
+                                     .out;
+        return text.substr(text.find("client_0 [label"));
+    }();
+    EXPECT_TRUE(
+        drawn_arrows.starts_with("client_0 [label=\"guest\"]\n"
+                                 "        client_1 [label=\"owner\\n2 streams started\"]\n"))
+        << drawn_arrows;
+    EXPECT_TRUE(
+        drawn_arrows.ends_with("\n    stream_0 -> client_0\n"
+                               "    stream_0 -> client_1 [style=dashed]\n"
+                               "    stream_1 -> client_0\n"
+                               "    stream_2 -> client_1 [style=dashed]\n}\n"))
+        << drawn_arrows;
 }
 
 TEST(graph, fails_with_the_reason_if_no_query_is_answered) {

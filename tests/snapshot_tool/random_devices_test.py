@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Runs show, graph and metrics on random devices, including hostile texts and broken snapshots. Checks that
-each command has the right status and prints no control or invisible characters, that Graphviz draws every picture and
-that promtool accepts all figures, both without a message. If Graphviz or promtool is missing, skips its part.
+each command has the right status and prints no control or invisible characters, that no line of show is wider than
+79 columns of a terminal, that Graphviz draws every picture and that promtool accepts all figures, both without a
+message. If Graphviz or promtool is missing, skips its part.
 
 usage: random_devices_test.py TREE TOOLS [FIRST COUNT]: the root of the source tree; where the tools are;
 the first seed and how many"""
@@ -21,6 +22,21 @@ def run(*command, given=b""):
     return subprocess.run(command, input=given, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60)
 
 
+def columns(line):
+    """Returns the width of a line on a terminal."""
+    def of(char):
+        if unicodedata.category(char) in ("Mn", "Me") or 0x1160 <= ord(char) < 0x1200:
+            return 0
+        return 2 if unicodedata.east_asian_width(char) in "WF" else 1
+    return sum(map(of, line))
+
+
+def with_long_texts(snapshot):
+    """Returns a snapshot with long texts in place of some that are short, without blanks and of double width too."""
+    return snapshot.replace('"north gate"', '"' + "\u65e5\u672c\u8a9e cafe\u0301 " * 40 + '"').replace(
+        '"16:9"', '"' + "\U0001f3a5x" * 100 + '"')
+
+
 def complaints(program, dot, promtool):
     """Yields the problems in the output of the program for the current service."""
     said = {command: run(program, command) for command in ("show", "graph", "metrics")}
@@ -28,6 +44,13 @@ def complaints(program, dot, promtool):
         for text in (got.stdout.decode(), got.stderr.decode()):
             if any(unicodedata.category(c) in ("Cc", "Cf", "Zl", "Zp") and c != "\n" for c in text):
                 yield f"{command}: a control or invisible character"
+
+    problems = run(program, "show", "--problems")
+    if problems.returncode not in (0, 1, 2) or (problems.returncode == 2) != (said["show"].returncode == 1):
+        yield f"show --problems: status {problems.returncode}"
+    for line in (said["show"].stdout + problems.stdout).decode().splitlines():
+        if columns(line) > 79:
+            yield f"show: {columns(line)} columns: {line}"
 
     figures = said["metrics"].stdout.decode()
     is_up = "\noru_up 1\n" in figures
@@ -60,7 +83,8 @@ def main():
         path = os.environ["ORU_SNAPSHOT"] = os.path.join(scratch, "snapshot.json")
         for seed in range(first, first + count):
             with open(path, "w", encoding="utf-8", errors="surrogateescape") as file:
-                file.write(generator.snapshot(seed))
+                text = generator.snapshot(seed)
+                file.write(with_long_texts(text) if seed % 2 else text)
             for complaint in complaints(os.path.join(tools, "oru-snapshot"), dot, promtool):
                 failed += 1
                 print(f"seed {seed}: {complaint}")

@@ -1,0 +1,21 @@
+// The option --color of the commands that print for people.
+#pragma once
+
+#include <glib.h>
+
+namespace snapshot_tool {
+
+// Returns the option, which sets `when`, NULL before, to its value.
+constexpr GOptionEntry colour_option(char** when) {
+    return {"color", 0,
+            0,       G_OPTION_ARG_FILENAME,
+            when,    "Use colours: always, never, or auto, on a terminal",
+            "WHEN"};
+}
+
+// Returns whether standard output has colours. With `auto`, the default, it has if it is a terminal
+// that shows them and NO_COLOR is not set or empty. Throws a command_line::wrong_usage if `when` is
+// none of the three.
+bool has_colours(const char* when);
+
+}  // namespace snapshot_tool

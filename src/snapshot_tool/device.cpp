@@ -29,7 +29,7 @@ struct query_kind {
     std::string_view name;
     std::string_view subject;
     bool has_number = false;
-    std::string_view part = "";
+    std::string_view part = {};
 };
 
 constexpr query_kind query_kinds[] = {

@@ -152,7 +152,7 @@ def command_lines(binaries, shape, path):
     if not shape.is_read:
         return
     yield "oru-tlm-tool", "-qsi"
-    # docs/reliability.md names the one product of two numbers that the report takes time for.
+    # Of many streams and many formats, the report takes time for the product: see docs/reliability.md.
     yield "oru-serverreport-tool", "-qocai" if shape.text is streams_of_many_formats else "-lqocai"
     yield "oru-snapshot", "record"
     yield "oru-snapshot", "diff", path, path

@@ -15,10 +15,10 @@ oru_add_tool_test(writes_test SOURCES applet/writes_test.cpp)
 # Hostile snapshots.
 if(ORU_CLIENT STREQUAL snapshot)
     oru_add_test(hostile_snapshot_test SOURCES snapshot/hostile_snapshot_test.cpp LIBS run-tools oru)
-    # Files of 2 MiB and a quarter of that. Eight times the time, because short runs vary more.
+    # Files of 1 MiB and a quarter of that. Eight times the time, because short runs vary more.
     add_test(NAME growth
              COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/growth.py
-                     ${CMAKE_RUNTIME_OUTPUT_DIRECTORY} 2097152 8)
+                     ${CMAKE_RUNTIME_OUTPUT_DIRECTORY} 1048576 8)
     set_tests_properties(growth PROPERTIES COST 20)
 endif()
 

@@ -29,7 +29,7 @@ _oru_snapshot() {
         check | graph) ;;
         show) options='--wide --problems --stream --color --help' ;;
         record) options='--output --about --redact --redact-key --help' ;;
-        diff) options='--all --help' ;;
+        diff) options='--all --color --help' ;;
         metrics) options='--output --help' out=prom ;;
         *) return ;;
     esac

@@ -67,8 +67,8 @@ int parse_and_run(const command& command, int argc, char** argv) {
     options.push_back(
         {"help", 'h', 0, G_OPTION_ARG_NONE, &is_help_wanted, "Show this help", nullptr});
     check_switches(options, {argv, static_cast<std::size_t>(argc)});
-    options.push_back({G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &values, nullptr,
-                       command.arguments});
+    options.push_back({G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY,
+                       static_cast<void*>(&values), nullptr, command.arguments});
     options.push_back({});
 
     const owned_option_context context{g_option_context_new(nullptr)};

@@ -39,8 +39,10 @@ std::vector<native_entry> entries_of(OruMap* map) {
 }
 
 map_contents contents_of(OruMap* map) {
+    std::vector<native_entry> entries = entries_of(map);
     map_contents contents;
-    for (native_entry& entry : entries_of(map)) {
+    contents.reserve(entries.size());
+    for (native_entry& entry : entries) {
         contents.push_back({std::move(entry.key), value_text(entry.value)});
     }
     return contents;

@@ -37,9 +37,6 @@ class video_service {
     tracked_list channel_list_;
 
   public:
-    // The checks use at most this many objects of each kind.
-    static constexpr std::size_t max_objects = 16;
-
     // Queries everything.
     video_service();
 
@@ -63,11 +60,11 @@ class video_service {
 // Returns a map with this text as its only entry, or NULL if the library cannot create a map.
 owned_object<OruMap> map_with(const char* key, const char* text);
 
-// Returns at most max_objects elements of the list, each with its own reference.
+// Returns the elements of the list, each with its own reference.
 template <class Object>
 std::vector<tracked<Object>> elements_of(const GList* list) {
     std::vector<tracked<Object>> elements;
-    for (; list != nullptr && elements.size() < video_service::max_objects; list = list->next) {
+    for (; list != nullptr; list = list->next) {
         if (list->data != nullptr) {
             elements.emplace_back(static_cast<Object*>(g_object_ref(list->data)));
         }

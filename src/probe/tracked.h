@@ -2,7 +2,9 @@
 // owner then, so that the probe reports the fault instead of crashing.
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <utility>
 
 #include <glib-object.h>
 
@@ -63,8 +65,16 @@ struct release_tracked_list {
 // A list of objects. The link of an object that the library has destroyed contains NULL.
 using tracked_list = std::unique_ptr<GList, release_tracked_list>;
 
-// Takes over a list from the service. `list` may be NULL, the empty list.
+// The checks use at most this many objects of each kind.
+inline constexpr std::size_t max_objects = 16;
+
+// Takes over a list from the service, and releases its elements beyond the first max_objects.
+// `list` may be NULL, the empty list.
 inline tracked_list track(GList* list) {
+    if (GList* rest = g_list_nth(list, max_objects); rest != nullptr) {
+        std::exchange(rest->prev, nullptr)->next = nullptr;
+        release_object_list()(rest);
+    }
     for (GList* link = list; link != nullptr; link = link->next) {
         if (link->data != nullptr) {
             g_object_add_weak_pointer(as_gobject(link->data), &link->data);

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "replay/current.h"
 #include "replay/object.h"
 
@@ -9,11 +11,17 @@ GType register_formats() {
     if (loaded && (*loaded)->formats) {
         formats = *(*loaded)->formats;
     }
-    // The type refers to its values until the process ends.
+    std::size_t length = 0;
+    for (const auto& format : formats) {
+        length += format.nick.size() + 1;
+    }
+    // The type refers to its values and to their nicks until the process ends.
     auto* values = g_new0(GEnumValue, formats.size() + 1);
+    auto* nicks = g_new0(char, length);
     for (GEnumValue* value = values; const auto& format : formats) {
-        const char* nick = g_intern_string(format.nick.data());
-        *value++ = {static_cast<gint>(format.code), nick, nick};
+        std::ranges::copy(format.nick, nicks);
+        *value++ = {static_cast<gint>(format.code), nicks, nicks};
+        nicks += format.nick.size() + 1;
     }
     return g_enum_register_static("OruFormat", values);  // NOLINT(clang-analyzer-unix.Malloc)
 }

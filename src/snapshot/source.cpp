@@ -14,28 +14,14 @@
 #include <cstring>
 #include <optional>
 
+#include "snapshot/file_descriptor.h"
+
 namespace snapshot {
 namespace {
 
 using namespace std::chrono_literals;
 using clock = std::chrono::steady_clock;
 using content_or_reason = std::expected<std::string, std::string>;
-
-class file_descriptor {
-  public:
-    explicit file_descriptor(int number) : number_(number) {}
-    ~file_descriptor() {
-        if (number_ >= 0) {
-            close(number_);
-        }
-    }
-    file_descriptor(const file_descriptor&) = delete;
-    file_descriptor& operator=(const file_descriptor&) = delete;
-    int get() const { return number_; }
-
-  private:
-    int number_;
-};
 
 std::unexpected<std::string> system_reason(int code = errno) {
     return std::unexpected(std::string(std::strerror(code)));

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <initializer_list>
-#include <map>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <span>
@@ -158,13 +158,13 @@ void writer::write_formats() {
     }
     std::vector<format_record> formats = *answers_.formats;
     std::ranges::stable_sort(formats, {}, &format_record::code);
-    std::map<std::string_view, std::uint32_t> codes;
-    for (const auto& [nick, code] : formats) {
-        if (const auto [same, is_new] = codes.try_emplace(nick, code); !is_new) {
-            throw not_recordable("formats " + std::to_string(same->second) + " and " +
-                                 std::to_string(code) + " have one name, '" + printable(nick) +
-                                 "'");
-        }
+    std::vector<format_record> by_nick = formats;
+    std::ranges::stable_sort(by_nick, {}, &format_record::nick);
+    const auto same = std::ranges::adjacent_find(by_nick, {}, &format_record::nick);
+    if (same != by_nick.end()) {
+        throw not_recordable("formats " + std::to_string(same->code) + " and " +
+                             std::to_string(std::next(same)->code) + " have one name, '" +
+                             printable(same->nick) + "'");
     }
     std::vector<entry> entries;
     entries.reserve(formats.size());

@@ -7,9 +7,12 @@ namespace snapshot_tool {
 
 // Returns the option, which sets `when`, NULL before, to its value.
 constexpr GOptionEntry colour_option(char** when) {
-    return {"color", 0,
-            0,       G_OPTION_ARG_FILENAME,
-            when,    "Use colours: always, never, or auto, on a terminal",
+    return {"color",
+            0,
+            0,
+            G_OPTION_ARG_FILENAME,
+            static_cast<void*>(when),
+            "Use colours: always, never, or auto, on a terminal",
             "WHEN"};
 }
 

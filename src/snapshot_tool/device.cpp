@@ -29,7 +29,7 @@ struct query_kind {
     std::string_view name;
     std::string_view subject;
     bool has_number = false;
-    std::string_view part = "";
+    std::string_view part = {};
 };
 
 constexpr query_kind query_kinds[] = {
@@ -181,6 +181,7 @@ stream_info info_of(map_entries map) {
         .reclaims = found_number(map, "statistics.reclaim_count"),
         .run_time = found<std::int64_t>(map, "statistics.duration"),
         .raw_size = found_size(map),
+        .input = found_number(map, "input"),
     };
 }
 

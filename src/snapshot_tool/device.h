@@ -57,6 +57,7 @@ struct stream_info {
     figure reclaims;
     std::optional<std::int64_t> run_time;  // microseconds
     std::optional<resolution> raw_size;    // the size of a raw stream follows its source
+    figure input = {};                     // its number, if the stream names one
 };
 
 struct stream_settings {

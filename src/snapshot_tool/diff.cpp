@@ -5,8 +5,10 @@
 #include <string_view>
 
 #include "snapshot/printable.h"
+#include "snapshot_tool/colour.h"
 #include "snapshot_tool/command.h"
 #include "snapshot_tool/differences.h"
+#include "snapshot_tool/page.h"
 #include "snapshot_tool/value_text.h"
 
 namespace snapshot_tool {
@@ -14,18 +16,17 @@ namespace {
 
 gboolean is_complete = FALSE;
 
+char* colour = nullptr;
+
 const GOptionEntry options[] = {
     {"all", 0, 0, G_OPTION_ARG_NONE, &is_complete, "Show every key that differs, and cut no text",
      nullptr},
+    colour_option(&colour),
 };
 
-void print_line(std::string_view line) {
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::putchar('\n');
-}
-
-// Prints which snapshot this is.
-void print_heading(const char* side, const char* file, const snapshot::answers& answers) {
+// Adds a line about which snapshot this is.
+void add_heading(snapshot_tool::page& page, const char* side, const char* file,
+                 const snapshot::answers& answers) {
     std::string line = std::format("{}  {}", side, name_of(file));
     if (answers.recorded) {
         line.append("  ").append(*answers.recorded);
@@ -37,7 +38,8 @@ void print_heading(const char* side, const char* file, const snapshot::answers& 
         line +=
             is_complete != FALSE ? about : cut_where_they_differ(longest_about, about, "").first;
     }
-    print_line(line);
+    page.append(line);
+    page.end_line();
 }
 
 int run(std::span<const char* const> files) {
@@ -48,6 +50,7 @@ int run(std::span<const char* const> files) {
         throw command_line::wrong_usage("only one of OLD and NEW can be standard input");
     }
     std::ranges::for_each(files, require_may_open);
+    snapshot_tool::page page({.is_wide = true, .has_colours = has_colours(colour)}, stdout);
     const auto older = load_file(older_file);
     const auto newer = load_file(newer_file);
     for (const auto* loaded : {&older, &newer}) {
@@ -59,13 +62,18 @@ int run(std::span<const char* const> files) {
     if (!older || !newer) {
         return failure_status;
     }
-    print_heading("OLD", older_file, **older);
-    print_heading("NEW", newer_file, **newer);
-    if (find_differences(**older, **newer, is_complete != FALSE, print_line)) {
-        return finish(1);
+    const auto add_line = [&](std::string_view line, bool is_alarming) {
+        page.append(line, is_alarming);
+        page.end_line();
+    };
+    add_heading(page, "OLD", older_file, **older);
+    add_heading(page, "NEW", newer_file, **newer);
+    const bool is_different = find_differences(**older, **newer, is_complete != FALSE, add_line);
+    if (!is_different) {
+        add_line("no difference", false);
     }
-    print_line("no difference");
-    return finish(0);
+    page.flush();
+    return finish(is_different ? 1 : 0);
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <format>
 #include <functional>
-#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -170,6 +169,14 @@ bool halved_or_doubled(double older, double newer) {
     return newer != older && (newer * 2 <= older || newer >= older * 2);
 }
 
+const value* value_of(const snapshot::entry* entry) {
+    return entry != nullptr ? &entry->value : nullptr;
+}
+
+std::string text_or_none(const value* value) {
+    return value != nullptr ? value_text(*value) : "none";
+}
+
 // --- Streams ------------------------------------------------------------------------------------
 
 const value* found_in(const answer<map_entries>& answer, std::string_view key) {
@@ -258,6 +265,7 @@ std::optional<std::uint32_t> id_of(const Record& record) {
 struct list_state {
     bool has_objects;
     std::string text;
+    bool fails = false;
 };
 
 template <class Record>
@@ -272,11 +280,12 @@ list_state state_of(const snapshot::answers& answers, list_answer<Record> snapsh
         } else if constexpr (std::is_same_v<Record, channel_record>) {
             if (list == &snapshot::records::channels_filtered) {
                 auto all = state_of(answers, &snapshot::records::channels, "channels");
-                return {false, all.has_objects ? "by their properties" : std::move(all.text)};
+                return {false, all.has_objects ? "by their properties" : std::move(all.text),
+                        all.fails};
             }
         }
     }
-    return {false, fails_with(outcome_for({query}, answers.*list).message)};
+    return {false, fails_with(outcome_for({query}, answers.*list).message), true};
 }
 
 class comparison {
@@ -325,9 +334,9 @@ class comparison {
 
     // The lines after begin() are about this object.
     void begin(std::string name) { name_ = std::move(name); }
-    void add_line(std::string_view line);
+    void add_line(std::string_view line, bool is_alarming = false);
     void add_change(std::string_view what, std::string_view older, std::string_view newer,
-                    std::string_view note = "");
+                    bool is_alarming = false, std::string_view note = "");
     void add_only(const std::string& name, bool is_older, std::string_view description);
     std::string shortened(std::string text) const {
         return is_complete_ ? std::move(text) : cut_to(longest_text, text);
@@ -366,7 +375,7 @@ std::string comparison::name_of(const stream_record& stream, const value* identi
 }
 
 bool comparison::is_equal(const stream_record& older, const stream_record& newer) const {
-    const line_receiver ignore = [](std::string_view) {};
+    const line_receiver ignore = [](std::string_view, bool) {};
     comparison all(older_, newer_, true, ignore);
     all.compare_record(older, newer);
     return !all.has_difference_;
@@ -464,7 +473,7 @@ void comparison::compare_opened(list_answer<Record> snapshot::records::* list) {
         begin(name);
         if (before->fails || after->fails) {
             if (state(*before) != state(*after)) {
-                add_change("", state(*before), state(*after));
+                add_change("", state(*before), state(*after), after->fails.has_value());
             }
             continue;
         }
@@ -474,18 +483,21 @@ void comparison::compare_opened(list_answer<Record> snapshot::records::* list) {
 
 void comparison::compare_service() {
     begin("service");
-    snapshot::records::each_answer(
-        [&]<class T>(const snapshot::document_member& at, answer<T> snapshot::records::* member) {
-            if constexpr (requires(T list) { list.push_back(*list.begin()); }) {
-                const auto before = state_of(older_, member, at.query);
-                const auto after = state_of(newer_, member, at.query);
-                if ((!before.has_objects || !after.has_objects) && before.text != after.text) {
-                    add_change(at.query, before.text, after.text);
-                }
-            } else {
-                compare_answer(at.query, {at.query}, {at.query}, older_.*member, newer_.*member);
+    snapshot::records::each_answer([&]<class T>(const snapshot::document_member& at,
+                                                answer<T> snapshot::records::* member) {
+        if constexpr (requires(T list) { list.push_back(*list.begin()); }) {
+            const auto before = state_of(older_, member, at.query);
+            const auto after = state_of(newer_, member, at.query);
+            const bool is_left_out = std::holds_alternative<snapshot::left_out>(older_.*member) &&
+                                     std::holds_alternative<snapshot::left_out>(newer_.*member);
+            if (!is_left_out && (!before.has_objects || !after.has_objects) &&
+                before.text != after.text) {
+                add_change(at.query, before.text, after.text, after.fails);
             }
-        });
+        } else {
+            compare_answer(at.query, {at.query}, {at.query}, older_.*member, newer_.*member);
+        }
+    });
     compare_formats();
 }
 
@@ -501,7 +513,17 @@ void comparison::compare_formats() {
         std::ranges::sort(entries, {}, &snapshot::entry::key);
         return entries;
     };
-    compare_content("formats", map_entries(entries_of(older_)), map_entries(entries_of(newer_)));
+    const auto older = entries_of(older_);
+    const auto newer = entries_of(newer_);
+    for_each_key(map_entries(older), map_entries(newer), &snapshot::entry::key,
+                 [&](const snapshot::entry* before, const snapshot::entry* after) {
+                     const std::string code_before = text_or_none(value_of(before));
+                     const std::string code_after = text_or_none(value_of(after));
+                     if (code_before != code_after) {
+                         const auto nick = (before != nullptr ? before : after)->key;
+                         add_change("formats  " + key_text(nick), code_before, code_after);
+                     }
+                 });
 }
 
 // --- Answers ------------------------------------------------------------------------------------
@@ -560,7 +582,7 @@ void comparison::compare_outcomes(std::string_view part, const outcome_of<T>& ol
     if (older.content != nullptr && newer.content != nullptr) {
         compare_content(part, *older.content, *newer.content);
     } else if (older != newer) {
-        add_change(part, older.text(), newer.text());
+        add_change(part, older.text(), newer.text(), newer.content == nullptr);
     }
 }
 
@@ -577,8 +599,7 @@ void comparison::compare_content(std::string_view part, map_entries older, map_e
     for_each_key(older, newer, &snapshot::entry::key,
                  [&](const snapshot::entry* before, const snapshot::entry* after) {
                      compare_values(part, (before != nullptr ? before : after)->key,
-                                    before != nullptr ? &before->value : nullptr,
-                                    after != nullptr ? &after->value : nullptr, older, newer);
+                                    value_of(before), value_of(after), older, newer);
                  });
 }
 
@@ -620,13 +641,11 @@ void comparison::compare_values(std::string_view part, std::string_view key, con
     }
     const std::string what = std::format("{}  {}", part, key_text(key));
     if (!is_complete_ && !note.empty()) {
-        add_line(what + "  " + note);
+        add_line(what + "  " + note, true);
         return;
     }
-    const auto text = [](const value* value) {
-        return value != nullptr ? value_text(*value) : "none";
-    };
-    add_change(what, text(older), text(newer), note.empty() ? "" : " (" + note + ")");
+    add_change(what, text_or_none(older), text_or_none(newer), !note.empty(),
+               note.empty() ? "" : " (" + note + ")");
 }
 
 // --- Lines --------------------------------------------------------------------------------------
@@ -635,25 +654,27 @@ std::string comparison::key_text(std::string_view key) const {
     return key.empty() ? R"("")" : shortened(unambiguous(key));
 }
 
-void comparison::add_line(std::string_view line) {
+void comparison::add_line(std::string_view line, bool is_alarming) {
     has_difference_ = true;
     if (!name_.empty()) {
-        receive_(std::exchange(name_, ""));
+        receive_(std::exchange(name_, ""), false);
     }
-    receive_(std::format("    {}", line));
+    receive_(std::format("    {}", line), is_alarming);
 }
 
 void comparison::add_change(std::string_view what, std::string_view older, std::string_view newer,
-                            std::string_view note) {
+                            bool is_alarming, std::string_view note) {
     const auto [before, after] = is_complete_ ? std::pair(std::string(older), std::string(newer))
                                               : cut_where_they_differ(longest_text, older, newer);
-    add_line(std::format("{}{}{} -> {}{}", what, what.empty() ? "" : "  ", before, after, note));
+    add_line(std::format("{}{}{} -> {}{}", what, what.empty() ? "" : "  ", before, after, note),
+             is_alarming);
 }
 
 void comparison::add_only(const std::string& name, bool is_older, std::string_view description) {
     has_difference_ = true;
     receive_(std::format("{}  only in {}{}{}", name, is_older ? "OLD" : "NEW",
-                         description.empty() ? "" : ": ", shortened(std::string(description))));
+                         description.empty() ? "" : ": ", shortened(std::string(description))),
+             is_older);
 }
 
 }  // namespace

@@ -105,9 +105,6 @@ class column {
         text_ += "\n    {\n        rank=same\n";
         text_ += std::format("        node [color=\"{}\", fillcolor=\"{}\"]\n", line, inside);
     }
-    ~column() { text_.append(order_).append(" [style=invis]\n    }\n"); }
-    column(const column&) = delete;
-    column& operator=(const column&) = delete;
 
     void add(const box& box) {
         text_ += std::format("        {} [label={}{}]\n", box.name, quoted(box.lines), box.style);
@@ -118,6 +115,8 @@ class column {
             add(box);
         }
     }
+
+    void end() { text_.append(order_).append(" [style=invis]\n    }\n"); }
 
   private:
     std::string& text_;
@@ -154,6 +153,7 @@ void add_inputs(std::string& text, const device& device) {
     }
     inputs.add(failed_boxes("input_count", "count of inputs", device.input_count));
     inputs.add(failed_boxes("input_channels", "channels of inputs", device.input_channels));
+    inputs.end();
 }
 
 box channel_box(const channel& channel) {
@@ -204,6 +204,7 @@ void add_channels(std::string& text, const device& device,
     for (const auto& [id, channel] : channels) {
         boxes.add(channel != nullptr ? channel_box(*channel) : unlisted_box(id));
     }
+    boxes.end();
 }
 
 std::string arrows_of_inputs(const device& device) {
@@ -287,6 +288,7 @@ void add_streams(std::string& text, const device& device,
     for (std::size_t i = 0; i < streams.size(); ++i) {
         boxes.add(stream_box(*streams[i], i));
     }
+    boxes.end();
 }
 
 // --- Clients and the output ---------------------------------------------------------------------
@@ -374,6 +376,7 @@ void add_clients(std::string& text, const device& device, const client_boxes& cl
     if (device.output && *device.output) {
         boxes.add(output_box(**device.output));
     }
+    boxes.end();
 }
 
 // --- The drawing --------------------------------------------------------------------------------

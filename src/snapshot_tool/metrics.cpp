@@ -14,8 +14,8 @@ namespace {
 char* out = nullptr;
 
 const GOptionEntry options[] = {
-    {"output", 'o', 0, G_OPTION_ARG_FILENAME, &out, "Write into OUT, not to standard output",
-     "OUT"},
+    {"output", 'o', 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&out),
+     "Write into OUT, not to standard output", "OUT"},
 };
 
 int run(std::span<const char* const> arguments) {

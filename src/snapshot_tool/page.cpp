@@ -28,7 +28,7 @@ void page::flush() {
 
 void page::add(std::string_view mark, std::string_view text, bool is_alarming) {
     const std::size_t indentation = columns_of(mark);
-    const bool is_mark_alarming = mark.find_first_not_of(' ') != mark.npos;
+    const bool is_mark_alarming = mark.find_first_not_of(' ') != std::string_view::npos;
     std::string line;
     text_ += is_mark_alarming ? "" : mark;
     line += is_mark_alarming ? mark : "";

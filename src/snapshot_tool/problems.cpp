@@ -220,6 +220,16 @@ void add_usage(const device& device, std::vector<problem>& problems) {
         [](std::uint32_t count) { return std::to_string(count); }, "");
 }
 
+figure unlisted_channel(const stream& stream, const listed_numbers& listed) {
+    const figure channel = stream.info ? stream.info->channel : std::nullopt;
+    return channel && !listed.has_channel(*channel) ? channel : std::nullopt;
+}
+
+figure unlisted_input(const stream& stream, const listed_numbers& listed) {
+    const figure input = stream.info ? stream.info->input : std::nullopt;
+    return input && !listed.has_input(*input) ? input : std::nullopt;
+}
+
 void add_names(const device& device, std::vector<problem>& problems) {
     const listed_numbers listed(device);
     const auto add = [&](std::string_view who, std::string_view what, std::uint32_t number) {
@@ -230,9 +240,11 @@ void add_names(const device& device, std::vector<problem>& problems) {
     };
     if (device.streams) {
         for (const stream& stream : *device.streams) {
-            const figure channel = stream.info ? stream.info->channel : std::nullopt;
-            if (channel && !listed.has_channel(*channel)) {
+            if (const figure channel = unlisted_channel(stream, listed)) {
                 add(name_of(stream), "channel", *channel);
+            }
+            if (const figure input = unlisted_input(stream, listed)) {
+                add(name_of(stream), "input", *input);
             }
         }
     }
@@ -291,7 +303,7 @@ bool listed_numbers::has_input(std::uint32_t number) const {
 
 bool has_problem(const stream& stream, const listed_numbers& listed) {
     return !stream.info || !stream.settings || !stream.in_use || fails_frames(stream) ||
-           is_slow(stream) || (stream.info->channel && !listed.has_channel(*stream.info->channel));
+           is_slow(stream) || unlisted_channel(stream, listed) || unlisted_input(stream, listed);
 }
 
 bool has_problem(const channel& channel) {

@@ -209,13 +209,17 @@ snapshot::output_record queries::output() {
 std::vector<snapshot::format_record> queries::formats() {
     const owned_class<GEnumClass> type{
         static_cast<GEnumClass*>(g_type_class_ref(oru_format_get_type()))};
-    std::set<std::uint32_t> codes;
     std::vector<snapshot::format_record> formats;
+    formats.reserve(type->n_values);
     for (const GEnumValue& value : std::span(type->values, type->n_values)) {
-        const auto code = static_cast<std::uint32_t>(value.value);
-        if (codes.insert(code).second) {
-            formats.push_back({all_->arena.keep(value.value_nick), code});
-        }
+        formats.push_back({value.value_nick, static_cast<std::uint32_t>(value.value)});
+    }
+    // Of several nicks of one code, a look-up finds the first.
+    std::ranges::stable_sort(formats, {}, &snapshot::format_record::code);
+    const auto others = std::ranges::unique(formats, {}, &snapshot::format_record::code);
+    formats.erase(others.begin(), others.end());
+    for (snapshot::format_record& format : formats) {
+        format.nick = all_->arena.keep(format.nick);
     }
     return formats;
 }

@@ -16,12 +16,12 @@ gboolean is_redacted = FALSE;
 char* key_file = nullptr;
 
 const GOptionEntry options[] = {
-    {"output", 'o', 0, G_OPTION_ARG_FILENAME, &out, "Write into OUT, not to standard output",
-     "OUT"},
-    {"about", 0, 0, G_OPTION_ARG_FILENAME, &about, "Begin the recording with a text for people",
-     "TEXT"},
+    {"output", 'o', 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&out),
+     "Write into OUT, not to standard output", "OUT"},
+    {"about", 0, 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&about),
+     "Begin the recording with a text for people", "TEXT"},
     {"redact", 0, 0, G_OPTION_ARG_NONE, &is_redacted, "Replace identities and messages", nullptr},
-    {"redact-key", 0, 0, G_OPTION_ARG_FILENAME, &key_file,
+    {"redact-key", 0, 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&key_file),
      "The same, with names that only who has the key can find out", "KEYFILE"},
 };
 

@@ -13,8 +13,12 @@
 
 #include <glib.h>
 
+#include "snapshot/file_descriptor.h"
+
 namespace snapshot_tool {
 namespace {
+
+using snapshot::file_descriptor;
 
 // As long as it exists, the process receives no signal that can be blocked.
 class signal_guard {
@@ -30,22 +34,6 @@ class signal_guard {
 
   private:
     sigset_t mask_{};
-};
-
-class file_descriptor {
-  public:
-    explicit file_descriptor(int number) : number_(number) {}
-    ~file_descriptor() {
-        if (number_ >= 0) {
-            close(number_);
-        }
-    }
-    file_descriptor(const file_descriptor&) = delete;
-    file_descriptor& operator=(const file_descriptor&) = delete;
-    int get() const { return number_; }
-
-  private:
-    int number_;
 };
 
 // What replaces a file, and where.

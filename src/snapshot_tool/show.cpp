@@ -449,7 +449,7 @@ const GOptionEntry options[] = {
     {"wide", 'w', 0, G_OPTION_ARG_NONE, &is_wide, "Show all columns and whole texts", nullptr},
     {"problems", 0, 0, G_OPTION_ARG_NONE, &is_problems_only,
      "Show only what is wrong; status 0 if nothing is, otherwise 1", nullptr},
-    {"stream", 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &stream_ids,
+    {"stream", 0, 0, G_OPTION_ARG_FILENAME_ARRAY, static_cast<void*>(&stream_ids),
      "Show only this stream, in full; may be repeated", "ID"},
     colour_option(&colour),
 };

@@ -91,12 +91,15 @@ std::string joined(const std::vector<std::string_view>& texts) {
     return text.empty() ? "-" : text;
 }
 
-// Returns the inputs of a channel.
-std::string inputs_of(const device& device, figure channel) {
+// Returns the input that the stream names, otherwise those of its channel.
+std::string inputs_of(const device& device, const stream_info& info) {
+    if (info.input) {
+        return std::to_string(*info.input);
+    }
     std::string text;
-    if (channel && device.input_channels) {
+    if (info.channel && device.input_channels) {
         for (const input_channel& shown : *device.input_channels) {
-            if (shown.id == *channel) {
+            if (shown.id == *info.channel) {
                 text += text.empty() ? "" : ", ";
                 text += shown.input ? std::to_string(*shown.input) : "?";
             }
@@ -114,7 +117,7 @@ void add_details(page& page, const device& device, const stream& stream) {
     page.add("  identity  ", identity ? whole_text(*identity) : stream.settings ? "-" : "?");
     page.add("  clients   ", stream.info ? joined(clients_of(stream)) : "?");
     page.add("  channel   ", channel ? std::to_string(*channel) : stream.info ? "-" : "?");
-    page.add("  input     ", stream.info ? inputs_of(device, channel) : "?");
+    page.add("  input     ", stream.info ? inputs_of(device, *stream.info) : "?");
     add_map(page, "info", stream.record->info, {"stream", stream.id, "info"});
     add_map(page, "settings", stream.record->settings, {"stream", stream.id, "settings"});
     add_map(page, "debug", stream.record->debug, {"stream", stream.id, "debug"});

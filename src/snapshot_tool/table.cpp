@@ -70,6 +70,7 @@ void table::add_failure(std::string_view text) {
 // Returns the width of each column.
 std::vector<std::size_t> table::widths(bool is_wide) const {
     std::vector<std::size_t> widths;
+    widths.reserve(columns_.size());
     for (const table_column& column : columns_) {
         widths.push_back(column.title.size());
     }

@@ -33,8 +33,8 @@ std::unique_ptr<snapshot::answers> read(std::string_view text) {
 std::string differences(const snapshot::answers& older, const snapshot::answers& newer,
                         bool is_complete) {
     std::string lines;
-    const bool is_different =
-        snapshot_tool::find_differences(older, newer, is_complete, [&](std::string_view line) {
+    const bool is_different = snapshot_tool::find_differences(
+        older, newer, is_complete, [&](std::string_view line, bool) {
             require(!line.empty() && snapshot::printable(line) == line, "a line is printable",
                     line);
             lines.append(line).append("\n");

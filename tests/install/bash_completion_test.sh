@@ -41,7 +41,7 @@ completes 'oru-snapshot ' check record diff show graph metrics --help --version
 completes 'oru-snapshot c' check
 completes 'oru-snapshot --help '
 completes 'oru-snapshot record --' --output --about --redact --redact-key --help
-completes 'oru-snapshot diff --' --all --help
+completes 'oru-snapshot diff --' --all --color --help
 completes 'oru-snapshot record --redact --a' --about
 completes 'oru-snapshot record --about '
 completes 'oru-snapshot show --h' --help

@@ -76,7 +76,7 @@ lists 'oru-tlm-tool --' '--stream-max-stats --system-info --identity-info --help
 lists 'oru-serverreport-tool --' "--list-streams --stream-quotas --list-output --list-channels \
 --list-resolutions --list-available-resolutions --list-inputs --help"
 lists 'oru-snapshot record --' '--help --redact --output --about --redact-key'
-lists 'oru-snapshot diff --' '--help --all'
+lists 'oru-snapshot diff --' '--help --all --color'
 lists 'oru-snapshot show --' '--help --wide --problems --stream --color'
 lists 'oru-snapshot show --color=' 'always auto never'
 lists 'oru-snapshot graph -' '-h --help'

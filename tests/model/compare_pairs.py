@@ -244,7 +244,8 @@ def later(draw, document):
     for (_, part), answer in answers(document).items():
         if part.split()[-1] not in MAPS or fails(answer) or part == "properties":
             continue
-        time = number(typed(answer["statistics.duration"])) if "statistics.duration" in answer else None
+        time = typed(answer["statistics.duration"]) if "statistics.duration" in answer else None
+        time = number(time) if time and time[0] != "double" else None
         time = time if time and 0 < time < 2**63 - hours else None
         for key, value in answer.items():
             kind, content = typed(value)
@@ -256,7 +257,7 @@ def later(draw, document):
             elif key in FAILURES:
                 new = old + (old * hours // time if time and old > 0 else 0)
             elif AMOUNT.fullmatch(key):
-                new = old + draw.randrange(-1, 2) * (abs(old) // 10)
+                new = old + draw.randrange(-1, 2) * (abs(old) // 11)
             elif key == "statistics.bitrate":
                 new = max(old * draw.randrange(60, 190) // 100, 0) if old > 9 else old
             elif FREE.fullmatch(key):

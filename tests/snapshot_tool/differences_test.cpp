@@ -24,7 +24,7 @@ std::string differences(std::string_view older, std::string_view newer, bool is_
     std::string lines;
     const bool is_different = snapshot_tool::find_differences(
         *answers_of(older), *answers_of(newer), is_complete,
-        [&](std::string_view line) { lines.append(line).append("\n"); });
+        [&](std::string_view line, bool) { lines.append(line).append("\n"); });
     EXPECT_EQ(is_different, !lines.empty());
     return lines;
 }
@@ -57,7 +57,7 @@ TEST(differences, are_named_object_by_object) {
         {"properties": {"key": "input"}, "crop": [0, 0, 1920, 1080], "crop_max": [1920, 1080],
          "resolutions": {"available": [[1920, 1080], [1280, 720]]}}, {"id": 3}]},
       "input": {"all": [{"id": 1, "resolution_unrotated": {"capture": [1920, 1080]}}]},
-      "output": {"all": [{"id": 0, "settings": {"VIC": 16}}]}, "formats": {"h264": 0}})",
+      "output": {"all": [{"id": 0, "settings": {"VIC": 16}}]}, "formats": {"h264": 0, "uptime": 1}})",
                   R"({"system": {"caps": {"output": false}}, "mode": {"info": {"view": "single"}},
       "stream": {"quota": {"global.hard.limit": 6}, "all": [
         {"id": 2, "info": {"peers": 2}, "settings": {"identity": "recorder", "framerate": 5}}]},
@@ -65,7 +65,7 @@ TEST(differences, are_named_object_by_object) {
         {"properties": {"key": "view"}, "crop": [0, 0, 1280, 1080], "crop_max": [1280, 720],
          "resolutions": {"available": [[1280, 720], [1920, 1080]]}}]},
       "input": {"all": [{"id": 1, "resolution_unrotated": {"capture": [0, 0]}}, {"id": 2}]},
-      "output": {"all": [{"id": 0, "settings": {"VIC": 31}}]}, "formats": {"h264": 0, "av1": 10}})"),
+      "output": {"all": [{"id": 0, "settings": {"VIC": 31}}]}, "formats": {"h264": 0, "uptime": 2, "av1": 10}})"),
               R"(stream 2 (recorder)
     info  peers  1 -> 2
     settings  framerate  25 -> 5
@@ -87,6 +87,7 @@ service
     stream quota  global.hard.limit  5 -> 6
     channel info  input.count  2 -> 1
     formats  av1  none -> 10
+    formats  uptime  1 -> 2
 )");
 }
 
@@ -226,6 +227,28 @@ TEST(differences, include_the_list_of_channels_of_inputs) {
     EXPECT_EQ(differences(R"({"channel": {"all": {"$error": "x"}, "filtered": {"$error": "x"}}})",
                           R"({"channel": {"all": {"$error": "x"}}})"),
               "");
+}
+
+TEST(differences, that_say_that_something_broke_are_alarming) {
+    std::string alarming;
+    snapshot_tool::find_differences(
+        *answers_of(R"({"system": {}, "stream": {"all": [
+            {"id": 1, "info": {"statistics.duration": 60000000, "k": 1}, "settings": {"$error": "x"}},
+            {"id": 2, "info": {"statistics.duration": 60000000, "statistics.failed_frames": 1}}, {"id": 3}]},
+            "channel": {"all": []}, "input": {"all": [{"id": 1}, {"id": 2, "$error": "x"}]}})"),
+        *answers_of(R"({"system": {"$error": "x"}, "stream": {"all": [
+            {"id": 1, "info": {"statistics.duration": 1, "k": 2}, "settings": {}},
+            {"id": 2, "info": {"statistics.duration": 60000000, "statistics.failed_frames": 9}}, {"id": 4}]},
+            "channel": {"all": {"$error": "x"}}, "input": {"all": [{"id": 1, "$error": "x"}, {"id": 2}]}})"),
+        false, [&](std::string_view line, bool is_alarming) {
+            alarming.append(is_alarming ? line : "").append(is_alarming ? "\n" : "");
+        });
+    EXPECT_EQ(alarming,
+              "    info  statistics.duration  restarted\n"
+              "    info  statistics.failed_frames  1 -> 9 a minute\n"
+              "    opens -> fails: x\n"
+              "    system  opens -> fails: x\n"
+              "    channels  0 channels -> fails: x\n");
 }
 
 // --- Pairs --------------------------------------------------------------------------------------

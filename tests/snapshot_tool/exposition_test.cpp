@@ -178,9 +178,10 @@ TEST(exposition, cuts_labels_between_characters) {
                                {.name = a127 + "b" + a127, .starts = 2},
                                {.name = a127 + "\"", .starts = 4},
                                {.name = a127 + "ü", .starts = 8},
-                               {.name = a127.substr(2) + "日本", .starts = 16}}),
-              identity_counts(5, 31) + identities_head +
-                  "oru_identity_streams_started_total{identity=\"" + a127 + "\"} 8\n" +
+                               {.name = a127.substr(2) + "日本", .starts = 16},
+                               {.name = a127 + "😀", .starts = 32}}),
+              identity_counts(6, 63) + identities_head +
+                  "oru_identity_streams_started_total{identity=\"" + a127 + "\"} 40\n" +
                   "oru_identity_streams_started_total{identity=\"" + a127 + "\\\"\"} 4\n" +
                   "oru_identity_streams_started_total{identity=\"" + a127 + "b\"} 3\n" +
                   "oru_identity_streams_started_total{identity=\"" + a127.substr(2) + "日\"} 16\n");

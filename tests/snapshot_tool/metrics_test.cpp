@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -192,6 +193,70 @@ TEST(metrics, report_that_no_query_is_answered) {
          {R"({"mode": {}})", R"({"mode": {"info": {}}})", R"({"output": {"all": [{"id": 0}]}})"}) {
         EXPECT_TRUE(oru_snapshot_beside(reached, {"metrics"}).out.starts_with(up)) << reached;
     }
+}
+
+// Returns the kinds of queries that a service of this snapshot does not answer, each with its
+// number.
+std::string unanswered(const std::string& snapshot) {
+    const std::string name = "oru_unanswered_queries{kind=\"";
+    std::istringstream lines(oru_snapshot_beside(snapshot, {"metrics"}).out);
+    std::string kinds;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with(name) && !line.ends_with(" 0")) {
+            line.erase(line.rfind('"'), 2);
+            kinds += line.substr(name.size()) + "\n";
+        }
+    }
+    return kinds;
+}
+
+TEST(metrics, count_unanswered_queries_by_kind) {
+    EXPECT_EQ(unanswered(R"({
+        "system": {},
+        "stream": {"all": [{"id": 1}, {"id": 2, "settings": {}}]},
+        "channel": {"info": {"input.count": 2},
+                    "all": [{"id": 1, "properties": {"key": "input"},
+                             "info": {"crop.possible": true}},
+                            {"id": 2}]},
+        "input": {"all": [{"id": 1}]}})"),
+              "stream info 2\n"
+              "stream settings 1\n"
+              "stream debug 2\n"
+              "service counters 1\n"
+              "service quota 1\n"
+              "service limit 1\n"
+              "channel info 1\n"
+              "channel crop 1\n"
+              "channel largest crop 1\n"
+              "channel resolutions 2\n"
+              "input 1\n"
+              "input info 1\n"
+              "input capture 1\n"
+              "system caps 1\n");
+    // The channels of inputs are a list of their own.
+    EXPECT_EQ(unanswered(R"({
+        "system": {"caps": {"output": true}},
+        "stream": {"debug": {}, "quota": {}, "limit": {}},
+        "channel": {"info": {}},
+        "input": {"all": [{"id": 1, "info": {"crop.possible": true}}]},
+        "output": {"all": [{"id": 0}]}})"),
+              "streams 1\n"
+              "channels 2\n"
+              "input crop 1\n"
+              "input capture 1\n"
+              "output settings 1\n"
+              "output info 1\n");
+    // The mode is asked for only if nothing else answers.
+    const std::string nothing =
+        "streams 1\n"
+        "service counters 1\n"
+        "service quota 1\n"
+        "service limit 1\n"
+        "channels 2\n"
+        "input count 1\n"
+        "system 1\n";
+    EXPECT_EQ(unanswered(R"({"mode": {}})"), nothing + "output 1\nmode info 1\n");
+    EXPECT_EQ(unanswered(R"({"output": {"all": [{"id": 0}]}})"), nothing + "mode 1\n");
 }
 
 TEST(metrics, fail_if_their_output_is_lost) {

@@ -1,12 +1,13 @@
 #!/usr/bin/python3
-"""Runs show, graph and metrics on random devices, including hostile texts and broken snapshots. Checks that
-each command has the right status and prints no control or invisible characters, that no line of show is wider than
-79 columns of a terminal, that Graphviz draws every picture and that promtool accepts all figures, both without a
-message. If Graphviz or promtool is missing, skips its part.
+"""Runs show, graph and metrics on random devices, including hostile texts and broken snapshots, on the examples and on
+a device with 64 streams. Checks that each command has the right status and prints no control or invisible characters,
+that no line of show is wider than 79 columns of a terminal, that Graphviz draws every picture and that promtool accepts
+all figures, both without a message. If Graphviz or promtool is missing, skips its part.
 
 usage: random_devices_test.py TREE TOOLS [FIRST COUNT]: the root of the source tree; where the tools are;
 the first seed and how many"""
 
+import glob
 import os
 import shutil
 import subprocess
@@ -72,23 +73,34 @@ def complaints(program, dot, promtool):
         xml.dom.minidom.parseString(got.stdout)
 
 
+def snapshots(tree, first, count):
+    """Yields the names and texts of random snapshots, of the examples and of a device with 64 streams."""
+    sys.path.insert(0, os.path.join(tree, "tests", "model"))
+    import generator  # pylint: disable=import-outside-toplevel
+    for seed in range(first, first + count):
+        text = generator.snapshot(seed)
+        yield f"seed {seed}", with_long_texts(text) if seed % 2 else text
+    for path in glob.glob(os.path.join(tree, "examples", "*.json")):
+        with open(path, encoding="utf-8") as file:
+            yield path, file.read()
+    yield "64 streams", run(os.path.join(tree, "bench", "make_snapshot"), "64").stdout.decode()
+
+
 def main():
     tree, tools = sys.argv[1:3]
     first, count = map(int, sys.argv[3:] or (1, 60))
-    sys.path.insert(0, os.path.join(tree, "tests", "model"))
-    import generator  # pylint: disable=import-outside-toplevel
     dot, promtool = shutil.which("dot"), shutil.which("promtool")
-    failed = 0
+    failed = devices = 0
     with tempfile.TemporaryDirectory() as scratch:
         path = os.environ["ORU_SNAPSHOT"] = os.path.join(scratch, "snapshot.json")
-        for seed in range(first, first + count):
+        for name, text in snapshots(tree, first, count):
             with open(path, "w", encoding="utf-8", errors="surrogateescape") as file:
-                text = generator.snapshot(seed)
-                file.write(with_long_texts(text) if seed % 2 else text)
+                file.write(text)
+            devices += 1
             for complaint in complaints(os.path.join(tools, "oru-snapshot"), dot, promtool):
                 failed += 1
-                print(f"seed {seed}: {complaint}")
-    print(f"{count} devices, {failed} complaints; drawn: {bool(dot)}, figures checked: {bool(promtool)}")
+                print(f"{name}: {complaint}")
+    print(f"{devices} devices, {failed} complaints; drawn: {bool(dot)}, figures checked: {bool(promtool)}")
     sys.exit(failed != 0)
 
 

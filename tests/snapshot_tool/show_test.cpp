@@ -491,8 +491,8 @@ TEST(problems, of_quotas) {
 
 TEST(problems, of_names) {
     const std::string all = R"("debug": {}, "quota": {}, "limit": {}, "all": [)" +
-                            stream("1", R"("channel": 5)", R"("identity": "wall")") + ", " +
-                            stream("2", R"("channel": 6)", "") + "]";
+                            stream("1", R"("channel": 5, "input": 2)", R"("identity": "wall")") +
+                            ", " + stream("2", R"("channel": 6, "input": 3)", "") + "]";
     EXPECT_EQ(problems({.streams = all,
                         .channels = R"("info": {"input.count": 2}, "all": [
         {"id": 5, "info": {}, "resolutions": {"available": []}}], "filtered": [
@@ -503,12 +503,13 @@ TEST(problems, of_names) {
         {"id": 3, "info": {}, "resolution_unrotated": {"capture": [1, 1]}}]})"}),
               ended(1,
                     "! stream 2 names channel 6, which is not in the list\n"
+                    "! stream 2 names input 3, which is not in the list\n"
                     "! channel 7 names input 3, which is not in the list\n"));
     // A list that is not known lacks nothing.
     EXPECT_EQ(problems({.streams = all,
-                        .channels = R"("info": {"input.count": 0}, "all": {"$error": "gone"},
+                        .channels = R"("info": {"$error": "gone"}, "all": {"$error": "gone"},
                                        "filtered": [])"}),
-              ended(1, "! channels failed: gone\n"));
+              ended(1, "! channels and 1 more query failed: gone\n"));
 }
 
 TEST(problems, begin_with_the_worst) {

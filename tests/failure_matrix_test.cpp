@@ -88,9 +88,10 @@ const std::set<std::string> containers = {
 const std::set<std::string> answers_and_containers = {"system",      "mode",        "stream.all",
                                                       "channel.all", "input.all[]", "output.all[]"};
 // Neither.
-const std::set<std::string> not_answers = {"stream.all[].id",          "channel.all[].id",
-                                           "input.all[].id",           "output.all[].id",
-                                           "channel.all[].properties", "formats"};
+const std::set<std::string> not_answers = {
+    "version",          "about",          "recorded",        "stream.all[].id",
+    "channel.all[].id", "input.all[].id", "output.all[].id", "channel.all[].properties",
+    "formats"};
 // The other answers: maps and numbers.
 const std::set<std::string> plain_answers = {"system.caps",
                                              "mode.info",

@@ -57,6 +57,21 @@ TEST(golden, recorded_encoder) {
               ended(0, golden("recorded-encoder.report")));
 }
 
+// The device whose recordings the manual compares, and the same device with four faults.
+TEST(golden, healthy_encoder) {
+    const std::string snapshot = example("healthy-encoder");
+    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("healthy-encoder.tlm")));
+    EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
+              ended(0, golden("healthy-encoder.report")));
+}
+
+TEST(golden, faulty_encoder) {
+    const std::string snapshot = example("faulty-encoder");
+    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("faulty-encoder.tlm")));
+    EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
+              ended(0, golden("faulty-encoder.report")));
+}
+
 TEST(golden, failing_device) {
     const std::string snapshot = example("failing-device");
     EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("failing-device.tlm")));

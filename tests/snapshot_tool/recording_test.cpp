@@ -667,13 +667,11 @@ class more_than_a_file_contains : public recording {
 TEST_F(more_than_a_file_contains, is_shown) {
     const std::string all = printed(show);
     EXPECT_EQ(lines_from(all, "7  gate", 4),
-              "     7  gate\\xff  x\\xe4   -                   -    -         -         -       -  "
-              "     -        2\n"
+              "!      7  gate\\xff  x\\xe4   -       -       -     -     -\n"
               "    debug failed\n"
-              "     7  -         NV12    -                   -    -         -         -       -  "
-              "     -        5\n"
+              "!      7  -         NV12    -       -       -     -     -\n"
               "    debug failed\n");
-    EXPECT_EQ(lines_from(all, "k\\xff", 1), "k\\xff                   4\n");
+    EXPECT_EQ(lines_from(all, "k\\xff", 1), "  k\\xff          4\n");
 }
 
 TEST_F(more_than_a_file_contains, is_drawn) {

@@ -32,7 +32,7 @@ fi
 
 # The sources without our client library: only the installed one can be found.
 mkdir "$scratch/source"
-(cd "$source" && tar -c --exclude=./build --exclude=./.git --exclude=./src/replay \
+(cd "$source" && tar -c --exclude=./build --exclude=./.git --exclude='./src/replay/*.cpp' \
     --exclude=./src/video/oru.h --exclude=./src/video/qwire.h .) | tar -x -C "$scratch/source"
 
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=OFF -S "$scratch/source" \

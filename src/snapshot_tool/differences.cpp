@@ -230,8 +230,8 @@ std::size_t hash_of(const stream_record& stream) {
 
 // --- The comparison -----------------------------------------------------------------------------
 
-// Calls `visit(older, newer)` for each key of two lists that ascend by it. A list without the key
-// gives NULL.
+// Calls `visit(key, older, newer)` for each key of two lists that ascend by it. A list without the
+// key gives NULL.
 template <class Item, class Visit>
 void for_each_key(std::span<const Item> older, std::span<const Item> newer,
                   std::string_view Item::* key, const Visit& visit) {
@@ -240,7 +240,8 @@ void for_each_key(std::span<const Item> older, std::span<const Item> newer,
             !older.empty() && (newer.empty() || older[0].*key <= newer[0].*key);
         const bool is_in_newer =
             !newer.empty() && (older.empty() || newer[0].*key <= older[0].*key);
-        visit(is_in_older ? &older[0] : nullptr, is_in_newer ? &newer[0] : nullptr);
+        visit((is_in_older ? older[0] : newer[0]).*key, is_in_older ? &older[0] : nullptr,
+              is_in_newer ? &newer[0] : nullptr);
         older = older.subspan(is_in_older ? 1 : 0);
         newer = newer.subspan(is_in_newer ? 1 : 0);
     }
@@ -515,15 +516,15 @@ void comparison::compare_formats() {
     };
     const auto older = entries_of(older_);
     const auto newer = entries_of(newer_);
-    for_each_key(map_entries(older), map_entries(newer), &snapshot::entry::key,
-                 [&](const snapshot::entry* before, const snapshot::entry* after) {
-                     const std::string code_before = text_or_none(value_of(before));
-                     const std::string code_after = text_or_none(value_of(after));
-                     if (code_before != code_after) {
-                         const auto nick = (before != nullptr ? before : after)->key;
-                         add_change("formats  " + key_text(nick), code_before, code_after);
-                     }
-                 });
+    for_each_key(
+        map_entries(older), map_entries(newer), &snapshot::entry::key,
+        [&](std::string_view nick, const snapshot::entry* before, const snapshot::entry* after) {
+            const std::string code_before = text_or_none(value_of(before));
+            const std::string code_after = text_or_none(value_of(after));
+            if (code_before != code_after) {
+                add_change("formats  " + key_text(nick), code_before, code_after);
+            }
+        });
 }
 
 // --- Answers ------------------------------------------------------------------------------------
@@ -568,8 +569,7 @@ void comparison::compare_answer(std::string_view part, const query& older_query,
         return outcome_for(query, answer != nullptr ? answer->value : missing);
     };
     for_each_key(names_in(older), names_in(newer), &named::name,
-                 [&](const named* before, const named* after) {
-                     const auto name = (before != nullptr ? before : after)->name;
+                 [&](std::string_view name, const named* before, const named* after) {
                      compare_outcomes(std::format("{}  {}", part, key_text(name)),
                                       outcome(before, older_query, name, older),
                                       outcome(after, newer_query, name, newer));
@@ -596,11 +596,11 @@ void comparison::compare_content(std::string_view part, const T& older, const T&
 }
 
 void comparison::compare_content(std::string_view part, map_entries older, map_entries newer) {
-    for_each_key(older, newer, &snapshot::entry::key,
-                 [&](const snapshot::entry* before, const snapshot::entry* after) {
-                     compare_values(part, (before != nullptr ? before : after)->key,
-                                    value_of(before), value_of(after), older, newer);
-                 });
+    for_each_key(
+        older, newer, &snapshot::entry::key,
+        [&](std::string_view key, const snapshot::entry* before, const snapshot::entry* after) {
+            compare_values(part, key, value_of(before), value_of(after), older, newer);
+        });
 }
 
 void comparison::compare_values(std::string_view part, std::string_view key, const value* older,

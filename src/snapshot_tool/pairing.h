@@ -61,6 +61,7 @@ class pairing {
     // Returns all records: first those of the older list, then those that only the newer contains.
     std::vector<pair_of<Record>> pairs() const {
         std::vector<pair_of<Record>> pairs;
+        pairs.reserve(older_.size());
         for (std::size_t i = 0; i < older_.size(); ++i) {
             pairs.push_back({&older_[i], partners_[i]});
         }

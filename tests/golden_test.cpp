@@ -42,34 +42,29 @@ TEST(golden, every_example_has_one_for_each_tool) {
     EXPECT_EQ(found, expected);
 }
 
-TEST(golden, two_input_encoder) {
-    const std::string snapshot = example("two-input-encoder");
-    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("two-input-encoder.tlm")));
+void expect_golden_reports(const std::string& name) {
+    const std::string snapshot = example(name);
+    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden(name + ".tlm")));
     EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
-              ended(0, golden("two-input-encoder.report")));
+              ended(0, golden(name + ".report")));
+}
+
+TEST(golden, two_input_encoder) {
+    expect_golden_reports("two-input-encoder");
 }
 
 // A recording of two-input-encoder.
 TEST(golden, recorded_encoder) {
-    const std::string snapshot = example("recorded-encoder");
-    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("recorded-encoder.tlm")));
-    EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
-              ended(0, golden("recorded-encoder.report")));
+    expect_golden_reports("recorded-encoder");
 }
 
 // The device whose recordings the manual compares, and the same device with four faults.
 TEST(golden, healthy_encoder) {
-    const std::string snapshot = example("healthy-encoder");
-    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("healthy-encoder.tlm")));
-    EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
-              ended(0, golden("healthy-encoder.report")));
+    expect_golden_reports("healthy-encoder");
 }
 
 TEST(golden, faulty_encoder) {
-    const std::string snapshot = example("faulty-encoder");
-    EXPECT_EQ(tlm(snapshot, {"-q", "-s", "-i"}), ended(0, golden("faulty-encoder.tlm")));
-    EXPECT_EQ(report(snapshot, {"-l", "-q", "-o", "-c", "-a", "-i"}),
-              ended(0, golden("faulty-encoder.report")));
+    expect_golden_reports("faulty-encoder");
 }
 
 TEST(golden, failing_device) {

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstddef>
 #include <format>
-#include <functional>
 #include <map>
 #include <optional>
 

@@ -9,6 +9,8 @@
 #include <format>
 #include <stdexcept>
 
+#include "snapshot/file_descriptor.h"
+
 namespace snapshot_tool {
 
 std::string read_redaction_key(const std::string& path) {
@@ -18,21 +20,18 @@ std::string read_redaction_key(const std::string& path) {
         return std::runtime_error(path + ": " + reason);
     };
     // A FIFO without a writer is not waited for.
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0) {
+    const snapshot::file_descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file.get() < 0) {
         throw failed(std::strerror(errno));
     }
     struct stat status;
-    const bool is_regular = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-    std::string key(longest + 1, '\0');
-    const ssize_t size = is_regular ? read(file, key.data(), key.size()) : 0;
-    const int error = errno;
-    close(file);
-    if (!is_regular) {
+    if (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
         throw failed("is not a regular file");
     }
+    std::string key(longest + 1, '\0');
+    const ssize_t size = read(file.get(), key.data(), key.size());
     if (size < 0) {
-        throw failed(std::strerror(error));
+        throw failed(std::strerror(errno));
     }
     key.resize(static_cast<std::size_t>(size));
     if (key.size() < shortest || key.size() > longest) {

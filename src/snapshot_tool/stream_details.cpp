@@ -1,8 +1,6 @@
 #include "snapshot_tool/stream_details.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cstddef>
 #include <format>
 #include <string>

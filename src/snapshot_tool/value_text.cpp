@@ -1,8 +1,6 @@
 #include "snapshot_tool/value_text.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <format>
@@ -15,14 +13,10 @@ namespace snapshot_tool {
 namespace {
 
 std::string double_text(double number) {
-    if (!std::isfinite(number)) {
-        return std::string(std::signbit(number) ? "-" : "") + (std::isnan(number) ? "nan" : "inf");
-    }
-    std::array<char, 32> digits;
-    char* end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-    const std::string text(digits.data(), end);
+    const std::string text = std::format("{}", number);
     // A whole number without these is an integer.
-    return text.find_first_of(".e") == std::string::npos ? text + ".0" : text;
+    const bool looks_whole = std::isfinite(number) && text.find_first_of(".e") == std::string::npos;
+    return looks_whole ? text + ".0" : text;
 }
 
 std::size_t length_of(std::string_view text) {

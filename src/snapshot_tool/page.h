@@ -8,7 +8,7 @@
 
 namespace snapshot_tool {
 
-// So many that nothing wraps in a terminal of 80.
+// In a terminal of 80 columns, nothing wraps.
 inline constexpr std::size_t page_columns = 79;
 
 struct page_style {

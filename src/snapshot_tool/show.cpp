@@ -408,7 +408,7 @@ void add_counts(page& page, const device& device) {
                                 "output"));
 }
 
-// Adds at most so many of the problems.
+// Adds the first `most` problems, and how many more there are.
 void add_problems(page& page, const std::vector<std::string>& problems, std::size_t most) {
     if (problems.empty()) {
         page.add("", "no problems found");

@@ -19,7 +19,7 @@ sys.dont_write_bytecode = True  # beside the generator, among the sources
 
 
 class Snapshot:
-    """A snapshot at `path`: with the text, or none if that is None. Each run reads a FIFO anew."""
+    """A snapshot at `path` with this text; without a text there is no file. A FIFO is filled for each run."""
 
     def __init__(self, path, text, is_fifo=False):
         self.path, self.text, self.is_fifo = path, text, is_fifo

@@ -467,7 +467,7 @@ TEST_F(recording, rejects_a_text_longer_than_a_snapshot) {
     EXPECT_EQ(recorded({.about = about.c_str()}).size(), longest);
     about += '1';
     EXPECT_EQ(refusal({.about = about.c_str()}),
-              "the recording is 134217729 bytes long, more than the 134217728 of a snapshot");
+              "the recording is longer than the 134217728 bytes of a snapshot");
 }
 
 TEST_F(recording, rejects_values_of_other_kinds_without_json) {

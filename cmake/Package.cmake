@@ -22,7 +22,7 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "The data-service feeder prints the peak fi
 system's inputs and modes, and the identities of its clients. The
 server-report tool prints the video chapter of the device's server report:
 streams, quotas, HDMI output, channels, resolutions and inputs.
-Snapshots of the video service are checked with oru-snapshot.")
+oru-snapshot records, shows and compares what the video service answers.")
 if(ORU_CROSS)
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${ORU_CROSS})
 endif()

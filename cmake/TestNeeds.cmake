@@ -9,7 +9,7 @@ endforeach()
 
 # Programs that tests start. When cross-compiling, tests start only ours.
 if(NOT CMAKE_CROSSCOMPILING)
-    foreach(program bash jq man mandoc valgrind zsh)
+    foreach(program bash dot jq man mandoc valgrind zsh)
         find_program(found ${program} NO_CACHE)
         if(NOT found)
             list(APPEND ORU_TESTS_LACK ${program})

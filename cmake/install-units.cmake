@@ -6,7 +6,7 @@ foreach(service systemd/oru-snapshot@.service prometheus/oru-metrics.service)
     string(REPLACE /usr/bin/ "${CMAKE_INSTALL_PREFIX}/${oru_bin_dir}/" text "${text}")
     if(NOT oru_client STREQUAL snapshot)
         # A device's own client library does not look at ORU_SNAPSHOT.
-        string(REGEX REPLACE "# The file by its name[^\n]*\nEnvironment=[^\n]*\n" "" text "${text}")
+        string(REGEX REPLACE "#[^\n]*\nEnvironment=ORU_SNAPSHOT=[^\n]*\n" "" text "${text}")
     endif()
     get_filename_component(name ${service} NAME)
     file(WRITE ${oru_build_dir}/${name} "${text}")

@@ -4,12 +4,12 @@ one object for each section, on a line of its own:
 
     title     the title in the header; stream-max-stats, system-info or identity-info if there is no header;
               null for lines in place of a section, such as "No channels."
-    text      the section as it was printed: the joined texts are the input, byte for byte (a byte that
-              is not valid UTF-8 as Python's "surrogateescape" has it, escaped in the JSON)
+    text      the section as it was printed: the joined texts are the input, byte for byte. A byte that is
+              not valid UTF-8 becomes a character as with Python's "surrogateescape".
     document  the contents of the section, or null if it breaks off or is not JSON
     failure   the line that breaks it off, or what is wrong with it, or null
 
-oru-reports(5) describes the documents, and what cannot be told apart."""
+oru-reports(5) describes the documents, and which sections cannot be distinguished."""
 
 import argparse
 import json

@@ -79,10 +79,10 @@ def main():
     for package in sorted(packages):
         source, source_version = source_of(package)
         if source not in LICENSES:
-            sys.exit(f"components.py: {source} has no licence in LICENSES")
+            sys.exit(f"components.py: LICENSES has no licence of {source}")
         components.setdefault(source, (source_version, []))[1].append(package)
     if not {"glib2.0", "glibc"} <= components.keys():
-        sys.exit("components.py: a map has no GLib or no C library")
+        sys.exit("components.py: the link maps name no GLib or no C library")
 
     licenses = pathlib.Path(out, "licenses")
     licenses.mkdir(parents=True)

@@ -20,7 +20,8 @@ owned_class<GEnumClass> format_class(verdict& result) {
     const GType type = oru_format_get_type();
     if (!G_TYPE_IS_ENUM(type)) {
         const gchar* name = g_type_name(type);
-        result.depart(std::format("the type '{}' is no enumeration", name != nullptr ? name : ""));
+        result.depart(
+            std::format("the type '{}' is not an enumeration", name != nullptr ? name : ""));
         return nullptr;
     }
     return owned_class<GEnumClass>{static_cast<GEnumClass*>(g_type_class_ref(type))};

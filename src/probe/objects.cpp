@@ -126,7 +126,7 @@ void check_absent_input(const video_service&, verdict& result) {
             return;
         }
     }
-    result.depart(std::format("there are the inputs {} and {}", absent_input, absent_input - 1));
+    result.depart(std::format("there are inputs {} and {}", absent_input, absent_input - 1));
 }
 
 // --- References ---------------------------------------------------------------------------------
@@ -172,7 +172,7 @@ void check_two_lists_of(verdict& result, GList* (*query)(GError**)) {
             return;
         }
         if (first.get() == second) {
-            attempt.depart("both are one list");
+            attempt.depart("both are the same list");
             return;
         }
         const tracked_list second_owner = track(second);

@@ -71,10 +71,10 @@ void expect_same(query_verdict& attempt, std::string_view prefix, bool has_answe
                  bool has_answer_without_error) {
     if (has_answer && !has_answer_without_error) {
         attempt.answering.depart(
-            std::format("{}an answer, but none when no error is asked for", prefix));
+            std::format("{}an answer, but none if the error argument is NULL", prefix));
     } else if (!has_answer && has_answer_without_error) {
         attempt.failing.depart(
-            std::format("{}a failure, but none when no error is asked for", prefix));
+            std::format("{}a failure, but none if the error argument is NULL", prefix));
     }
 }
 
@@ -131,7 +131,7 @@ void query_checker::check_writes(const std::string& name, const Query& query) {
         if (has_answer && has_answer_without_error) {
             for (std::size_t i = 0; i < Count; ++i) {
                 attempt.answering.expect(first[i] != first_initial || second[i] != second_initial,
-                                         "{}TRUE, and number {} of {} not filled in", prefix, i + 1,
+                                         "{}TRUE, but value {} of {} is not set", prefix, i + 1,
                                          Count);
             }
         }

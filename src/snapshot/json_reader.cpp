@@ -225,7 +225,7 @@ void json_reader::check_string_byte(const char* opening) const {
         throw complaint{opening, "this string is not closed"};
     }
     if (static_cast<unsigned char>(*at_) < 0x20) {
-        throw complaint{at_, "a string holds this control character only as an escape"};
+        throw complaint{at_, "a string must escape this control character"};
     }
 }
 
@@ -249,7 +249,7 @@ void json_reader::decode_escape() {
         code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
     }
     if (code == 0) {
-        throw complaint{escape, "a text cannot hold a NUL"};
+        throw complaint{escape, "a text cannot contain a NUL"};
     }
     std::array<char, 4> utf8;
     decoded_.append(utf8.data(), glz::code_point_to_utf8(code, utf8.data()));

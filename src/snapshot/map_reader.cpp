@@ -137,7 +137,7 @@ std::string_view map_reader::read_bytes() {
             throw complaint{written.at, "expected pairs of lower-case hexadecimal digits"};
         }
         if (high == 0 && low == 0) {
-            throw complaint{written.at, "a text cannot hold a NUL"};
+            throw complaint{written.at, "a text cannot contain a NUL"};
         }
         bytes_ += static_cast<char>(high << 4 | low);
     }

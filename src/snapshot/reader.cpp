@@ -283,7 +283,7 @@ answer<std::vector<Record>> reader::read_list(std::string_view what,
             const bool has_no_id = *repeated->at == '{';
             throw complaint{repeated->at,
                             "id " + std::to_string(repeated->key) + " is recorded twice" +
-                                (has_no_id ? ", which is that of a channel without one" : "")};
+                                (has_no_id ? ": a channel without an id has the id 0" : "")};
         }
         return records;
     });
@@ -351,8 +351,7 @@ template <class Record, std::size_t N>
 const char* reader::read_with_id(std::string_view what, const member<Record> (&members)[N],
                                  Record& record) {
     const char* begin = in_.place();
-    read_members_or_failure(what, members, record,
-                            "beside a failure stands the id and nothing else");
+    read_members_or_failure(what, members, record, "a failure has no other member than the id");
     if (id_place_ == nullptr) {
         throw complaint{begin, expected(what) + " with an id"};
     }

@@ -57,8 +57,9 @@ content_or_reason read_file(int file, const struct stat& before, const source_li
     }
     const auto length = static_cast<std::uint64_t>(std::max<off_t>(before.st_size - begin, 0));
     if (length > limits.bytes) {
-        return std::unexpected("is " + std::to_string(length) + " bytes long, more than the " +
-                               std::to_string(limits.bytes) + " of a snapshot");
+        return std::unexpected("is " + std::to_string(length) +
+                               " bytes long, and the limit of a snapshot is " +
+                               std::to_string(limits.bytes));
     }
     const auto size = static_cast<std::size_t>(length);
     std::string content;
@@ -122,8 +123,8 @@ content_or_reason read_stream(int file, const timeouts& timeouts, std::size_t mo
     for (;;) {
         const bool in_all = timeouts.total && begin + *timeouts.total < last + timeouts.silence;
         if (!wait_for(file, in_all ? begin + *timeouts.total : last + timeouts.silence)) {
-            return std::unexpected(in_all ? "is not at its end after " + in_seconds(*timeouts.total)
-                                          : "no byte came for " + in_seconds(timeouts.silence));
+            return std::unexpected(in_all ? "did not end within " + in_seconds(*timeouts.total)
+                                          : "sent no byte for " + in_seconds(timeouts.silence));
         }
         ssize_t got = 0;
         const std::size_t before = content.size();
@@ -140,8 +141,8 @@ content_or_reason read_stream(int file, const timeouts& timeouts, std::size_t mo
             return system_reason();
         }
         if (content.size() > most) {
-            return std::unexpected("is longer than the " + std::to_string(most) +
-                                   " bytes of a snapshot");
+            return std::unexpected("is longer than " + std::to_string(most) +
+                                   " bytes, the limit of a snapshot");
         }
     }
 }
@@ -178,7 +179,7 @@ content_or_reason read_from_listener(const std::string& path, const source_limit
     while (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) !=
            0) {
         if (errno == EAGAIN) {
-            return std::unexpected("was not connected to within " +
+            return std::unexpected("accepted no connection within " +
                                    in_seconds(limits.socket_silence));
         }
         if (errno != EINTR) {
@@ -217,7 +218,7 @@ content_or_reason read_source(int file, const source_limits& limits) {
         case S_IFDIR:
             return std::unexpected("is a directory");
         default:
-            return std::unexpected("is neither a file nor a FIFO, a character device or a socket");
+            return std::unexpected("is not a regular file, a FIFO, a character device or a socket");
     }
 }
 

@@ -26,9 +26,9 @@ namespace {
 // Returns why a file cannot contain the text, or NULL if it can.
 const char* flaw_of(std::string_view text) {
     if (text.contains('\0')) {
-        return "holds a NUL";
+        return "contains a NUL";
     }
-    return is_utf8(text) ? nullptr : "is no UTF-8";
+    return is_utf8(text) ? nullptr : "is not valid UTF-8";
 }
 
 // Returns why a file cannot contain the entry's value, or nothing if it can.
@@ -36,16 +36,16 @@ std::optional<std::string> flaw_of(const entry& entry) {
     const auto key = [&] { return "'" + printable(entry.key) + "'"; };
     if (const auto text = entry.value.get_if<std::string_view>()) {
         if (text->contains('\0')) {
-            return "the text of " + key() + " holds a NUL";
+            return "the text of " + key() + " contains a NUL";
         }
         if (entry.key == error_member && is_utf8(*text)) {
-            return "the value of '$error' is a text, as if this were a failure";
+            return "the value of '$error' is a text, which would be read as a failure";
         }
     }
     if (const auto value = entry.value.get_if<unwritable>()) {
-        return value->reason.empty()
-                   ? "the JSON form of the value of " + key() + " is no JSON in UTF-8, or too deep"
-                   : "the value of " + key() + ' ' + std::string(value->reason);
+        return value->reason.empty() ? "the JSON form of the value of " + key() +
+                                           " is not valid JSON in UTF-8, or is nested too deeply"
+                                     : "the value of " + key() + ' ' + std::string(value->reason);
     }
     return std::nullopt;
 }
@@ -167,7 +167,7 @@ void writer::write_formats() {
     const auto same = std::ranges::adjacent_find(by_nick, {}, &format_record::nick);
     if (same != by_nick.end()) {
         throw not_recordable("formats " + std::to_string(same->code) + " and " +
-                             std::to_string(std::next(same)->code) + " have one name, '" +
+                             std::to_string(std::next(same)->code) + " have the same name, '" +
                              printable(same->nick) + "'");
     }
     std::vector<entry> entries;
@@ -391,8 +391,8 @@ void writer::begin_item() {
 
 void writer::check_length() const {
     if (text_.size() > longest_) {
-        throw not_recordable("the recording is longer than the " + std::to_string(longest_) +
-                             " bytes of a snapshot");
+        throw not_recordable("the recording is longer than " + std::to_string(longest_) +
+                             " bytes, the limit of a snapshot");
     }
 }
 

@@ -83,7 +83,7 @@ const command diff{
     .arguments = "OLD NEW",
     .fewest_arguments = 2,
     .most_arguments = 2,
-    .summary = "Shows what differs between OLD and NEW, except what moves by itself.",
+    .summary = "Shows what differs between OLD and NEW, except what changes on a healthy device.",
     .example = "oru-snapshot diff yesterday.json today.json",
     .manual = "oru-snapshot(1)",
     .options = options,

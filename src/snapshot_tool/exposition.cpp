@@ -157,7 +157,7 @@ void add_stream_infos(std::string& text, const std::vector<labelled_stream>& str
         return found != inputs.end() ? std::to_string(found->second) : "";
     };
     metric info(text, "oru_stream_info", metric_type::gauge,
-                "A stream: who asked for it, what it is, and its input.");
+                "The client, format, resolution and input of a stream.");
     for (const auto& [stream, id_label] : streams) {
         const stream_settings settings = stream.settings.value_or(stream_settings{});
         const auto size = size_of(stream).value_or(std::nullopt);
@@ -196,7 +196,7 @@ struct stream_metric {
 };
 
 constexpr stream_metric stream_metrics[] = {
-    {"oru_stream_requested_frames_per_second", metric_type::gauge, "Frame rate that was asked for.",
+    {"oru_stream_requested_frames_per_second", metric_type::gauge, "Requested frame rate.",
      stream_value<&stream::settings, &stream_settings::frame_rate>},
     {"oru_stream_frames_per_second", metric_type::gauge, "Frame rate that is reached.",
      stream_value<&stream::info, &stream_info::frame_rate>},
@@ -221,7 +221,7 @@ void add_streams(std::string& text, const device& device) {
     const std::vector<labelled_stream> streams = identifiable_streams(*device.streams);
     add_gauge(text, "oru_streams", "Running streams.", std::optional{device.streams->size()});
     add_gauge(text, "oru_streams_without_series",
-              "Running streams without figures: their id is 0 or another's.",
+              "Running streams without figures: their id is 0, or another stream has it.",
               std::optional{device.streams->size() - streams.size()});
     add_stream_infos(text, streams, device);
     for (const auto& [name, type, help, value] : stream_metrics) {
@@ -324,7 +324,7 @@ void add_identities(std::string& text, const device& device) {
     std::vector<starts_by_label> largest(starts.begin(), starts.end());
     keep_largest(most_series, largest);
     metric metric(text, "oru_identity_streams_started_total", metric_type::counter,
-                  "Streams that a client started; of the clients with the most.");
+                  "Streams that a client started, for the clients with the most.");
     for (const auto& [labels, count] : largest) {
         metric.add(labels, value_text(count));
     }

@@ -19,10 +19,10 @@ const GOptionEntry options[] = {
     {"output", 'o', 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&out),
      "Write into OUT, not to standard output", "OUT"},
     {"about", 0, 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&about),
-     "Begin the recording with a text for people", "TEXT"},
+     "Add TEXT as a description of the recording", "TEXT"},
     {"redact", 0, 0, G_OPTION_ARG_NONE, &is_redacted, "Replace identities and messages", nullptr},
     {"redact-key", 0, 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&key_file),
-     "The same, with names that only who has the key can find out", "KEYFILE"},
+     "Like --redact, with names that depend on the key in KEYFILE", "KEYFILE"},
 };
 
 int run(std::span<const char* const> arguments) {

@@ -101,9 +101,9 @@ class notes {
             if (value.kind() != snapshot::kind::other) {
                 continue;
             }
-            const std::string note = std::format(
-                "oru-snapshot: {}: '{}' is of a kind without a form, recorded as JSON\n",
-                snapshot::text_of(query), snapshot::printable(key));
+            const std::string note =
+                std::format("oru-snapshot: {}: '{}' is of an unknown kind: recorded as JSON\n",
+                            snapshot::text_of(query), snapshot::printable(key));
             if (printed_.insert(note).second) {
                 std::fputs(note.c_str(), stderr);
             }
@@ -126,10 +126,11 @@ void print_unqueried_inputs(const snapshot::answers& all) {
         return input.id >= 1 && input.id <= count;
     });
     if (queried < count) {
-        std::fprintf(stderr,
-                     "oru-snapshot: %u inputs counted, %u in a row do not exist: further ones are "
-                     "recorded only if a channel names them\n",
-                     count, most_missing_inputs);
+        std::fprintf(
+            stderr,
+            "oru-snapshot: the service counts %u inputs, but %u in a row do not exist: of the "
+            "others, only those that a channel names are recorded\n",
+            count, most_missing_inputs);
     }
 }
 

@@ -147,7 +147,7 @@ std::string_view redaction::client(std::string_view identity) {
     if (is_new) {
         found->second = all_.arena.keep(new_name(identity));
         if (!names_.insert(found->second).second) {
-            throw std::runtime_error("with this key, two clients get one name, " +
+            throw std::runtime_error("with this key, two clients get the same name, " +
                                      std::string(found->second) + ": use another key");
         }
     }

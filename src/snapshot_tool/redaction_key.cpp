@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <format>
@@ -35,8 +36,9 @@ std::string read_redaction_key(const std::string& path) {
     }
     key.resize(static_cast<std::size_t>(size));
     if (key.size() < shortest || key.size() > longest) {
-        throw failed(std::format("a key has {} to {} bytes, this file {}", shortest, longest,
-                                 key.size() > longest ? "more" : std::to_string(key.size())));
+        throw failed(std::format("has {}{} bytes, but a key must have {} to {}",
+                                 key.size() > longest ? "more than " : "",
+                                 std::min(key.size(), longest), shortest, longest));
     }
     return key;
 }

@@ -331,8 +331,8 @@ table inputs_table(const device& device, const page_style& style) {
         }
     }
     if (device.input_count.value_or(0) > most_inputs_counted) {
-        rows.add_failure(std::format("{} inputs counted, asked for {}", *device.input_count,
-                                     most_inputs_counted));
+        rows.add_failure(std::format("only {} of {} inputs were queried", most_inputs_counted,
+                                     *device.input_count));
     }
     return rows;
 }

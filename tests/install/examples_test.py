@@ -2,7 +2,8 @@
 """Runs every command in the examples of the manuals and the README, and compares its output with the
 example: a line that begins with "$ " is a command, the lines up to the next command are its output on
 both streams, and a line of three dots matches any number of lines. Every snapshot in an example must
-pass `oru-snapshot check`.
+pass `oru-snapshot check`. The commands of the README run as if pasted one after the other, in a clone
+after scripts/demo: they find the programs only in build/demo/bin.
 
 usage: examples_test.py TOOLS TREE: the directory of the tools; the root of the source tree"""
 
@@ -27,6 +28,24 @@ def shown_in_manual(path):
 def shown_in_markdown(path):
     source = pathlib.Path(path).read_text(encoding="utf-8")
     return re.findall(r"^```console\n(.*?)^```$", source, re.DOTALL | re.MULTILINE)
+
+
+def clone_after_demo(tree, tools):
+    """Returns a new folder like the root of the source tree, with the tools where scripts/demo puts them."""
+    clone = pathlib.Path(tempfile.mkdtemp())
+    for entry in pathlib.Path(tree).resolve().iterdir():
+        if entry.name != "build":
+            (clone / entry.name).symlink_to(entry)
+    (clone / "build/demo").mkdir(parents=True)
+    (clone / "build/demo/bin").symlink_to(pathlib.Path(tools).resolve())
+    return str(clone)
+
+
+def exported(command, directory, environment):
+    """Returns the environment after an export command."""
+    run = subprocess.run(command + "\nenv -0", shell=True, cwd=directory, env=environment, text=True,
+                         stdout=subprocess.PIPE, check=True)
+    return dict(variable.split("=", 1) for variable in run.stdout.split("\0") if variable)
 
 
 def commands(display):
@@ -57,16 +76,18 @@ def passes_check(snapshot, environment):
 def main():
     tools, tree = sys.argv[1:]
     files = [os.path.join(tree, "README.md"), *sorted(map(str, pathlib.Path(tree, "docs/man").iterdir()))]
-    environment = dict(os.environ, PATH=tools + ":" + os.environ["PATH"])
-    environment.pop("ORU_SNAPSHOT", None)
-    at_first = environment
+    of_a_clone = dict(os.environ)
+    of_a_clone.pop("ORU_SNAPSHOT", None)
+    with_tools = dict(of_a_clone, PATH=tools + ":" + os.environ["PATH"])
+    clone = clone_after_demo(tree, tools)
     scratch = tempfile.mkdtemp()
     count = failed = 0
     for path in files:
         count_in_file = 0
+        environment, directory = of_a_clone, clone
         for display in shown_in_markdown(path) if path.endswith(".md") else shown_in_manual(path):
-            directory = tree if path.endswith(".md") else scratch
-            environment = at_first
+            if not path.endswith(".md"):
+                environment, directory = with_tools, scratch
             if display.startswith("{"):
                 count_in_file += 1
                 failed += not passes_check(display, environment)
@@ -75,13 +96,9 @@ def main():
                     directory = os.path.join(tree, "examples")
                     continue
                 if command.startswith("export "):
-                    name, value = command.removeprefix("export ").split("=")
-                    environment = environment | {name: value}
+                    environment = exported(command, directory, environment)
                     continue
-                if command.startswith("scripts/"):
-                    continue  # builds the programs under test
                 count_in_file += 1
-                command = command.replace("build/demo/bin/", "")
                 command = command.replace(INSTALLED_EXAMPLES, os.path.join(tree, "examples"))
                 run = subprocess.run(command, shell=True, cwd=directory, env=environment, text=True,
                                      stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
@@ -95,6 +112,7 @@ def main():
             print(f"{path}: nothing to check")
         count += count_in_file
     shutil.rmtree(scratch)
+    shutil.rmtree(clone)
     print(f"{count} examples, {failed} failures")
     sys.exit(failed != 0)
 

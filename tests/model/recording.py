@@ -230,7 +230,7 @@ def record(snapshot, about=None, redact=False, key=None, unreachable=None):
     answers = recorder.everything()
     if not recorder.answered:
         return Run(b"", re.escape(f"oru-snapshot: {printable(recorder.failures[0])}\n".encode("utf-8", "surrogateescape")), 1)
-    messages = "".join(f"oru-snapshot: {subject[1:]}: '.*' is of a kind without a form, recorded as JSON\n"
+    messages = "".join(f"oru-snapshot: {subject[1:]}: '.*' is of an unknown kind: recorded as JSON\n"
                        for subject, _ in dict.fromkeys(notes(answers)))
     if redact:
         answers = Redaction(key).redacted(answers)

@@ -25,7 +25,7 @@ constexpr planted_fault faults[] = {
      "a stream held without its list: departs: element 1: stream 1, info with, no settings, debug "
      "with; before: stream 1, info with, settings with 'width', debug with (and 1 more)\n"},
     {"an input that does not exist",
-     "an input that does not exist: departs: there are the inputs 4294967295 and 4294967294\n"},
+     "an input that does not exist: departs: there are inputs 4294967295 and 4294967294\n"},
     {"kind code of 16 bits",
      "oru_map_get_uint32 of another kind: departs: system caps: 'narrow': uint32 7 for other\n"
      "oru_map_get_int64 of another kind: departs: system caps: 'narrow': int64 7 for other\n"
@@ -55,8 +55,8 @@ constexpr planted_fault faults[] = {
      "nick of an unknown format: departs: format 1 is 'h264' (and 1 more)\n"},
     {"nicks of formats", "nicks of formats: departs: format 0 is 'H264'\n"},
     {"nicks of formats without type",
-     "nicks of formats: departs: the type 'gint' is no enumeration\n"
-     "nick of an unknown format: departs: the type 'gint' is no enumeration\n"},
+     "nicks of formats: departs: the type 'gint' is not an enumeration\n"
+     "nick of an unknown format: departs: the type 'gint' is not an enumeration\n"},
     {"one of two lists released",
      "one of two lists released: departs: gone, which was: channel 3, info with 'type.id'\n"},
     {"one of two maps released",
@@ -69,14 +69,13 @@ constexpr planted_fault faults[] = {
     {"oru_channel_get_crop",
      "oru_channel_get_crop: departs: channel 3: an answer, and the error 'planted'\n"},
     {"oru_channel_get_crop, failing",
-     "oru_channel_get_crop, failing: departs: channel 4: a failure, but none when no error is "
-     "asked for\n"},
+     "oru_channel_get_crop, failing: departs: channel 4: a failure, but none if the error "
+     "argument is NULL\n"},
     {"oru_channel_get_crop_max, failing",
      "oru_channel_get_crop_max, failing: departs: channel 4: no answer, and no error\n"},
     {"oru_channel_get_id", "oru_channel_get_id: departs: two have the id 3\n"},
     {"oru_input_get_resolution_unrotated",
-     "oru_input_get_resolution_unrotated: departs: input 1: TRUE, and number 2 of 2 not filled "
-     "in\n"},
+     "oru_input_get_resolution_unrotated: departs: input 1: TRUE, but value 2 of 2 is not set\n"},
     {"oru_input_new, failing",
      "oru_input_new, failing: departs: input 4294967295: an error without a message\n"},
     {"oru_map_contains",
@@ -152,7 +151,7 @@ constexpr planted_fault faults[] = {
      "oru_map_set_string: departs: system caps: 'flag': string 'as it was set', then boolean true "
      "(and 9 more)\n"},
     {"oru_mode_get_info",
-     "oru_mode_get_info: departs: an answer, but none when no error is asked for\n"},
+     "oru_mode_get_info: departs: an answer, but none if the error argument is NULL\n"},
     {"oru_stream_get_all", "oru_stream_get_all: departs: an element that is NULL\n"},
     {"oru_stream_get_id", "oru_stream_get_id: departs: 1, and then 101 (and 1 more)\n"},
     {"oru_stream_get_limit, failing",

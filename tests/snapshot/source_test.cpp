@@ -125,16 +125,16 @@ TEST(file, is_at_most_128_mib) {
     file.write("{}");
     std::filesystem::resize_file(file.path(), 134217729);
     EXPECT_EQ(complaint(file.path()),
-              " is 134217729 bytes long, more than the 134217728 of a snapshot");
+              " is 134217729 bytes long, and the limit of a snapshot is 134217728");
     std::filesystem::resize_file(file.path(), 134217728);
     EXPECT_EQ(complaint(file.path()), "1:3: this is a NUL byte");
     // In 32 bits, these lengths would be 2 and 0.
     ASSERT_EQ(truncate(file.path().c_str(), 4294967298), 0);
     EXPECT_EQ(complaint(file.path()),
-              " is 4294967298 bytes long, more than the 134217728 of a snapshot");
+              " is 4294967298 bytes long, and the limit of a snapshot is 134217728");
     ASSERT_EQ(truncate(file.path().c_str(), 2147483648), 0);
     EXPECT_EQ(complaint(file.path()),
-              " is 2147483648 bytes long, more than the 134217728 of a snapshot");
+              " is 2147483648 bytes long, and the limit of a snapshot is 134217728");
 }
 
 TEST(file, can_have_any_time_of_modification) {
@@ -290,7 +290,7 @@ TEST(fifo, can_be_silent_for_a_limited_time) {
     const temp_directory directory;
     const std::string path = directory.path() + "/fifo";
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    EXPECT_EQ(complaint(path, {.pipe_silence = 50ms}), " no byte came for 0.05 seconds");
+    EXPECT_EQ(complaint(path, {.pipe_silence = 50ms}), " sent no byte for 0.05 seconds");
 
     // The time begins again with each byte.
     const fifo slow([](int to) { send_slowly(to, "{" + std::string(60, ' ') + "}", 20ms); });
@@ -302,7 +302,7 @@ TEST(fifo, can_be_silent_for_a_limited_time) {
         send_all(to, "{");
         over.wait();
     });
-    EXPECT_EQ(complaint(silent.path(), {.pipe_silence = 100ms}), " no byte came for 0.1 seconds");
+    EXPECT_EQ(complaint(silent.path(), {.pipe_silence = 100ms}), " sent no byte for 0.1 seconds");
     over.count_down();
 }
 
@@ -311,13 +311,13 @@ TEST(fifo, is_at_most_as_long_as_a_file) {
     EXPECT_EQ(complaint(just.path(), {.bytes = 1000}), "");
     const fifo longer([](int to) { send_all(to, "{}" + std::string(999, ' ')); });
     EXPECT_EQ(complaint(longer.path(), {.bytes = 1000}),
-              " is longer than the 1000 bytes of a snapshot");
+              " is longer than 1000 bytes, the limit of a snapshot");
 }
 
 TEST(device, is_read_to_its_end_or_to_the_limit) {
     EXPECT_EQ(complaint("/dev/null"), " the file is empty");
-    EXPECT_EQ(complaint("/dev/zero"), " is longer than the 134217728 bytes of a snapshot");
-    EXPECT_EQ(complaint("/dev/full"), " is longer than the 134217728 bytes of a snapshot");
+    EXPECT_EQ(complaint("/dev/zero"), " is longer than 134217728 bytes, the limit of a snapshot");
+    EXPECT_EQ(complaint("/dev/full"), " is longer than 134217728 bytes, the limit of a snapshot");
 }
 
 // --- Sockets ------------------------------------------------------------------------------------
@@ -436,20 +436,20 @@ TEST(listener, can_be_silent_for_a_limited_time) {
         pollfd gone{to, POLLRDHUP, 0};
         poll(&gone, 1, 10'000);
     });
-    EXPECT_EQ(complaint(silent.path(), {.socket_silence = 100ms}), " no byte came for 0.1 seconds");
+    EXPECT_EQ(complaint(silent.path(), {.socket_silence = 100ms}), " sent no byte for 0.1 seconds");
     const listener stops([](int to) {
         send_all(to, "{");
         pollfd gone{to, POLLRDHUP, 0};
         poll(&gone, 1, 10'000);
     });
-    EXPECT_EQ(complaint(stops.path(), {.socket_silence = 100ms}), " no byte came for 0.1 seconds");
+    EXPECT_EQ(complaint(stops.path(), {.socket_silence = 100ms}), " sent no byte for 0.1 seconds");
 }
 
 TEST(listener, has_a_limited_total_time) {
     const listener slow([](int to) { send_slowly(to, "{" + std::string(1000, ' '), 10ms); });
     const auto took = time_of([&] {
         EXPECT_EQ(complaint(slow.path(), {.socket_silence = 5s, .socket_total = 200ms}),
-                  " is not at its end after 0.2 seconds");
+                  " did not end within 0.2 seconds");
     });
     EXPECT_GE(took, 200ms);
     EXPECT_LT(took, 5s);
@@ -472,7 +472,7 @@ TEST(listener, can_be_too_busy_to_accept) {
     const sockaddr_un address = address_of(path);
     ASSERT_EQ(connect(first, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     EXPECT_EQ(complaint(path, {.socket_silence = 100ms}),
-              " was not connected to within 0.1 seconds");
+              " accepted no connection within 0.1 seconds");
     close(first);
     close(busy);
 }
@@ -483,7 +483,8 @@ TEST(listener, can_send_without_end) {
         while (send_all(to, blanks)) {
         }
     });
-    EXPECT_EQ(complaint(endless.path()), " is longer than the 134217728 bytes of a snapshot");
+    EXPECT_EQ(complaint(endless.path()),
+              " is longer than 134217728 bytes, the limit of a snapshot");
 }
 
 // --- Standard input -----------------------------------------------------------------------------
@@ -562,10 +563,10 @@ TEST(standard_input, has_the_limits_of_a_pipe_if_it_is_a_socket) {
     int ends[2];
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
     const standard_input input(ends[0]);
-    EXPECT_EQ(complaint("/dev/stdin", {.pipe_silence = 100ms}), " no byte came for 0.1 seconds");
+    EXPECT_EQ(complaint("/dev/stdin", {.pipe_silence = 100ms}), " sent no byte for 0.1 seconds");
     send_all(ends[1], "{}" + std::string(999, ' '));
     EXPECT_EQ(complaint("/dev/stdin", {.bytes = 1000}),
-              " is longer than the 1000 bytes of a snapshot");
+              " is longer than 1000 bytes, the limit of a snapshot");
     close(ends[0]);
     close(ends[1]);
 }

@@ -54,8 +54,8 @@ std::string counts(int streams, int without_series) {
            "oru_streams " +
            std::to_string(streams) +
            "\n"
-           "# HELP oru_streams_without_series Running streams without figures: their id is 0 or "
-           "another's.\n"
+           "# HELP oru_streams_without_series Running streams without figures: their id is 0, "
+           "or another stream has it.\n"
            "# TYPE oru_streams_without_series gauge\n"
            "oru_streams_without_series " +
            std::to_string(without_series) + "\n";
@@ -110,7 +110,7 @@ TEST(exposition, omits_series_of_streams_with_duplicate_ids) {
                                  with_clients(0, 4), with_clients(4294967295, 5)};
     EXPECT_EQ(exposition(device),
               counts(5, 3) +
-                  "# HELP oru_stream_info A stream: who asked for it, what it is, and its input.\n"
+                  "# HELP oru_stream_info The client, format, resolution and input of a stream.\n"
                   "# TYPE oru_stream_info gauge\n"
                   "oru_stream_info{stream=\"3\",identity=\"\",format=\"\",resolution=\"\","
                   "input=\"\"} 1\n"
@@ -129,7 +129,7 @@ TEST(exposition, quotes_texts) {
     device.streams->front().settings->format = "Y 8\t";
     EXPECT_EQ(exposition(device),
               counts(1, 0) +
-                  "# HELP oru_stream_info A stream: who asked for it, what it is, and its input.\n"
+                  "# HELP oru_stream_info The client, format, resolution and input of a stream.\n"
                   "# TYPE oru_stream_info gauge\n"
                   R"(oru_stream_info{stream="1",identity="a\"b\\c\\nd<e>\\xff\\x1b日本",)"
                   R"(format="Y 8\\t",resolution="",input=""} 1)"
@@ -158,7 +158,7 @@ std::string identity_counts(std::size_t identities, std::uint64_t starts) {
 }
 
 constexpr auto identities_head =
-    "# HELP oru_identity_streams_started_total Streams that a client started; of the clients with "
+    "# HELP oru_identity_streams_started_total Streams that a client started, for the clients with "
     "the most.\n"
     "# TYPE oru_identity_streams_started_total counter\n";
 

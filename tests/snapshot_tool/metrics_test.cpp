@@ -86,13 +86,13 @@ oru_unanswered_queries{kind="mode info"} 0
 # HELP oru_streams Running streams.
 # TYPE oru_streams gauge
 oru_streams 1
-# HELP oru_streams_without_series Running streams without figures: their id is 0 or another's.
+# HELP oru_streams_without_series Running streams without figures: their id is 0, or another stream has it.
 # TYPE oru_streams_without_series gauge
 oru_streams_without_series 0
-# HELP oru_stream_info A stream: who asked for it, what it is, and its input.
+# HELP oru_stream_info The client, format, resolution and input of a stream.
 # TYPE oru_stream_info gauge
 oru_stream_info{stream="13",identity="a",format="h264",resolution="640x360",input="22"} 1
-# HELP oru_stream_requested_frames_per_second Frame rate that was asked for.
+# HELP oru_stream_requested_frames_per_second Requested frame rate.
 # TYPE oru_stream_requested_frames_per_second gauge
 oru_stream_requested_frames_per_second{stream="13"} 14.5
 # HELP oru_stream_frames_per_second Frame rate that is reached.
@@ -155,7 +155,7 @@ oru_identities 1
 # HELP oru_streams_started_total Streams that were started, by all clients.
 # TYPE oru_streams_started_total counter
 oru_streams_started_total 8
-# HELP oru_identity_streams_started_total Streams that a client started; of the clients with the most.
+# HELP oru_identity_streams_started_total Streams that a client started, for the clients with the most.
 # TYPE oru_identity_streams_started_total counter
 oru_identity_streams_started_total{identity="a"} 8
 # HELP oru_input_up Whether the input has a signal.

@@ -121,6 +121,21 @@ TEST(oru_snapshot, fails_if_its_output_is_lost) {
     }
 }
 
+// 1 would say that there is a difference.
+TEST(diff, has_status_2_if_it_fails) {
+    const temp_directory scratch;
+    const std::string file = scratch.write("file", "{}");
+    EXPECT_EQ(oru_snapshot({"diff", file, "/nowhere"}),
+              ended(2, "", "oru-snapshot: /nowhere: No such file or directory\n"));
+    EXPECT_EQ(oru_snapshot({"diff", "-", "-"}),
+              ended(2, "",
+                    "oru-snapshot diff: only one of OLD and NEW can be standard input\n"
+                    "Try 'oru-snapshot diff --help'.\n"));
+    EXPECT_EQ(
+        oru_snapshot({"diff", file, file}, {.stdout_to = "/dev/full"}),
+        ended(2, "", "oru-snapshot: cannot write to standard output: No space left on device\n"));
+}
+
 TEST(oru_snapshot, keeps_its_status_without_standard_error) {
     for (const std::string& to : unwritable) {
         EXPECT_EQ(oru_snapshot({}, {.stderr_to = to}), ended(2, ""));

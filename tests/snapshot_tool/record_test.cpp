@@ -228,11 +228,10 @@ TEST_F(record, keeps_kinds_that_have_no_plain_form) {
     },
 )";
     EXPECT_EQ(got.out.substr(0, mode.size()), mode);
-    EXPECT_EQ(
-        got.err,
-        "oru-snapshot: mode info: 'json' is of a kind without a form, recorded as JSON\n"
-        "oru-snapshot: mode info: 'null' is of a kind without a form, recorded as JSON\n"
-        "oru-snapshot: stream 9: settings: 'key' is of a kind without a form, recorded as JSON\n");
+    EXPECT_EQ(got.err,
+              "oru-snapshot: mode info: 'json' is of an unknown kind: recorded as JSON\n"
+              "oru-snapshot: mode info: 'null' is of an unknown kind: recorded as JSON\n"
+              "oru-snapshot: stream 9: settings: 'key' is of an unknown kind: recorded as JSON\n");
     EXPECT_EQ(got.status, 0);
     EXPECT_EQ(recording_of(got.out), got);
 }
@@ -310,7 +309,7 @@ TEST_F(record, accepts_a_text_for_people) {
     // It is not an answer of the service: the recording of a recording does not contain it.
     EXPECT_EQ(recording_of(got.out), ended(0, smallest_recorded));
     EXPECT_EQ(recording_of(smallest, {"--about", "\xff"}),
-              ended(1, "", "oru-snapshot: --about: the text is no UTF-8\n"));
+              ended(1, "", "oru-snapshot: --about: the text is not valid UTF-8\n"));
 }
 
 TEST_F(record, keeps_the_old_file_if_the_new_one_cannot_be_written) {
@@ -546,11 +545,11 @@ TEST_F(redaction_key, has_16_to_4096_bytes_of_a_regular_file) {
     };
     EXPECT_EQ(redacted(std::string(16, '\0'), snapshot).status, 0);
     EXPECT_EQ(redacted(std::string(4096, 'k'), snapshot).status, 0);
-    EXPECT_EQ(redacted("", snapshot), refused("a key has 16 to 4096 bytes, this file 0"));
+    EXPECT_EQ(redacted("", snapshot), refused("has 0 bytes, but a key must have 16 to 4096"));
     EXPECT_EQ(redacted(std::string(15, 'k'), snapshot),
-              refused("a key has 16 to 4096 bytes, this file 15"));
+              refused("has 15 bytes, but a key must have 16 to 4096"));
     EXPECT_EQ(redacted(std::string(4097, 'k'), snapshot),
-              refused("a key has 16 to 4096 bytes, this file more"));
+              refused("has more than 4096 bytes, but a key must have 16 to 4096"));
     const std::string out = scratch("out");
     for (const auto& [key, reason] : {std::pair("/dev/zero"s, "is not a regular file"s),
                                       {"/dev/fd/0"s, "is not a regular file"s},
@@ -572,9 +571,10 @@ TEST_F(redaction_key, must_distinguish_all_clients) {
         redacted(
             "0123456789abcdef",
             R"({"mode": {"info": {"identity": "client 4621010", "identity[1]": "client 34932799"}}})"),
-        ended(1, "",
-              "oru-snapshot: with this key, two clients get one name, client-23997f15330e: use "
-              "another key\n"));
+        ended(
+            1, "",
+            "oru-snapshot: with this key, two clients get the same name, client-23997f15330e: use "
+            "another key\n"));
 }
 
 TEST_F(record, reproduces_an_example) {

@@ -334,9 +334,10 @@ TEST_F(recording, stops_after_1024_counted_inputs_that_do_not_exist) {
     service.inputs[3] = fake_input();
     const captured errors(stderr);
     recorded();
-    EXPECT_EQ(errors.text(),
-              "oru-snapshot: 4294967295 inputs counted, 1024 in a row do not exist: further ones "
-              "are recorded only if a channel names them\n");
+    EXPECT_EQ(
+        errors.text(),
+        "oru-snapshot: the service counts 4294967295 inputs, but 1024 in a row do not exist: of "
+        "the others, only those that a channel names are recorded\n");
     ASSERT_EQ(service.opened_inputs.size(), 1028U);
     EXPECT_EQ(service.opened_inputs[1026], 1027U);
     EXPECT_EQ(service.opened_inputs[1027], 5000U);
@@ -440,23 +441,24 @@ TEST_F(recording, rejects_texts_that_json_cannot_contain) {
         service.streams = std::vector{stream};
         return refusal();
     };
-    EXPECT_EQ(with_info("k\xff", number(1)), "stream 7: info: the key 'k\\xff' is no UTF-8");
-    EXPECT_EQ(with_info("a\0\n"s, number(1)), "stream 7: info: the key 'a\\x00\\n' holds a NUL");
-    EXPECT_EQ(with_info("key", text("a\0"s)), "stream 7: info: the text of 'key' holds a NUL");
-    EXPECT_EQ(with_info("key", text("\xff\0"s)), "stream 7: info: the text of 'key' holds a NUL");
+    EXPECT_EQ(with_info("k\xff", number(1)), "stream 7: info: the key 'k\\xff' is not valid UTF-8");
+    EXPECT_EQ(with_info("a\0\n"s, number(1)), "stream 7: info: the key 'a\\x00\\n' contains a NUL");
+    EXPECT_EQ(with_info("key", text("a\0"s)), "stream 7: info: the text of 'key' contains a NUL");
+    EXPECT_EQ(with_info("key", text("\xff\0"s)),
+              "stream 7: info: the text of 'key' contains a NUL");
     EXPECT_EQ(with_info("key", text("\xff")), std::nullopt);
     EXPECT_EQ(with_info("$error", text("busy")),
-              "stream 7: info: the value of '$error' is a text, as if this were a failure");
+              "stream 7: info: the value of '$error' is a text, which would be read as a failure");
     EXPECT_EQ(with_info("$error", text("\xff")), std::nullopt);
     EXPECT_EQ(with_info("$error", number(5)), std::nullopt);
 
     stream.info = fake_failure{"\xe9"};
     service.streams = std::vector{stream};
-    EXPECT_EQ(refusal(), "stream 7: info: the message of the failure is no UTF-8");
+    EXPECT_EQ(refusal(), "stream 7: info: the message of the failure is not valid UTF-8");
     service.streams = fake_failure{"\xe9"};
-    EXPECT_EQ(refusal(), "streams: the message of the failure is no UTF-8");
+    EXPECT_EQ(refusal(), "streams: the message of the failure is not valid UTF-8");
     service.streams = std::vector<fake_stream>();
-    EXPECT_EQ(refusal({.about = "\xe9"}), "--about: the text is no UTF-8");
+    EXPECT_EQ(refusal({.about = "\xe9"}), "--about: the text is not valid UTF-8");
 }
 
 TEST_F(recording, rejects_a_text_longer_than_a_snapshot) {
@@ -467,7 +469,7 @@ TEST_F(recording, rejects_a_text_longer_than_a_snapshot) {
     EXPECT_EQ(recorded({.about = about.c_str()}).size(), longest);
     about += '1';
     EXPECT_EQ(refusal({.about = about.c_str()}),
-              "the recording is longer than the 134217728 bytes of a snapshot");
+              "the recording is longer than 134217728 bytes, the limit of a snapshot");
 }
 
 TEST_F(recording, rejects_values_of_other_kinds_without_json) {
@@ -479,9 +481,9 @@ TEST_F(recording, rejects_values_of_other_kinds_without_json) {
               "mode info: the value of 'k\\t' has no JSON form: the bus has no form for it");
     for (const char* json :
          {"", "nul", "[1", "1 2", "1, \"b\": 2", "'a'", "\"\xff\"", "\"\t\"", "/**/1"}) {
-        EXPECT_EQ(
-            with({json}),
-            "mode info: the JSON form of the value of 'k\\t' is no JSON in UTF-8, or too deep")
+        EXPECT_EQ(with({json}),
+                  "mode info: the JSON form of the value of 'k\\t' is not valid JSON in UTF-8, or "
+                  "is nested too deeply")
             << json;
     }
     const auto nested = [&](std::size_t levels) {
@@ -489,15 +491,16 @@ TEST_F(recording, rejects_values_of_other_kinds_without_json) {
     };
     EXPECT_EQ(nested(256), std::nullopt);
     EXPECT_EQ(nested(257),
-              "mode info: the JSON form of the value of 'k\\t' is no JSON in UTF-8, or too deep");
+              "mode info: the JSON form of the value of 'k\\t' is not valid JSON in UTF-8, or is "
+              "nested too deeply");
 }
 
 TEST_F(recording, rejects_formats_with_the_same_or_an_invalid_nick) {
     service.streams = std::vector<fake_stream>();
     service.formats = {{3, "raw"}, {5, "raw"}};
-    EXPECT_EQ(refusal(), "formats 3 and 5 have one name, 'raw'");
+    EXPECT_EQ(refusal(), "formats 3 and 5 have the same name, 'raw'");
     service.formats = {{3, "r\xe4w"}};
-    EXPECT_EQ(refusal(), "formats: the key 'r\\xe4w' is no UTF-8");
+    EXPECT_EQ(refusal(), "formats: the key 'r\\xe4w' is not valid UTF-8");
 }
 
 // --- Other kinds --------------------------------------------------------------------------------
@@ -511,9 +514,9 @@ TEST_F(recording, reports_each_value_of_another_kind_on_standard_error) {
     const captured errors(stderr);
     const std::string all = recorded();
     EXPECT_EQ(errors.text(),
-              "oru-snapshot: mode info: 'a' is of a kind without a form, recorded as JSON\n"
-              "oru-snapshot: mode info: 'b' is of a kind without a form, recorded as JSON\n"
-              "oru-snapshot: stream 7: debug: 'two\\nlines' is of a kind without a form, recorded "
+              "oru-snapshot: mode info: 'a' is of an unknown kind: recorded as JSON\n"
+              "oru-snapshot: mode info: 'b' is of an unknown kind: recorded as JSON\n"
+              "oru-snapshot: stream 7: debug: 'two\\nlines' is of an unknown kind: recorded "
               "as JSON\n");
     EXPECT_EQ(lines_from(all, "\"a\"", 2),
               "            \"a\": { \"other\": \"\\ud800 \\u0000 x\" },\n"
@@ -611,8 +614,8 @@ TEST_F(recording, redacts_identities_and_messages) {
 }
 )");
     EXPECT_EQ(errors.text(),
-              "oru-snapshot: mode info: 'identity' is of a kind without a form, recorded as JSON\n"
-              "oru-snapshot: mode info: 'identity[0]' is of a kind without a form, recorded as "
+              "oru-snapshot: mode info: 'identity' is of an unknown kind: recorded as JSON\n"
+              "oru-snapshot: mode info: 'identity[0]' is of an unknown kind: recorded as "
               "JSON\n");
 }
 

@@ -357,7 +357,7 @@ TEST(show, queries_at_most_1024_counted_inputs) {
     EXPECT_TRUE(
         got.out.contains("\n!  1024  ?     ?\n"
                          "    input failed: input 1024 not recorded\n"
-                         "    4294967295 inputs counted, asked for 1024\n"))
+                         "    only 1024 of 4294967295 inputs were queried\n"))
         << got;
     EXPECT_TRUE(
         got.out.contains("\n! input 20 has no signal: input 20 not recorded\n"

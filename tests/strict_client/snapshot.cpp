@@ -239,7 +239,7 @@ std::uint32_t number(const node& parsed) {
 
 std::string text_without_nul(std::string text) {
     if (text.contains('\0')) {
-        throw broken("a text cannot hold a NUL");
+        throw broken("a text cannot contain a NUL");
     }
     return text;
 }

@@ -40,6 +40,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
 endif()
 
+# g++ reads the headers again where a target's macros are not those of the precompiled header.
+set(CMAKE_PCH_WARN_INVALID OFF)
+
 # Hardening: position-independent programs, relocations that are read-only once loaded, guarded stacks,
 # checked buffers.
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)

@@ -57,7 +57,7 @@ bool is_given(const answer<T>& answer) {
 
 class writer {
   public:
-    explicit writer(const answers& answers) : answers_(answers) {}
+    writer(const answers& answers, std::size_t longest) : answers_(answers), longest_(longest) {}
 
     std::string write();
 
@@ -105,7 +105,10 @@ class writer {
     template <class Write>
     void typed(std::string_view kind, const Write& write);
 
+    void check_length() const;
+
     const answers& answers_;
+    const std::size_t longest_;
     std::string text_ = "{";
     std::string open_ = "}";  // the closing bracket of each open object and array
 };
@@ -125,6 +128,7 @@ std::string writer::write() {
     write_formats();
     close();
     text_ += '\n';
+    check_length();
     return std::move(text_);
 }
 
@@ -377,11 +381,19 @@ void writer::begin_member(std::string_view name) {
 
 // Begins the next member or element of the innermost open object or array.
 void writer::begin_item() {
+    check_length();
     if (text_.back() != '{' && text_.back() != '[') {
         text_ += ',';
     }
     text_ += '\n';
     text_.append(4 * open_.size(), ' ');
+}
+
+void writer::check_length() const {
+    if (text_.size() > longest_) {
+        throw not_recordable("the recording is longer than " + std::to_string(longest_) +
+                             " bytes, the limit of a snapshot");
+    }
 }
 
 void writer::open(char bracket) {
@@ -446,8 +458,8 @@ void writer::typed(std::string_view kind, const Write& write) {
 
 }  // namespace
 
-std::string write(const answers& answers) {
-    return writer(answers).write();
+std::string write(const answers& answers, std::size_t longest) {
+    return writer(answers, longest).write();
 }
 
 }  // namespace snapshot

@@ -2,6 +2,7 @@
 // compared line by line.
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
@@ -15,7 +16,8 @@ struct not_recordable : std::runtime_error {
 };
 
 // Returns the text, without the answers that are left out. Throws a not_recordable for the first
-// answer, in the order of the text, that a file cannot contain.
-std::string write(const answers& answers);
+// answer, in the order of the text, that a file cannot contain, and as soon as the text has more
+// than `longest` bytes.
+std::string write(const answers& answers, std::size_t longest = std::string::npos);
 
 }  // namespace snapshot

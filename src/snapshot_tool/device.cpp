@@ -59,6 +59,13 @@ constexpr query_kind query_kinds[] = {
     {"mode info", "mode", false, "info"},
 };
 
+// Returns the message of a failure; NULL if there is no answer.
+template <class T>
+const char* message_of(const answer<T>& answer) {
+    const auto* failure = std::get_if<snapshot::failure>(&answer);
+    return failure != nullptr ? failure->message : nullptr;
+}
+
 // Looks answers up in a snapshot, and counts the queries that were not answered.
 class counted_queries {
   public:
@@ -75,8 +82,7 @@ class counted_queries {
             is_any_answered_ = true;
             return *value;
         }
-        const auto* failure = std::get_if<snapshot::failure>(&answer);
-        return failed(query, failure != nullptr ? failure->message : nullptr);
+        return failed(query, message_of(answer));
     }
 
     // The same for one of several answers by name.
@@ -254,11 +260,10 @@ outcome<std::vector<stream>> streams_of(const snapshot::answers& answers, format
             auto settings = map("settings", record.settings).transform([&](map_entries entries) {
                 return settings_of(entries, formats);
             });
-            auto in_use = map("debug", record.debug).transform(usage_of);
+            map("debug", record.debug);  // only counted here
             streams.push_back({.id = record.id,
                                .info = std::move(info),
                                .settings = std::move(settings),
-                               .in_use = std::move(in_use),
                                .record = &record});
         }
         return streams;
@@ -477,6 +482,14 @@ std::string reason::text() const {
     return message != nullptr ? message : snapshot::not_recorded(query);
 }
 
+outcome<usage> in_use_by(const stream& stream) {
+    const answer<map_entries>& debug = stream.record->debug;
+    if (const auto* map = std::get_if<map_entries>(&debug)) {
+        return usage_of(*map);
+    }
+    return std::unexpected(reason({"stream", stream.id, "debug"}, message_of(debug)));
+}
+
 outcome<std::optional<resolution>> size_of(const stream& stream) {
     return stream.settings.and_then(
         [&](const stream_settings& settings) -> outcome<std::optional<resolution>> {
@@ -509,8 +522,9 @@ bool has_signal(const input& input) {
 figure in_use(const device& device, figure usage::* member) {
     if (device.streams) {
         for (const stream& stream : *device.streams) {
-            if (stream.in_use && (*stream.in_use).*member) {
-                return (*stream.in_use).*member;
+            const outcome<usage> used = in_use_by(stream);
+            if (used && (*used).*member) {
+                return (*used).*member;
             }
         }
     }

@@ -72,9 +72,11 @@ struct stream {
     std::uint32_t id;  // 0 if it has none yet
     outcome<stream_info> info;
     outcome<stream_settings> settings;
-    outcome<usage> in_use;
     const snapshot::stream_record* record = nullptr;  // what it was made of
 };
+
+// Returns what is in use of the whole service, as the stream counts it.
+outcome<usage> in_use_by(const stream& stream);
 
 // Returns the size of a stream's pictures.
 outcome<std::optional<resolution>> size_of(const stream& stream);

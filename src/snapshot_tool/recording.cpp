@@ -164,7 +164,7 @@ std::string current_time() {
     return snapshot::utc_time_of(static_cast<std::int64_t>(seconds));
 }
 
-// --- The text -----------------------------------------------------------------------------------
+// --- Options -----------------------------------------------------------------------------------
 
 void complete(snapshot::answers& recording, const recording_options& options) {
     if (options.is_redacted) {
@@ -173,16 +173,6 @@ void complete(snapshot::answers& recording, const recording_options& options) {
     if (options.about != nullptr) {
         recording.about = options.about;
     }
-}
-
-std::string text_of(const snapshot::answers& recording) {
-    std::string text = snapshot::write(recording);
-    if (text.size() > longest_snapshot) {
-        throw snapshot::not_recordable(
-            std::format("the recording is {} bytes long, and the limit of a snapshot is {}",
-                        text.size(), longest_snapshot));
-    }
-    return text;
 }
 
 template <class Record>
@@ -209,7 +199,7 @@ std::string record_service(const recording_options& options) {
     leave_out_missing_inputs(recording);
     fold_filtered(recording);
     notes().print(recording);
-    return text_of(recording);
+    return snapshot::write(recording, longest_snapshot);
 }
 
 std::string record_file(const char* file, const recording_options& options) {
@@ -221,7 +211,7 @@ std::string record_file(const char* file, const recording_options& options) {
     sort_by_place(recording.inputs);
     sort_by_place(recording.outputs);
     complete(recording, options);
-    return text_of(recording);
+    return snapshot::write(recording, longest_snapshot);
 }
 
 }  // namespace snapshot_tool

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Builds and installs our client libraries as a device has its own: shared. Builds the programs with
-# these, as in the release preset, and runs the test programs in TESTS on them.
+# these, and runs the test programs in TESTS on them. Nothing is optimized, to save time:
+# scripts/test-sysroot builds the programs as they are shipped.
 # usage: system_client_test.sh CMAKE TESTS SOURCE CACHE
 # CACHE is the initial cache of all builds: compiler and flags.
 set -eu

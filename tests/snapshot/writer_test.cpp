@@ -12,6 +12,27 @@ namespace {
 using namespace snapshot;
 using namespace std::string_view_literals;
 
+// The message of a refusal; empty if the text was written.
+std::string refusal_of(const answers& answers, std::size_t longest) {
+    try {
+        write(answers, longest);
+        return "";
+    } catch (const not_recordable& error) {
+        return error.what();
+    }
+}
+
+TEST(writer, rejects_a_text_that_is_longer_than_allowed) {
+    answers all;
+    EXPECT_EQ(refusal_of(all, 21), "");
+    EXPECT_EQ(refusal_of(all, 20),
+              "the recording is longer than 20 bytes, the limit of a snapshot");
+    // It fails before the next answer is written.
+    all.system = failure{"\xe9"};
+    EXPECT_EQ(refusal_of(all, 17),
+              "the recording is longer than 17 bytes, the limit of a snapshot");
+}
+
 TEST(writer, writes_one_member_a_line_and_omits_left_out_answers) {
     EXPECT_EQ(write(answers{}), "{\n    \"version\": 1\n}\n");
 

@@ -63,7 +63,8 @@ std::string counts(int streams, int without_series) {
 
 // A stream without figures.
 stream empty(std::uint32_t id) {
-    return {.id = id, .info = stream_info{}, .settings = stream_settings{}, .in_use = usage{}};
+    static const snapshot::stream_record record{.id = 0, .debug = snapshot::map_entries{}};
+    return {.id = id, .info = stream_info{}, .settings = stream_settings{}, .record = &record};
 }
 
 stream with_clients(std::uint32_t id, std::uint32_t clients) {

@@ -227,9 +227,9 @@ stream_settings settings_of(map_entries map, format_names& formats) {
     stream_settings settings{
         .identity = found_text(map, "identity"),
         .format = {},
-        .is_raw = format == raw,
-        .encoded_size = found_size(map),
         .frame_rate = found<double>(map, "framerate"),
+        .encoded_size = found_size(map),
+        .is_raw = format == raw,
     };
     if (settings.is_raw) {
         settings.format = found_text(map, "subformat").value_or("NV12");

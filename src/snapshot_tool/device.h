@@ -63,9 +63,9 @@ struct stream_info {
 struct stream_settings {
     std::optional<std::string_view> identity;
     std::optional<std::string_view> format;  // the name; "code 99" if the service has none for it
-    bool is_raw = false;
+    std::optional<double> frame_rate;        // frames a second, requested
     std::optional<resolution> encoded_size;
-    std::optional<double> frame_rate;  // frames a second, requested
+    bool is_raw = false;  // here it takes no memory of its own
 };
 
 struct stream {

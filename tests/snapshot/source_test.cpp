@@ -189,12 +189,16 @@ constexpr std::size_t long_file = 2'000'000;  // takes long enough for changes i
 // Each change stands for a write that keeps the length, a nanosecond after the one before.
 TEST(file, is_rejected_if_it_is_modified_while_it_is_read) {
     const snapshot_file file(std::string(long_file, 'x'));
-    long nanoseconds = 0;
-    const repetition writer([&] {
-        nanoseconds = (nanoseconds + 1) % 1000;
+    const auto modify = [&](long nanoseconds) {
         const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT},
                                   {.tv_sec = 1, .tv_nsec = nanoseconds}};
         utimensat(AT_FDCWD, file.path().c_str(), times, 0);
+    };
+    long nanoseconds = 0;
+    modify(nanoseconds);
+    const repetition writer([&] {
+        nanoseconds = (nanoseconds + 1) % 1000;
+        modify(nanoseconds);
     });
     std::string reason;
     for (int attempts = 0; attempts < 1000 && reason.empty(); ++attempts) {

@@ -51,6 +51,13 @@ TEST(check, says_that_a_snapshot_answers_nothing) {
     }
 }
 
+// Runs a script of bash, for which "$0" is oru-snapshot.
+auto shell(const std::string& script) {
+    return run({.executable = "/bin/bash",
+                .argv = {"bash", "-c", script, program("oru-snapshot")},
+                .environment = {"PATH=/usr/bin:/bin"}});
+}
+
 TEST(check, reads_standard_input) {
     const temp_directory scratch;
     const std::string good = scratch.write("good.json", R"({"mode": {}})");
@@ -60,14 +67,15 @@ TEST(check, reads_standard_input) {
               ended(1, good + ": ok\n", "/dev/stdin:2:2: unknown member 'info'\n"));
 }
 
+// Opening it again would begin at the first byte.
+TEST(check, reads_standard_input_from_where_it_is) {
+    const temp_directory scratch;
+    const std::string file = scratch.write("file", "first line\n{\"mode\": {}}");
+    EXPECT_EQ(shell("{ read -r line; \"$0\" check -; } <" + file), ended(0, "/dev/stdin: ok\n"));
+}
+
 // A shell passes such a path to the end of a pipe.
 TEST(check, reads_a_pipe_from_another_program) {
-    const temp_directory scratch;
-    const auto shell = [&](const std::string& script) {
-        return run({.executable = "/bin/bash",
-                    .argv = {"bash", "-c", script, program("oru-snapshot")},
-                    .environment = {"PATH=/usr/bin:/bin"}});
-    };
     EXPECT_EQ(shell("echo '{\"mode\": {}}' | \"$0\" check -"), ended(0, "/dev/stdin: ok\n"));
     EXPECT_EQ(shell("(echo '{\"mode\":'; sleep 0.1; echo '{}}') | \"$0\" check -"),
               ended(0, "/dev/stdin: ok\n"));

@@ -186,7 +186,6 @@ stream_info info_of(map_entries map) {
         .failed_frames = found_number(map, "statistics.failed_frames"),
         .reclaims = found_number(map, "statistics.reclaim_count"),
         .run_time = found<std::int64_t>(map, "statistics.duration"),
-        .raw_size = found_size(map),
         .input = found_number(map, "input"),
     };
 }
@@ -228,7 +227,6 @@ stream_settings settings_of(map_entries map, format_names& formats) {
         .identity = found_text(map, "identity"),
         .format = {},
         .frame_rate = found<double>(map, "framerate"),
-        .encoded_size = found_size(map),
         .is_raw = format == raw,
     };
     if (settings.is_raw) {
@@ -493,10 +491,12 @@ outcome<usage> in_use_by(const stream& stream) {
 outcome<std::optional<resolution>> size_of(const stream& stream) {
     return stream.settings.and_then(
         [&](const stream_settings& settings) -> outcome<std::optional<resolution>> {
-            if (settings.is_raw) {
-                return stream.info.transform([](const stream_info& info) { return info.raw_size; });
+            if (!settings.is_raw) {
+                return found_size(std::get<map_entries>(stream.record->settings));
             }
-            return settings.encoded_size;
+            return stream.info.transform([&](const stream_info&) {
+                return found_size(std::get<map_entries>(stream.record->info));
+            });
         });
 }
 

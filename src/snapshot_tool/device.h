@@ -56,7 +56,6 @@ struct stream_info {
     figure failed_frames;
     figure reclaims;
     std::optional<std::int64_t> run_time;  // microseconds
-    std::optional<resolution> raw_size;    // the size of a raw stream follows its source
     figure input = {};                     // its number, if the stream names one
 };
 
@@ -64,8 +63,7 @@ struct stream_settings {
     std::optional<std::string_view> identity;
     std::optional<std::string_view> format;  // the name; "code 99" if the service has none for it
     std::optional<double> frame_rate;        // frames a second, requested
-    std::optional<resolution> encoded_size;
-    bool is_raw = false;  // here it takes no memory of its own
+    bool is_raw = false;
 };
 
 struct stream {
@@ -78,7 +76,7 @@ struct stream {
 // Returns what is in use of the whole service, as the stream counts it.
 outcome<usage> in_use_by(const stream& stream);
 
-// Returns the size of a stream's pictures.
+// Returns the size of a stream's pictures. That of a raw stream follows its source.
 outcome<std::optional<resolution>> size_of(const stream& stream);
 
 // Returns the identities of a stream's clients, of eight at most.

@@ -63,7 +63,9 @@ std::string counts(int streams, int without_series) {
 
 // A stream without figures.
 stream empty(std::uint32_t id) {
-    static const snapshot::stream_record record{.id = 0, .debug = snapshot::map_entries{}};
+    static const snapshot::stream_record record{.info = snapshot::map_entries{},
+                                                .settings = snapshot::map_entries{},
+                                                .debug = snapshot::map_entries{}};
     return {.id = id, .info = stream_info{}, .settings = stream_settings{}, .record = &record};
 }
 
@@ -208,6 +210,9 @@ TEST(exposition, has_series_of_the_100_identities_with_the_largest_counts) {
 // A device as large as the sizes below are stated for.
 device encoder(const std::string& identity) {
     constexpr std::uint32_t large = 4294967295;
+    static const snapshot::entry size[] = {{"height", 2160U}, {"width", 3840U}};
+    static const snapshot::stream_record record{
+        .info = snapshot::map_entries{}, .settings = size, .debug = snapshot::map_entries{}};
     device device = reached();
     device.streams = std::vector<stream>{};
     device.service = service_counters{.in_use = {large, 20, 20, 20},
@@ -233,7 +238,6 @@ device encoder(const std::string& identity) {
         stream stream = empty(10000 + number);
         stream.settings->identity = device.service->identities.back().name;
         stream.settings->format = "h264";
-        stream.settings->encoded_size = {3840, 2160};
         stream.settings->frame_rate = 29.97;
         stream.info = stream_info{.channel = 4,
                                   .clients = 8,
@@ -242,8 +246,8 @@ device encoder(const std::string& identity) {
                                   .frames = 99999999,
                                   .failed_frames = 99999,
                                   .reclaims = 9999999,
-                                  .run_time = 9999999999999,
-                                  .raw_size = {}};
+                                  .run_time = 9999999999999};
+        stream.record = &record;
         device.streams->push_back(stream);
     }
     return device;

@@ -11,8 +11,6 @@
 #include <utility>
 #include <variant>
 
-#include <glib.h>
-
 #include "snapshot/lookup.h"
 #include "snapshot/utc_time.h"
 #include "snapshot_tool/inputs.h"
@@ -127,8 +125,7 @@ class counted_queries {
             return kind.subject == query.subject && kind.has_number == query.number.has_value() &&
                    kind.part == (query.part != nullptr ? query.part : "");
         });
-        g_assert(kind != std::end(query_kinds));
-        ++unanswered_[static_cast<std::size_t>(kind - query_kinds)].count;
+        ++unanswered_.at(static_cast<std::size_t>(kind - query_kinds)).count;
         if (!is_any_failed_) {
             is_any_failed_ = true;
             first_failure_ = reason(query, message).text();

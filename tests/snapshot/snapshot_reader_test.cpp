@@ -730,6 +730,7 @@ TEST(value, rejects_every_other_form) {
         {"1e+", number},
         {"1.5.5", number},
         {"1x", number},
+        {"1A", number},
         {"0x10", number},
         {"1 2", "3: expected ',' or '}', found '2'"},
         {"1e400", "1: this number is too large for a double"},

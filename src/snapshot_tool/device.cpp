@@ -477,10 +477,10 @@ std::string reason::text() const {
     return message != nullptr ? message : snapshot::not_recorded(query);
 }
 
-outcome<usage> in_use_by(const stream& stream) {
+outcome<const map_entries*> debug_of(const stream& stream) {
     const answer<map_entries>& debug = stream.record->debug;
     if (const auto* map = std::get_if<map_entries>(&debug)) {
-        return usage_of(*map);
+        return map;
     }
     return std::unexpected(reason({"stream", stream.id, "debug"}, message_of(debug)));
 }
@@ -519,9 +519,10 @@ bool has_signal(const input& input) {
 figure in_use(const device& device, figure usage::* member) {
     if (device.streams) {
         for (const stream& stream : *device.streams) {
-            const outcome<usage> used = in_use_by(stream);
-            if (used && (*used).*member) {
-                return (*used).*member;
+            const auto debug = debug_of(stream);
+            const figure used = debug ? usage_of(**debug).*member : std::nullopt;
+            if (used) {
+                return used;
             }
         }
     }

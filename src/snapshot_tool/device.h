@@ -73,8 +73,8 @@ struct stream {
     const snapshot::stream_record* record = nullptr;  // what it was made of
 };
 
-// Returns what is in use of the whole service, as the stream counts it.
-outcome<usage> in_use_by(const stream& stream);
+// Returns the debug map of a stream, which belongs to the answers.
+outcome<const snapshot::map_entries*> debug_of(const stream& stream);
 
 // Returns the size of a stream's pictures. That of a raw stream follows its source.
 outcome<std::optional<resolution>> size_of(const stream& stream);

@@ -58,7 +58,7 @@ failures::failures(const device& device) {
         for (const stream& stream : *device.streams) {
             add(stream.info);
             add(stream.settings);
-            add(in_use_by(stream));
+            add(debug_of(stream));
         }
     }
     add(device.service);
@@ -301,7 +301,7 @@ bool listed_numbers::has_input(std::uint32_t number) const {
 }
 
 bool has_problem(const stream& stream, const listed_numbers& listed) {
-    return !stream.info || !stream.settings || !in_use_by(stream) || fails_frames(stream) ||
+    return !stream.info || !stream.settings || !debug_of(stream) || fails_frames(stream) ||
            is_slow(stream) || unlisted_channel(stream, listed) || unlisted_input(stream, listed);
 }
 

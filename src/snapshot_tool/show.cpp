@@ -132,7 +132,7 @@ table streams_table(const device& device, const listed_numbers& listed, const pa
                       cell(part(stream.info, &stream_info::channel), plain)});
         add_failure(rows, "settings", stream.settings);
         add_failure(rows, "info", stream.info);
-        add_failure(rows, "debug", in_use_by(stream));
+        add_failure(rows, "debug", debug_of(stream));
     }
     return rows;
 }

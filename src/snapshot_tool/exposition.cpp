@@ -221,7 +221,7 @@ void add_streams(std::string& text, const device& device) {
     const std::vector<labelled_stream> streams = identifiable_streams(*device.streams);
     add_gauge(text, "oru_streams", "Running streams.", std::optional{device.streams->size()});
     add_gauge(text, "oru_streams_without_series",
-              "Running streams without figures: their id is 0, or another stream has it.",
+              "Running streams without series: the id of each is 0 or not unique.",
               std::optional{device.streams->size() - streams.size()});
     add_stream_infos(text, streams, device);
     for (const auto& [name, type, help, value] : stream_metrics) {

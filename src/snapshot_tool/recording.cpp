@@ -164,7 +164,7 @@ std::string current_time() {
     return snapshot::utc_time_of(static_cast<std::int64_t>(seconds));
 }
 
-// --- Options -----------------------------------------------------------------------------------
+// --- Options ------------------------------------------------------------------------------------
 
 void complete(snapshot::answers& recording, const recording_options& options) {
     if (options.is_redacted) {

@@ -54,8 +54,8 @@ std::string counts(int streams, int without_series) {
            "oru_streams " +
            std::to_string(streams) +
            "\n"
-           "# HELP oru_streams_without_series Running streams without figures: their id is 0, "
-           "or another stream has it.\n"
+           "# HELP oru_streams_without_series Running streams without series: the id of each "
+           "is 0 or not unique.\n"
            "# TYPE oru_streams_without_series gauge\n"
            "oru_streams_without_series " +
            std::to_string(without_series) + "\n";

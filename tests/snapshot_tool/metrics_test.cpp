@@ -86,7 +86,7 @@ oru_unanswered_queries{kind="mode info"} 0
 # HELP oru_streams Running streams.
 # TYPE oru_streams gauge
 oru_streams 1
-# HELP oru_streams_without_series Running streams without figures: their id is 0, or another stream has it.
+# HELP oru_streams_without_series Running streams without series: the id of each is 0 or not unique.
 # TYPE oru_streams_without_series gauge
 oru_streams_without_series 0
 # HELP oru_stream_info The client, format, resolution and input of a stream.

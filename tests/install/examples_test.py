@@ -76,18 +76,18 @@ def passes_check(snapshot, environment):
 def main():
     tools, tree = sys.argv[1:]
     files = [os.path.join(tree, "README.md"), *sorted(map(str, pathlib.Path(tree, "docs/man").iterdir()))]
-    of_a_clone = dict(os.environ)
-    of_a_clone.pop("ORU_SNAPSHOT", None)
-    with_tools = dict(of_a_clone, PATH=tools + ":" + os.environ["PATH"])
+    clone_environment = dict(os.environ)
+    clone_environment.pop("ORU_SNAPSHOT", None)
+    tools_environment = dict(clone_environment, PATH=tools + ":" + os.environ["PATH"])
     clone = clone_after_demo(tree, tools)
     scratch = tempfile.mkdtemp()
     count = failed = 0
     for path in files:
         count_in_file = 0
-        environment, directory = of_a_clone, clone
+        environment, directory = clone_environment, clone
         for display in shown_in_markdown(path) if path.endswith(".md") else shown_in_manual(path):
             if not path.endswith(".md"):
-                environment, directory = with_tools, scratch
+                environment, directory = tools_environment, scratch
             if display.startswith("{"):
                 count_in_file += 1
                 failed += not passes_check(display, environment)

@@ -1,7 +1,6 @@
 #include "snapshot_tool/replace_file.h"
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>

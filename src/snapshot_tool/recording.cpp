@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -125,7 +126,7 @@ void print_unqueried_inputs(const snapshot::answers& all) {
     const auto queried = std::ranges::count_if(inputs, [&](const snapshot::input_record& input) {
         return input.id >= 1 && input.id <= count;
     });
-    if (queried < count) {
+    if (std::cmp_less(queried, count)) {
         std::fprintf(
             stderr,
             "oru-snapshot: the service counts %u inputs, but %u in a row do not exist: of the "

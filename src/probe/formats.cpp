@@ -93,7 +93,7 @@ void check_unknown_codes(const video_service&, verdict& result) {
     }
 }
 
-constexpr check checks[] = {
+constexpr check format_table[] = {
     {"nicks of formats", check_nicks},
     {"nick of an unknown format", check_unknown_codes},
 };
@@ -101,7 +101,7 @@ constexpr check checks[] = {
 }  // namespace
 
 std::span<const check> format_checks() {
-    return checks;
+    return format_table;
 }
 
 }  // namespace probe

@@ -215,7 +215,7 @@ void check_other_kinds(const video_service& service, verdict& result) {
     result.set_remark(widened_text + (has_both ? "; " : "") + default_text);
 }
 
-constexpr check checks[] = {
+constexpr check getter_table[] = {
     {"oru_map_get_uint32", check_own_kind<uint32_getter>},
     {"oru_map_get_uint32 of an absent key", check_absent_key<uint32_getter>},
     {"oru_map_get_uint32 of another kind", check_other_kinds<uint32_getter>},
@@ -239,7 +239,7 @@ constexpr check checks[] = {
 }  // namespace
 
 std::span<const check> getter_checks() {
-    return checks;
+    return getter_table;
 }
 
 }  // namespace probe

@@ -58,7 +58,7 @@ void show_resolutions(const video_service& service, verdict& result) {
     }
 }
 
-constexpr check checks[] = {
+constexpr check manual_table[] = {
     {"crop.max", show_crop_max},
     {"available resolutions", show_resolutions},
 };
@@ -66,7 +66,7 @@ constexpr check checks[] = {
 }  // namespace
 
 std::span<const check> manual_checks() {
-    return checks;
+    return manual_table;
 }
 
 }  // namespace probe

@@ -269,7 +269,7 @@ void check_two_answers(const video_service& service, verdict& result) {
     }
 }
 
-constexpr check checks[] = {
+constexpr check map_table[] = {
     // These two are first. All removals change the service if the library is faulty, and an entry
     // that an earlier check has removed cannot show the fault.
     {"the service after oru_map_remove", check_service_after_remove},
@@ -287,7 +287,7 @@ constexpr check checks[] = {
 }  // namespace
 
 std::span<const check> map_checks() {
-    return checks;
+    return map_table;
 }
 
 }  // namespace probe

@@ -177,7 +177,7 @@ void check_to_json(const video_service& service, verdict& result) {
     });
 }
 
-constexpr check checks[] = {
+constexpr check native_table[] = {
     {"oru_map_native_ref", check_native_ref},
     {"order of native keys", check_order_of_keys},
     {"look-up in the native map", check_look_up},
@@ -189,7 +189,7 @@ constexpr check checks[] = {
 }  // namespace
 
 std::span<const check> native_checks() {
-    return checks;
+    return native_table;
 }
 
 }  // namespace probe

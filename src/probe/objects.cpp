@@ -218,7 +218,7 @@ void check_channels_without_list(const video_service&, verdict& result) {
     check_elements_without_list<OruChannel>(result, oru_channel_get_all);
 }
 
-constexpr check checks[] = {
+constexpr check object_table[] = {
     {"oru_stream_get_id", check_stream_ids},
     {"oru_channel_get_id", check_channel_ids},
     {"an input that does not exist", check_absent_input},
@@ -232,7 +232,7 @@ constexpr check checks[] = {
 }  // namespace
 
 std::span<const check> object_checks() {
-    return checks;
+    return object_table;
 }
 
 }  // namespace probe

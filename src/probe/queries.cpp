@@ -274,7 +274,7 @@ struct query_check {
 };
 
 // In the order in which `oru-snapshot record` runs them.
-constexpr query_check checks[] = {
+constexpr query_check query_table[] = {
     {"oru_system_new", system_new},
     {"oru_system_get_caps", system_get_caps},
     {"oru_mode_new", mode_new},
@@ -319,7 +319,7 @@ bool query_verdict::has_passed() const {
 
 query_verdicts check_queries(const video_service& service) {
     query_verdicts results;
-    for (const query_check& each : checks) {
+    for (const query_check& each : query_table) {
         query_verdict result{.name = each.name};
         query_checker checker(result, results.first_failure);
         each.check(service, checker);

@@ -34,7 +34,7 @@ std::unexpected<std::string> system_reason(int code = errno) {
 ssize_t read_fully(int file, char* to, std::size_t size) {
     std::size_t got = 0;
     while (got < size) {
-        const ssize_t count = read(file, to + got, size - got);
+        const ssize_t count = ::read(file, to + got, size - got);
         if (count < 0 && errno == EINTR) {
             continue;
         }
@@ -149,7 +149,7 @@ content_or_reason read_stream(int file, const timeouts& timeouts, std::size_t mo
 
 content_or_reason read_pipe(int file, const source_limits& limits) {
     return read_stream(file, {limits.pipe_silence, std::nullopt}, limits.bytes,
-                       [file](char* to, std::size_t size) { return read(file, to, size); });
+                       [file](char* to, std::size_t size) { return ::read(file, to, size); });
 }
 
 content_or_reason read_socket(int file, const timeouts& timeouts, const source_limits& limits) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view gap = "  ";  // between columns
 constexpr std::string_view no_mark = "  ";
-constexpr std::string_view indentation = "    ";  // of lines that are not rows
+constexpr std::string_view note_indentation = "    ";  // of lines that are not rows
 
 // Makes columns narrower, always the widest, until all fit into the page. None becomes narrower
 // than its title.
@@ -122,7 +122,7 @@ void table::print(page& page) const {
     }
     end_line();
     if (lines_.empty()) {
-        page.add(indentation, "none");
+        page.add(note_indentation, "none");
     }
     std::string_view texts = texts_;
     const auto next_text = [&](const cell& cell) {
@@ -132,7 +132,7 @@ void table::print(page& page) const {
     };
     for (const cell* cell = cells_.data(); const line_kind line : lines_) {
         if (line == line_kind::failure) {
-            page.add(indentation, next_text(*cell++), true);
+            page.add(note_indentation, next_text(*cell++), true);
             continue;
         }
         if (line == line_kind::row_with_problem) {

@@ -731,6 +731,7 @@ TEST(value, rejects_every_other_form) {
         {"1.5.5", number},
         {"1x", number},
         {"1A", number},
+        {"1a", number},
         {"0x10", number},
         {"1 2", "3: expected ',' or '}', found '2'"},
         {"1e400", "1: this number is too large for a double"},

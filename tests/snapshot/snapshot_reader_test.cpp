@@ -201,6 +201,8 @@ TEST(document, rejects_unknown_members) {
         {"{\"a\u0085\u202e\":1}", "1:2: unknown member 'a\\u0085\\u202e'"},
         {"{\"" + std::string(59, 'a') + "\xC3\xA9zz\":1}",
          "1:2: unknown member '" + std::string(59, 'a') + "...'"},
+        {"{\"" + std::string(61, 'a') + "\":1}",
+         "1:2: unknown member '" + std::string(60, 'a') + "...'"},
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(complaint(text), expected) << text;

@@ -547,6 +547,13 @@ TEST(standard_input, can_be_closed_or_a_directory) {
     EXPECT_EQ(snapshot::load_standard_input().error(), "/dev/stdin: Bad file descriptor");
 }
 
+TEST(standard_input, can_be_open_only_for_writing) {
+    const int opened = open("/dev/null", O_WRONLY);
+    const standard_input input(opened);
+    close(opened);
+    EXPECT_EQ(snapshot::load_standard_input().error(), "/dev/stdin: Bad file descriptor");
+}
+
 TEST(standard_input, can_be_a_socket) {
     int ends[2];
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);

@@ -891,6 +891,7 @@ TEST(text, rejects_invalid_syntax) {
         {"{}\n}", "2:1: expected nothing more, found '}'"},
         {"{}\xC3\xA9", "1:3: expected nothing more"},
         {"{\v}", "1:2: expected a member name"},
+        {"{\x7f}", "1:2: expected a member name"},
         {"{\xC2\xA0}", "1:2: expected a member name"},
     };
     for (const auto& [text, expected] : cases) {

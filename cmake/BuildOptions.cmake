@@ -80,6 +80,6 @@ endif()
 add_library(oru-warnings INTERFACE)
 target_compile_options(oru-warnings INTERFACE -Wall -Wextra -Wpedantic -Werror
     # GCC's also warns of a variable named as a member function, and of a lambda's parameter named as one
-    # of the function around it.
-    $<$<CXX_COMPILER_ID:Clang>:-Wshadow>
+    # of the function around it. In a unity build it would warn of names in other files.
+    $<$<AND:$<CXX_COMPILER_ID:Clang>,$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>>:-Wshadow>
     $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)

@@ -20,6 +20,8 @@ function(oru_add_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} test-main oru-warnings)
     target_precompile_headers(${name} REUSE_FROM test-main)
+    # Tests of different files use the same names.
+    set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
     oru_discover_tests(${name} ${name} PROPERTIES ${ARG_PROPERTIES})
 endfunction()
 

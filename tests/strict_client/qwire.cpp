@@ -10,7 +10,7 @@
 
 namespace {
 
-std::string quoted(std::string_view text) {
+std::string json_quoted(std::string_view text) {
     constexpr std::string_view escaped = "\"\\\b\f\n\r\t";
     constexpr std::string_view letters = "\"\\bfnrt";
     constexpr char digits[] = "0123456789abcdef";
@@ -39,7 +39,7 @@ std::string json_of(const qw::tagged& value) {
             if constexpr (std::is_same_v<kind, bool>) {
                 return content ? "true" : "false";
             } else if constexpr (std::is_same_v<kind, std::string>) {
-                return quoted(content);
+                return json_quoted(content);
             } else if constexpr (std::is_same_v<kind, double>) {
                 return shortest(content);
             } else if constexpr (std::is_same_v<kind, qw::raw_json>) {
@@ -75,13 +75,13 @@ std::optional<std::string> map::to_json(std::string& out) const {
         if (number != nullptr && !std::isfinite(*number)) {
             return "the value of '" + key + "' is not finite: JSON has no form for it";
         }
-        text += (text.empty() ? "{" : ",") + quoted(key) + ':' + json_of(value);
+        text += (text.empty() ? "{" : ",") + json_quoted(key) + ':' + json_of(value);
     }
     if (strict::is_planted("to_json")) {
         text += ',';
     } else if (strict::is_planted("to_json of two keys") && size() == 2) {
-        text = '{' + quoted(rbegin()->first) + ':' + json_of(rbegin()->second) + ',' +
-               quoted(begin()->first) + ':' + json_of(begin()->second);
+        text = '{' + json_quoted(rbegin()->first) + ':' + json_of(rbegin()->second) + ',' +
+               json_quoted(begin()->first) + ':' + json_of(begin()->second);
     } else if (strict::is_planted("to_json of a pair") &&
                std::ranges::any_of(
                    *this, [](const auto& entry) { return entry.second.tag == tag_pair; })) {

@@ -2,6 +2,7 @@
 # built with libstdc++.
 set(BUILD_GMOCK OFF CACHE INTERNAL "")
 set(INSTALL_GTEST OFF CACHE INTERNAL "")
+set(CMAKE_DISABLE_FIND_PACKAGE_Python ON)  # only its own tests need it
 add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 

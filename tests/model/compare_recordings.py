@@ -42,12 +42,12 @@ class Recorded:
     def record(self, *arguments, **options):
         """Returns a recording, after comparing it with the model's. The model does not have the messages of another
         client library, so that of its recordings only success or failure is checked here."""
-        check = self.replay.run("oru-snapshot", ["check", str(self.service.snapshot)])
         got = self.service.run("oru-snapshot", ["record", *arguments])
         what = " ".join(["record", *arguments])
         if self.service.bin_dir != self.replay.bin_dir:
             self.expect(f"{what}: whether it fails", b"%d" % (got.returncode != 0), b"%d" % (got.stdout == b""))
             return got
+        check = self.replay.run("oru-snapshot", ["check", str(self.service.snapshot)])
         unreachable = None
         if check.returncode != 0:
             unreachable = check.stderr.decode("utf-8", "surrogateescape").removesuffix("\n")
@@ -86,7 +86,8 @@ class Recorded:
         self.expect("FILE of the recording of FILE", plain.stdout, again.stdout + again.stderr)
 
     def compare(self, command_lines):
-        """Compares all recordings and reports. Returns whether there was an answer to record."""
+        """Compares all recordings, and the reports of all switches and of these command lines. Returns whether there was
+        an answer to record."""
         plain = self.record()
         self.record("--redact", "--about", ABOUT, redact=True, about=ABOUT)
         self.record(f"--redact-key={self.key}", redact=True, key=KEY)
@@ -100,31 +101,36 @@ class Recorded:
         self.expect("recording of the recording", plain.stdout + plain.stderr, again.stdout + again.stderr)
         again = self.replay.run("oru-snapshot", ["record", str(self.replay.snapshot)])
         self.expect("FILE of the recording", plain.stdout, again.stdout + again.stderr)
+        for tool, switches in TOOLS.items():
+            # A run that ends early does not reach the sections behind its end.
+            if self.compare_reports(tool, [f"-{switches}"]) != 0:
+                for switch in switches:
+                    self.compare_reports(tool, [f"-{switch}"])
         for tool, arguments in command_lines:
-            reports = (self.report(bench, tool, arguments) for bench in (self.service, self.replay))
-            for output, expected, got in zip(("stdout", "stderr", "status"), *reports):
-                self.expect(f"{tool} {arguments}: {output}", expected, got)
+            self.compare_reports(tool, arguments)
         return True
 
-    @staticmethod
-    def report(bench, tool, arguments):
-        run = bench.run(tool, arguments)
-        return run.stdout, run.stderr, b"%d" % run.returncode
+    def compare_reports(self, tool, arguments):
+        """Compares what a tool prints for the service with what it prints for the recording. Returns the status."""
+        expected, got = (bench.run(tool, arguments) for bench in (self.service, self.replay))
+        self.expect(f"{tool} {arguments}: stdout", expected.stdout, got.stdout)
+        self.expect(f"{tool} {arguments}: stderr", expected.stderr, got.stderr)
+        self.expect(f"{tool} {arguments}: status", b"%d" % expected.returncode, b"%d" % got.returncode)
+        return expected.returncode
 
 
 TOOLS = {"oru-tlm-tool": "qsi", "oru-serverreport-tool": "lqocrai"}
-COMMAND_LINES = [(tool, [f"-{switches}"]) for tool, letters in TOOLS.items() for switches in (*letters, letters)]
 
 
 def compare(benches, source):
     """Compares the recordings of a seed or a file. Returns the errors, and whether there was an answer to record."""
     if isinstance(source, int):
         snapshot = generator.snapshot(source).encode("utf-8", "surrogateescape")
-        commands = COMMAND_LINES + [(tool, generator.command_line(source, tool)) for tool in TOOLS]
+        command_lines = [(tool, generator.command_line(source, tool)) for tool in TOOLS]
     else:
-        snapshot, commands = pathlib.Path(source).read_bytes(), COMMAND_LINES
+        snapshot, command_lines = pathlib.Path(source).read_bytes(), []
     recorded = Recorded(*benches, snapshot)
-    answered = recorded.compare(commands)
+    answered = recorded.compare(command_lines)
     if recorded.errors:
         path = pathlib.Path(f"recording-{pathlib.Path(str(source)).stem}.json").resolve()
         path.write_bytes(snapshot)

@@ -10,6 +10,7 @@ str, with surrogateescape for bytes that are not valid UTF-8."""
 import collections
 import contextlib
 import decimal
+import functools
 import json
 import math
 import os
@@ -48,6 +49,7 @@ def tokens_of(text):
     return [token for token in found if token[0] not in " \t\r\n/"]
 
 
+@functools.lru_cache(maxsize=2)  # a snapshot and a record: each is read by several runs
 def read_json(text):
     """Returns the value: an Object, a list, or the token of any other value. Raises ValueError."""
     tokens, depth, quoted = tokens_of(text), 0, []

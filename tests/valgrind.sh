@@ -1,6 +1,6 @@
 #!/bin/sh
 # Runs both tools under valgrind, with all switches, the recorder and the probe, on every snapshot
-# named: valgrind.sh [--without-probe] BIN SNAPSHOT...
+# named, and on one that does not exist: valgrind.sh [--without-probe] BIN SNAPSHOT...
 # Any error, and any block that is lost, ends in a failure. A block that is lost "indirectly" is
 # reported with the lost block that refers to it. A block that is "possibly" lost is not lost: the C++
 # library's arenas are referred to by their last bytes alone.
@@ -57,5 +57,8 @@ for tool in oru-tlm-tool oru-serverreport-tool; do
     check "$1" "$tool" --help
     check "$1" "$tool" --foo
 done
+check /nowhere oru-tlm-tool -qsi
+check /nowhere oru-serverreport-tool -i
+check /nowhere oru-snapshot record
 echo "$runs runs"
 exit "$status"

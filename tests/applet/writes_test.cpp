@@ -339,7 +339,7 @@ TEST_P(each_failure, keeps_its_status_if_standard_error_is_lost) {
     const result plain = tool.plain();
     ASSERT_EQ(plain.status, failing.status) << plain;
     ASSERT_NE(plain.err, "");
-    for (std::size_t size = 0; size <= plain.err.size(); ++size) {
+    for (const std::size_t size : sizes_of(plain.err)) {
         SCOPED_TRACE(size);
         const result got = tool.with_limited(&command::stderr_to, &result::err, size);
         EXPECT_EQ(got.signal, 0);
@@ -365,7 +365,8 @@ TEST_P(each_failure, with_both_streams_limited) {
     command what = tool.what();
     what.stdout_to = tool.directory().path() + "/out";
     what.stderr_to = tool.directory().path() + "/err";
-    for (std::size_t size = 0; size <= std::max(plain.out.size(), plain.err.size()); ++size) {
+    for (const std::size_t size :
+         sizes_of(plain.out.size() > plain.err.size() ? plain.out : plain.err)) {
         SCOPED_TRACE(size);
         std::filesystem::remove(what.stdout_to);
         std::filesystem::remove(what.stderr_to);

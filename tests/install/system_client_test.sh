@@ -39,10 +39,11 @@ mkdir "$scratch/source"
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=OFF -S "$scratch/source" \
     -B "$scratch/build" >/dev/null
 "$cmake" --build "$scratch/build"
-# The loader takes no library from the scratch folder for a program with more rights than its caller.
+# The loader takes no library from the scratch folder for a program with more rights than its caller. Lost
+# output at every byte is the same with every client library.
 echo dispatch tlm serverreport golden device snapshot_program arguments writes | tr ' ' '\n' |
     xargs -P 2 -I NAME env ORU_TEST_BIN_DIR="$scratch/build/bin" "$tests/NAME_test" --gtest_brief=1 \
-    --gtest_filter=-*privileged_program
+    --gtest_filter='-*privileged_program*:writes/*'
 # Such a build can be configured with its tests.
 "$cmake" -C "$cache" -DORU_CLIENT=system -DBUILD_TESTING=ON -S "$scratch/source" \
     -B "$scratch/tests" >/dev/null

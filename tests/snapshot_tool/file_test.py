@@ -3,7 +3,7 @@
 from it: for show, graph and metrics both streams and the status are the same. The snapshots are random ones, broken
 ones among them, one that does not exist, one cut short and one from a FIFO.
 
-usage: file_test.py TREE TOOLS ours|another [FIRST COUNT]: the root of the source tree; where the tools are; whose
+usage: file_test.py TREE TOOLS ours|another FIRST COUNT: the root of the source tree; where the tools are; whose
 client library they ask; the first seed and how many. The reader of another client library has messages of its own, so
 standard error is compared only if oru-snapshot reads the snapshot. Such a library does not say where its answers come
 from, so that the headings of show and graph and the figure for the time of recording are left out."""
@@ -67,7 +67,7 @@ def differences(program, snapshot, is_another):
 
 def main():
     tree, tools, client = sys.argv[1:4]
-    first, count = map(int, sys.argv[4:] or (1, 200))
+    first, count = map(int, sys.argv[4:])
     sys.path.insert(0, os.path.join(tree, "tests", "model"))
     import generator  # pylint: disable=import-outside-toplevel
     program = os.path.join(tools, "oru-snapshot")

@@ -4,7 +4,7 @@ a device with 64 streams. Checks that each command has the right status and prin
 that no line of show is wider than 79 columns of a terminal, that Graphviz draws every picture and that promtool accepts
 all figures, both without a message. If Graphviz or promtool is missing, skips its part.
 
-usage: random_devices_test.py TREE TOOLS [FIRST COUNT]: the root of the source tree; where the tools are;
+usage: random_devices_test.py TREE TOOLS FIRST COUNT: the root of the source tree; where the tools are;
 the first seed and how many"""
 
 import glob
@@ -88,7 +88,7 @@ def snapshots(tree, first, count):
 
 def main():
     tree, tools = sys.argv[1:3]
-    first, count = map(int, sys.argv[3:] or (1, 60))
+    first, count = map(int, sys.argv[3:])
     dot, promtool = shutil.which("dot"), shutil.which("promtool")
     failed = devices = 0
     with tempfile.TemporaryDirectory() as scratch:

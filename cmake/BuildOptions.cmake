@@ -24,6 +24,11 @@ if(CMAKE_BUILD_TYPE STREQUAL Release)
         message(WARNING "No link-time optimization, so the programs start slower: ${why}")
     endif()
 endif()
+# Our libraries also contain machine code: tests link them in a tenth of the time, and a program that
+# links the installed ones need be built neither with link-time optimization nor with our compiler.
+set(is_optimized_by_linker $<BOOL:$<TARGET_PROPERTY:INTERPROCEDURAL_OPTIMIZATION>>)
+add_compile_options($<${is_optimized_by_linker}:-ffat-lto-objects>)
+add_link_options($<${is_optimized_by_linker}:-ffat-lto-objects>)
 
 # 32-bit builds support files beyond 2 GiB. The size of time_t is that of the C++ library, which was built
 # already.

@@ -27,7 +27,7 @@ bool answers_a_query(const snapshot::answers& answers) {
     return is_any_answered;
 }
 
-int run(std::span<const char* const> files) {
+int check_files(std::span<const char* const> files) {
     std::ranges::for_each(files, require_may_open);
     int status = 0;
     for (const char* file : files) {
@@ -52,7 +52,7 @@ const command check{
     .summary = "Checks whether each FILE is a snapshot.",
     .example = "oru-snapshot check gate4.json",
     .manual = "oru-snapshot(1)",
-    .run = run,
+    .run = check_files,
 };
 
 }  // namespace snapshot_tool

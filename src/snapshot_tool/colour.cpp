@@ -17,8 +17,8 @@ std::string_view variable(const char* name) {
 
 }  // namespace
 
-bool has_colours(const char* when) {
-    const std::string_view choice = when != nullptr ? when : "auto";
+bool has_colours() {
+    const std::string_view choice = colour != nullptr ? colour : "auto";
     if (choice == "always" || choice == "never") {
         return choice == "always";
     }

@@ -16,12 +16,10 @@ namespace {
 
 gboolean is_complete = FALSE;
 
-char* colour = nullptr;
-
-const GOptionEntry options[] = {
+const GOptionEntry diff_options[] = {
     {"all", 0, 0, G_OPTION_ARG_NONE, &is_complete, "Show every key that differs, and cut no text",
      nullptr},
-    colour_option(&colour),
+    colour_option,
 };
 
 // Adds a line about which snapshot this is.
@@ -42,7 +40,7 @@ void add_heading(snapshot_tool::page& page, const char* side, const char* file,
     page.end_line();
 }
 
-int run(std::span<const char* const> files) {
+int print_differences(std::span<const char* const> files) {
     failure_status = 2;  // 1 says that there is a difference
     const char* older_file = files[0];
     const char* newer_file = files[1];
@@ -50,7 +48,7 @@ int run(std::span<const char* const> files) {
         throw command_line::wrong_usage("only one of OLD and NEW can be standard input");
     }
     std::ranges::for_each(files, require_may_open);
-    snapshot_tool::page page({.is_wide = true, .has_colours = has_colours(colour)}, stdout);
+    snapshot_tool::page page({.is_wide = true, .has_colours = has_colours()}, stdout);
     const auto older = load_file(older_file);
     const auto newer = load_file(newer_file);
     for (const auto* loaded : {&older, &newer}) {
@@ -86,8 +84,8 @@ const command diff{
     .summary = "Shows what differs between OLD and NEW, except what changes on a healthy device.",
     .example = "oru-snapshot diff yesterday.json today.json",
     .manual = "oru-snapshot(1)",
-    .options = options,
-    .run = run,
+    .options = diff_options,
+    .run = print_differences,
 };
 
 }  // namespace snapshot_tool

@@ -39,7 +39,7 @@ constexpr std::string_view head = R"(digraph device {
     node [shape=box, style="rounded,filled", margin="0.16,0.08", fontcolor="#1f2937"]
 )";
 
-constexpr std::string_view plain;
+constexpr std::string_view healthy;
 // Problems are red, and also visible without colours.
 constexpr std::string_view worrying = R"(, penwidth=2.5, color="#b91c1c")";
 constexpr std::string_view failed =
@@ -50,7 +50,7 @@ constexpr std::string_view not_a_client = R"(, color="#a16207", fillcolor="#fef9
 struct box {
     std::string name;
     std::vector<std::string> lines;  // not yet printable
-    std::string_view style = plain;
+    std::string_view style = healthy;
 
     template <class Value>
     void add_failure(std::string_view query, const outcome<Value>& outcome) {
@@ -146,7 +146,7 @@ box input_box(const input& input) {
     return box;
 }
 
-void add_inputs(std::string& text, const device& device) {
+void draw_inputs(std::string& text, const device& device) {
     column inputs(text, "inputs", "#15803d", "#dcfce7");
     for (const input& input : device.inputs) {
         inputs.add(input_box(input));
@@ -181,8 +181,8 @@ box unlisted_box(std::uint32_t id) {
 
 // Adds the channels in the order of their ids, including those that are not in the list although an
 // input or a stream refers to them.
-void add_channels(std::string& text, const device& device,
-                  const std::vector<const stream*>& streams) {
+void draw_channels(std::string& text, const device& device,
+                   const std::vector<const stream*>& streams) {
     std::map<std::uint32_t, const channel*> channels;  // NULL if it is not in the list
     if (device.channels) {
         for (const channel& channel : *device.channels) {
@@ -281,8 +281,8 @@ box stream_box(const stream& stream, std::size_t index) {
     return box;
 }
 
-void add_streams(std::string& text, const device& device,
-                 const std::vector<const stream*>& streams) {
+void draw_streams(std::string& text, const device& device,
+                  const std::vector<const stream*>& streams) {
     column boxes(text, "streams", "#1d4ed8", "#dbeafe");
     boxes.add(failed_boxes("stream_list", "streams", device.streams));
     for (std::size_t i = 0; i < streams.size(); ++i) {
@@ -368,7 +368,7 @@ box output_box(const hdmi_output& output) {
 }
 
 // Adds the last column: the clients and the output.
-void add_clients(std::string& text, const device& device, const client_boxes& clients) {
+void draw_clients(std::string& text, const device& device, const client_boxes& clients) {
     column boxes(text, "clients", "#6d28d9", "#ede9fe");
     boxes.add(clients.boxes());
     boxes.add(failed_boxes("counters", "counters", device.service));
@@ -392,17 +392,17 @@ std::string title_of(const heading& heading) {
         quoted(lines));
 }
 
-int run(std::span<const char* const> arguments) {
+int print_drawing(std::span<const char* const> arguments) {
     const auto [device, heading] = take_description(arguments);
     const std::vector<const stream*> streams = ordered_streams(device);
     client_boxes clients(device.service);
     const std::string arrows = arrows_of_inputs(device) + arrows_of_streams(streams, clients);
     std::string text{head};
     text += title_of(heading);
-    add_inputs(text, device);
-    add_channels(text, device, streams);
-    add_streams(text, device, streams);
-    add_clients(text, device, clients);
+    draw_inputs(text, device);
+    draw_channels(text, device, streams);
+    draw_streams(text, device, streams);
+    draw_clients(text, device, clients);
     text.append("\n").append(arrows).append("}\n");
     std::fwrite(text.data(), 1, text.size(), stdout);
     return finish(0);
@@ -417,7 +417,7 @@ const command graph{
     .summary = "Draws the device for Graphviz. Without FILE, queries the video service.",
     .example = "oru-snapshot graph gate4.json | dot -Tsvg >gate4.svg",
     .manual = "oru-snapshot(1)",
-    .run = run,
+    .run = print_drawing,
 };
 
 }  // namespace snapshot_tool

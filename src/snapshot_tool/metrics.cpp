@@ -1,40 +1,27 @@
 #include <cstdio>
-#include <string>
-#include <string_view>
 
 #include "snapshot/printable.h"
 #include "snapshot_tool/command.h"
 #include "snapshot_tool/device.h"
 #include "snapshot_tool/exposition.h"
-#include "snapshot_tool/replace_file.h"
+#include "snapshot_tool/output.h"
 
 namespace snapshot_tool {
 namespace {
 
-char* out = nullptr;
-
-const GOptionEntry options[] = {
-    {"output", 'o', 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&out),
-     "Write into OUT, not to standard output", "OUT"},
+const GOptionEntry metrics_options[] = {
+    output_option,
 };
 
-int run(std::span<const char* const> arguments) {
-    if (out != nullptr) {
-        require_may_open(out);
-    }
+int print_metrics(std::span<const char* const> arguments) {
+    require_may_write();
     const device figures = figures_of(take_snapshot(only_file(arguments)));
     if (!figures.reached) {
         // The run succeeds: the text says that the service was not reached, this line says why.
         std::fprintf(stderr, "oru-snapshot: %s\n",
                      snapshot::printable(figures.reached.error()).c_str());
     }
-    const std::string text = exposition(figures);
-    if (out != nullptr && std::string_view(out) != "-") {
-        replace_file(out, text, 0644);  // another user reads it
-        return 0;
-    }
-    std::fputs(text.c_str(), stdout);
-    return finish(0);
+    return write_output(exposition(figures), 0644);  // another user reads it
 }
 
 }  // namespace
@@ -46,8 +33,8 @@ const command metrics{
     .summary = "Prints figures for Prometheus. Without FILE, queries the video service.",
     .example = "oru-snapshot metrics -o /var/lib/prometheus/node-exporter/oru.prom",
     .manual = "oru-snapshot(1)",
-    .options = options,
-    .run = run,
+    .options = metrics_options,
+    .run = print_metrics,
 };
 
 }  // namespace snapshot_tool

@@ -1,23 +1,20 @@
-#include <cstdio>
 #include <string>
 #include <string_view>
 
 #include "snapshot_tool/command.h"
+#include "snapshot_tool/output.h"
 #include "snapshot_tool/recording.h"
 #include "snapshot_tool/redaction_key.h"
-#include "snapshot_tool/replace_file.h"
 
 namespace snapshot_tool {
 namespace {
 
-char* out = nullptr;
 char* about = nullptr;
 gboolean is_redacted = FALSE;
 char* key_file = nullptr;
 
-const GOptionEntry options[] = {
-    {"output", 'o', 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&out),
-     "Write into OUT, not to standard output", "OUT"},
+const GOptionEntry record_options[] = {
+    output_option,
     {"about", 0, 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&about),
      "Add TEXT as a description of the recording", "TEXT"},
     {"redact", 0, 0, G_OPTION_ARG_NONE, &is_redacted, "Replace identities and messages", nullptr},
@@ -25,10 +22,8 @@ const GOptionEntry options[] = {
      "Like --redact, with names that depend on the key in KEYFILE", "KEYFILE"},
 };
 
-int run(std::span<const char* const> arguments) {
-    if (out != nullptr) {
-        require_may_open(out);
-    }
+int print_recording(std::span<const char* const> arguments) {
+    require_may_write();
     recording_options recording{.about = about,
                                 .is_redacted = is_redacted != FALSE || key_file != nullptr};
     if (key_file != nullptr) {
@@ -41,12 +36,7 @@ int run(std::span<const char* const> arguments) {
     const char* file = only_file(arguments);
     const std::string text =
         file != nullptr ? record_file(file, recording) : record_service(recording);
-    if (out != nullptr && std::string_view(out) != "-") {
-        replace_file(out, text, 0640);
-        return 0;
-    }
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    return finish(0);
+    return write_output(text, 0640);
 }
 
 }  // namespace
@@ -58,8 +48,8 @@ const command record{
     .summary = "Prints the answers of the video service, or those in FILE, as a snapshot.",
     .example = "oru-snapshot record --about 'gate 4 freezes' -o gate4.json",
     .manual = "oru-snapshot(1)",
-    .options = options,
-    .run = run,
+    .options = record_options,
+    .run = print_recording,
 };
 
 }  // namespace snapshot_tool

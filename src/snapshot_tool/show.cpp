@@ -252,7 +252,7 @@ auto resolutions_text(const page_style& style) {
 }
 
 // Returns the inputs of channels by the channel's id.
-std::map<std::uint32_t, outcome<std::uint32_t>> inputs_by_channel(
+std::map<std::uint32_t, outcome<std::uint32_t>> inputs_of_channels(
     const std::vector<input_channel>& channels) {
     std::map<std::uint32_t, outcome<std::uint32_t>> inputs;
     for (const input_channel& channel : channels) {
@@ -271,7 +271,7 @@ table channels_table(const device& device, const listed_numbers& listed, const p
     if (!device.channels) {
         return rows;
     }
-    const auto inputs = device.input_channels.transform(inputs_by_channel);
+    const auto inputs = device.input_channels.transform(inputs_of_channels);
     for (const channel& channel : *device.channels) {
         table_cell input = inputs ? not_given : not_answered;
         bool is_listed = true;
@@ -443,15 +443,14 @@ void add_tables(page& page, const device& device) {
 gboolean is_wide = FALSE;
 gboolean is_problems_only = FALSE;
 char** stream_ids = nullptr;
-char* colour = nullptr;
 
-const GOptionEntry options[] = {
+const GOptionEntry show_options[] = {
     {"wide", 'w', 0, G_OPTION_ARG_NONE, &is_wide, "Show all columns and whole texts", nullptr},
     {"problems", 0, 0, G_OPTION_ARG_NONE, &is_problems_only,
      "Show only what is wrong; status 0 if nothing is, otherwise 1", nullptr},
     {"stream", 0, 0, G_OPTION_ARG_FILENAME_ARRAY, static_cast<void*>(&stream_ids),
      "Show only this stream, in full; may be repeated", "ID"},
-    colour_option(&colour),
+    colour_option,
 };
 
 // Returns a stream's id from a decimal number, or a hexadecimal one after "0x".
@@ -482,7 +481,7 @@ std::uint32_t read_id(std::string_view text) {
     throw std::runtime_error(text);
 }
 
-void add_streams(page& page, const device& device, const std::vector<std::uint32_t>& ids) {
+void add_chosen_streams(page& page, const device& device, const std::vector<std::uint32_t>& ids) {
     if (!device.streams) {
         throw std::runtime_error(failure_text("streams", device.streams.error().text()));
     }
@@ -501,8 +500,8 @@ void add_streams(page& page, const device& device, const std::vector<std::uint32
     }
 }
 
-int run(std::span<const char* const> arguments) {
-    const page_style style{.is_wide = is_wide != FALSE, .has_colours = has_colours(colour)};
+int print_tables(std::span<const char* const> arguments) {
+    const page_style style{.is_wide = is_wide != FALSE, .has_colours = has_colours()};
     std::vector<std::uint32_t> ids;
     for (char** text = stream_ids; text != nullptr && *text != nullptr; ++text) {
         ids.push_back(read_id(*text));
@@ -524,7 +523,7 @@ int run(std::span<const char* const> arguments) {
     } else {
         add_heading(page, description.heading);
         if (!ids.empty()) {
-            add_streams(page, description.device, ids);
+            add_chosen_streams(page, description.device, ids);
         } else {
             add_counts(page, description.device);
             add_problems(page, problems_of(description.device), 20);
@@ -544,8 +543,8 @@ const command show{
     .summary = "Prints the device as tables. Without FILE, queries the video service.",
     .example = "oru-snapshot show gate4.json",
     .manual = "oru-snapshot(1)",
-    .options = options,
-    .run = run,
+    .options = show_options,
+    .run = print_tables,
 };
 
 }  // namespace snapshot_tool

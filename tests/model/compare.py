@@ -1,11 +1,13 @@
 #!/usr/bin/python3
 """Compares the built tools with the model on random snapshots, records of assertions and command lines.
 
-usage: compare.py BIN_DIR REDIRECT_ETC_ORU FIRST COUNT
+usage: compare.py [--reader] REDIRECT_ETC_ORU FIRST COUNT BIN_DIR...
 
-Draws the seeds FIRST to FIRST + COUNT - 1 and runs the tools in BIN_DIR, or in $ORU_TEST_BIN_DIR if it is set. A
+Draws the seeds FIRST to FIRST + COUNT - 1 and runs the tools in each BIN_DIR. With --reader, compares also what
+examples/read_report.py reads from the reports of the first BIN_DIR with the model, the JSON Schema and the manual. A
 snapshot on which tools and model differ is kept in the working directory."""
 
+import collections
 import os
 import pathlib
 import re
@@ -17,6 +19,7 @@ import generator
 import model
 import processes
 import recording
+from read_reports import Reader
 
 # Variables of sanitizers, coverage and emulator, as in tests/support/run.cpp.
 PASSED_THROUGH = ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "G_SLICE", "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH",
@@ -87,12 +90,13 @@ class Bench:
         unreachable = self.message() if kind == "broken" else None
         for tool, all_switches in (("oru-tlm-tool", "-qsi"), ("oru-serverreport-tool", "-lqocrai")):
             for arguments in ([all_switches], generator.command_line(seed, tool)):
-                expected = model.run([tool, *arguments], text, record, unreachable)
+                expected = model.run((tool, *arguments), text, record, unreachable)
                 yield tool, arguments, expected, self.run(tool, arguments, "C" if seed % 2 else "C.UTF-8")
 
-    def differences(self, seed, with_record):
-        """Returns a text for each difference between the tools and the model on the files of the seed."""
-        found = []
+    def differences(self, seed, with_record, reader=None):
+        """Returns a text for each difference between the tools and the model on the files of the seed, and for each
+        complaint about what the reader, if one is given, reads from the reports."""
+        found, complaints = [], []
         for tool, arguments, expected, got in self.runs(seed, with_record):
             for output, by_model, by_tool in (
                     ("stdout", expected.stdout, got.stdout), ("stderr", expected.stderr, got.stderr),
@@ -101,12 +105,15 @@ class Bench:
                 if by_model != by_tool:
                     found.append(f"seed {seed} ({generator.kind_of(seed)}), {tool} {arguments}, {output}, "
                                  + first_difference(by_model, by_tool))
+            if reader is not None:
+                complaints += [f"seed {seed}, {tool} {arguments}: {complaint}"
+                               for complaint in reader.complaints(expected.sections, got.stdout)]
         if found:
             path = pathlib.Path(f"model-{seed}.json").resolve()
             path.write_bytes(self.snapshot.read_bytes() if self.snapshot.exists() else b"")
             record = generator.assertions(seed) if with_record else None
             found.append(f"kept as {path}" + (f"; the record is {record!r}" if record is not None else ""))
-        return found
+        return found + complaints
 
 
 def first_difference(by_model, by_tool):
@@ -115,25 +122,42 @@ def first_difference(by_model, by_tool):
     return f"line {at}:\n  model: {first!r}\n  tool:  {second!r}"
 
 
-def comparison(paths, with_record):
-    bench = Bench(*paths)
-    return lambda seed: bench.differences(seed, with_record)
+def comparison(bin_dirs, redirect, with_record, reader):
+    benches = [Bench(bin_dir, redirect) for bin_dir in bin_dirs]
+
+    def compare(seed):
+        found = benches[0].differences(seed, with_record, reader)
+        for bench in benches[1:]:
+            found += bench.differences(seed, with_record)
+        return found, reader and reader.take_counts(), reader and reader.reports.never_found
+
+    return compare
 
 
 def main():
-    if len(sys.argv) != 5:
+    arguments = sys.argv[1:]
+    reader = Reader() if arguments[:1] == ["--reader"] and arguments.pop(0) else None
+    if len(arguments) < 4:
         sys.exit(__doc__)
-    paths = os.environ.get("ORU_TEST_BIN_DIR", sys.argv[1]), sys.argv[2]
-    seeds = range(int(sys.argv[3]), int(sys.argv[3]) + int(sys.argv[4]))
-    with_record = Bench(*paths).reads_records()
+    redirect, first, count, *bin_dirs = arguments
+    seeds = range(int(first), int(first) + int(count))
+    with_record = Bench(bin_dirs[0], redirect).reads_records()
     if not with_record:
         print("compare.py: without records of assertions, because these tools do not read the record of a test")
-    different = 0
-    for differences in processes.results(lambda: comparison(paths, with_record), seeds):
+    different, counts, never_found = 0, collections.Counter(), set(reader.reports.keys) if reader else set()
+    for differences, in_seed, not_found in processes.results(
+            lambda: comparison(bin_dirs, redirect, with_record, reader), seeds):
         different += differences != []
         print("\n".join(differences), end="\n" if differences else "", flush=True)
+        if reader:
+            counts += in_seed
+            never_found &= not_found
+    for what, count in sorted(counts.items()):
+        print(f"{count:8} {what}")
+    for path in sorted(never_found):
+        print("in no report:", path)
     print(f"compare.py: {len(seeds)} snapshots, {different} on which the tools and the model differ")
-    sys.exit(different != 0)
+    sys.exit(different != 0 or never_found != set())
 
 
 if __name__ == "__main__":

@@ -9,6 +9,7 @@ The kinds: "whole", every answer is recorded; "sparse", answers and keys are mis
 recorded failures; "broken", the text violates a rule of the format, so that the service cannot be reached. All of them
 have odd values: of another kind than the tools read, too large, not valid UTF-8."""
 
+import functools
 import json
 import random
 
@@ -250,6 +251,7 @@ def kind_of(seed):
     return random.Random(f"kind {seed}").choices(KINDS, (40, 25, 25, 10))[0]
 
 
+@functools.lru_cache(maxsize=1)  # several benches use it
 def snapshot(seed, kind=None):
     kind = kind or kind_of(seed)
     draw = Draw(seed, kind)

@@ -651,6 +651,7 @@ def printed(name, pieces):
             return Section(name, text, end.value)
 
 
+@functools.lru_cache(maxsize=4)  # of a seed: the tools of several folders are compared with each
 def run(argv, snapshot, record=None, unreachable=None):
     name, sections, status = argv[0].rpartition("/")[2], [], 0
     if name not in TOOLS:

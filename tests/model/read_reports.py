@@ -1,24 +1,15 @@
-#!/usr/bin/python3
-"""Runs the reader of reports on what the built tools print for random snapshots and command lines. Compares its
-output with the model, the JSON Schema and the manual.
-
-usage: read_reports.py BIN_DIR REDIRECT_ETC_ORU FIRST COUNT
-
-Draws the seeds FIRST to FIRST + COUNT - 1 and runs the tools in BIN_DIR, or in $ORU_TEST_BIN_DIR if it is set."""
+"""The reader of reports, examples/read_report.py, compared with the model, the JSON Schema and the manual."""
 
 import collections
 import importlib.util
 import json
 import math
-import os
 import pathlib
 import re
 import sys
 
 TREE = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(TREE / "tests/install"))
-import processes  # noqa: E402
-from compare import Bench  # noqa: E402
 from report_keys import Reports  # noqa: E402
 
 TITLES = {
@@ -88,60 +79,30 @@ def errors_in(sections, expected_sections, stdout):
             yield f"the failure of {section}"
 
 
-class Worker:
-    def __init__(self, bin_dir, redirect):
-        self.bench = Bench(bin_dir, redirect)
+class Reader:
+    def __init__(self):
+        self.counts = collections.Counter()
         self.reports = Reports(TREE)
         spec = importlib.util.spec_from_file_location("read_report", TREE / "examples/read_report.py")
-        self.reader = importlib.util.module_from_spec(spec)
-        spec.loader.exec_module(self.reader)
+        self.module = importlib.util.module_from_spec(spec)
+        spec.loader.exec_module(self.module)
 
-    def read(self, seed, with_record):
-        """Returns the errors on the files of a seed, the number of sections by title and state, and the keys that no
-        section contains."""
-        errors, counts = [], collections.Counter()
-        for tool, arguments, expected_run, got in self.bench.runs(seed, with_record):
-            # Converted to JSON and back, because the reader prints JSON.
-            sections = json.loads(json.dumps(self.reader.read_report(got.stdout)))
-            complaints = [*errors_in(sections, [expected(section) for section in expected_run.sections], got.stdout),
-                          *self.reports.complaints(sections)]
-            errors += [f"seed {seed}, {tool} {arguments}: {complaint}" for complaint in complaints]
-            counts["reports"] += 1
-            for section in sections:
-                if section["title"] is None:
-                    counts["without a title"] += 1
-                elif section["document"] is None:
-                    counts[section["title"] + ", no document"] += 1
-                else:
-                    counts[section["title"] + (", malformed" if section["failure"] else ", whole")] += 1
-        return errors, counts, self.reports.never_found
+    def complaints(self, expected_sections, stdout):
+        """Returns a text for each error in what the reader returns for a report, and counts its sections."""
+        # Converted to JSON and back, because the reader prints JSON.
+        sections = json.loads(json.dumps(self.module.read_report(stdout)))
+        self.counts["reports"] += 1
+        for section in sections:
+            if section["title"] is None:
+                self.counts["without a title"] += 1
+            elif section["document"] is None:
+                self.counts[section["title"] + ", no document"] += 1
+            else:
+                self.counts[section["title"] + (", malformed" if section["failure"] else ", whole")] += 1
+        return [*errors_in(sections, [expected(section) for section in expected_sections], stdout),
+                *self.reports.complaints(sections)]
 
-
-def reader(paths, with_record):
-    worker = Worker(*paths)
-    return lambda seed: worker.read(seed, with_record)
-
-
-def main():
-    if len(sys.argv) != 5:
-        sys.exit(__doc__)
-    paths = os.environ.get("ORU_TEST_BIN_DIR", sys.argv[1]), sys.argv[2]
-    seeds = range(int(sys.argv[3]), int(sys.argv[3]) + int(sys.argv[4]))
-    with_record = Bench(*paths).reads_records()
-    wrong, counts, never_found = 0, collections.Counter(), set(Reports(TREE).keys)
-    for errors, in_seed, not_found in processes.results(lambda: reader(paths, with_record), seeds):
-        wrong += len(errors)
-        counts += in_seed
-        never_found &= not_found
-        print("\n".join(errors), end="\n" if errors else "", flush=True)
-    for path in sorted(never_found):
-        wrong += 1
-        print("in no report:", path)
-    for what, count in sorted(counts.items()):
-        print(f"{count:8} {what}")
-    print(f"read_reports.py: {len(seeds)} snapshots, {wrong} complaints")
-    sys.exit(wrong != 0)
-
-
-if __name__ == "__main__":
-    main()
+    def take_counts(self):
+        """Returns the numbers of sections by title and state since the last call."""
+        counts, self.counts = self.counts, collections.Counter()
+        return counts

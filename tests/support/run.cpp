@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -109,6 +111,12 @@ void place(int fd, int stream) {
     }
 }
 
+// Returns 0 if the time has passed.
+int milliseconds_until(std::chrono::steady_clock::time_point end) {
+    const auto left = end - std::chrono::steady_clock::now();
+    return std::max(0, static_cast<int>(left / std::chrono::milliseconds(1)));
+}
+
 // Reads both streams to their end. Returns false if the time limit passes first.
 bool collect(output& out, output& err, std::chrono::steady_clock::time_point end) {
     const std::array all = {&out, &err};
@@ -117,13 +125,12 @@ bool collect(output& out, output& err, std::chrono::steady_clock::time_point end
         // poll() ignores negative descriptors.
         std::array<pollfd, 2> waiting = {
             {{out.ours.get(), POLLIN, 0}, {err.ours.get(), POLLIN, 0}}};
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            end - std::chrono::steady_clock::now());
-        const int ready = poll(waiting.data(), waiting.size(), static_cast<int>(left.count()));
+        const int left = milliseconds_until(end);
+        const int ready = poll(waiting.data(), waiting.size(), left);
         if (ready < 0 && errno != EINTR) {
             fail("poll");
         }
-        if (left.count() <= 0 || ready == 0) {
+        if (left == 0 || ready == 0) {
             return false;
         }
         for (std::size_t i = 0; i < all.size(); ++i) {
@@ -144,19 +151,19 @@ bool collect(output& out, output& err, std::chrono::steady_clock::time_point end
 // Waits for the child to end, which may be later than the end of its output. Returns false if the
 // time limit passes first.
 bool wait_until(pid_t child, int& status, std::chrono::steady_clock::time_point end) {
-    for (;;) {
-        const pid_t ended = waitpid(child, &status, WNOHANG);
-        if (ended == child) {
-            return true;
-        }
-        if (ended < 0 && errno != EINTR) {
-            fail("waitpid");
-        }
-        if (std::chrono::steady_clock::now() >= end) {
-            return false;
-        }
-        usleep(200);
+    const descriptor process(static_cast<int>(syscall(SYS_pidfd_open, child, 0)));
+    if (process.get() < 0) {
+        fail("pidfd_open");
     }
+    pollfd waiting = {process.get(), POLLIN, 0};
+    int ready = 0;
+    do {
+        ready = poll(&waiting, 1, milliseconds_until(end));
+    } while (ready < 0 && errno == EINTR);
+    if (ready < 0) {
+        fail("poll");
+    }
+    return ready > 0 && waitpid(child, &status, 0) == child;
 }
 
 }  // namespace
@@ -171,9 +178,10 @@ result run(const command& what) {
     const std::vector<char*> envp = pointers(variables);
     const auto end = std::chrono::steady_clock::now() + what.time_limit;
 
-    const pid_t child = fork();
+    // The child shares our memory until it executes the program, so that nothing of it is copied.
+    const pid_t child = vfork();
     if (child < 0) {
-        fail("fork");
+        fail("vfork");
     }
     if (child == 0) {
         place(open(what.stdin_from.c_str(), O_RDONLY), STDIN_FILENO);

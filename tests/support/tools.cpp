@@ -24,13 +24,12 @@ namespace {
 result run_tool(std::string_view name, std::string_view snapshot,
                 const std::vector<std::string>& arguments, const run_options& options) {
     const temp_directory scratch;
-    const temp_directory etc;
     if (options.assertions) {
-        etc.write("dsp-assertion", *options.assertions);
+        scratch.write("dsp-assertion", *options.assertions);
     }
     command what{.executable = program(name),
                  .argv = {program(name)},
-                 .environment = etc_oru_in(etc.path()),
+                 .environment = etc_oru_in(scratch.path()),
                  .stdout_to = options.stdout_to,
                  .stderr_to = options.stderr_to};
     what.argv.insert(what.argv.end(), arguments.begin(), arguments.end());

@@ -36,13 +36,5 @@ if(VALGRIND AND NOT ORU_SANITIZE AND NOT ORU_COVERAGE)
     add_test(NAME valgrind
              COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind.sh ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
                      ${snapshots})
-    # On the second client library the probe takes longer than everything else together. It checks all
-    # that the probe does, and other tests run it on these snapshots.
-    if(ORU_STRICT_BIN_DIR)
-        add_test(NAME strict.valgrind
-                 COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind.sh --without-probe ${ORU_STRICT_BIN_DIR}
-                         ${snapshots})
-        set_tests_properties(strict.valgrind PROPERTIES COST 100)
-    endif()
     set_tests_properties(valgrind PROPERTIES COST 100)
 endif()

@@ -1,15 +1,10 @@
 #!/bin/sh
 # Runs both tools under valgrind, with all switches, the recorder and the probe, on every snapshot
-# named, and on one that does not exist: valgrind.sh [--without-probe] BIN SNAPSHOT...
+# named, and on one that does not exist: valgrind.sh BIN SNAPSHOT...
 # Any error, and any block that is lost, ends in a failure. A block that is lost "indirectly" is
 # reported with the lost block that refers to it. A block that is "possibly" lost is not lost: the C++
 # library's arenas are referred to by their last bytes alone.
 set -eu
-probe=oru-probe
-if [ "$1" = --without-probe ]; then
-    probe=
-    shift
-fi
 bin=$1
 shift
 status=0
@@ -34,14 +29,14 @@ check() {
     fi
 }
 
-# check_all SNAPSHOT TOOL SWITCH...: all switches in one run. Where that run ends early, the sections
-# behind its end were not reached: then one run for each switch.
+# check_all SNAPSHOT TOOL SWITCH...: all switches in one run. If that run ends early, the sections
+# behind its end were not reached: then once more without the first switch, and so on.
 check_all() {
     check "$@"
-    [ "$result" -eq 0 ] && return
-    shift 2
-    for switch; do
-        check "$snapshot" "$program" "$switch"
+    while [ "$result" -ne 0 ] && [ $# -gt 3 ]; do
+        shift 3
+        set -- "$snapshot" "$program" "$@"
+        check "$@"
     done
 }
 
@@ -51,7 +46,7 @@ for snapshot; do
     check_all "$snapshot" oru-tlm-tool -q -s -i
     check_all "$snapshot" oru-serverreport-tool -l -q -o -c -r -a -i
     check "$snapshot" oru-snapshot record
-    [ -z "$probe" ] || check "$snapshot" "$probe"
+    check "$snapshot" oru-probe
 done
 for tool in oru-tlm-tool oru-serverreport-tool; do
     check "$1" "$tool" --help

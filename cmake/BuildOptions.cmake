@@ -41,6 +41,8 @@ add_link_options(-Wl,--gc-sections -Wl,--as-needed)
 add_link_options(-Wl,--build-id=none)
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     add_link_options(-fuse-ld=lld)
+    # What does not change is not optimized again.
+    add_link_options($<${is_optimized_by_linker}:-Wl,--thinlto-cache-dir=${PROJECT_BINARY_DIR}/lto>)
     # ccache finds a precompiled header again only if it does not contain the headers' times.
     add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
 endif()

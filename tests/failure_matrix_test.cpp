@@ -464,18 +464,22 @@ struct tool_run {
     std::vector<section> sections;  // in the order of the report
 };
 
-const std::vector<tool_run> runs = {
+// These query nothing.
+const std::vector<tool_run> runs_without_queries = {
     {tlm, {}, {}},
+    {report, {}, {}},
+    {report, {"--list-resolutions"}, {}},
+};
+
+const std::vector<tool_run> runs_with_queries = {
     {tlm, {"--stream-max-stats"}, {stream_max_stats}},
     {tlm, {"--system-info"}, {system_info}},
     {tlm, {"--identity-info"}, {identity_info}},
     {tlm, {"-qsi"}, {stream_max_stats, system_info, identity_info}},
-    {report, {}, {}},
     {report, {"--list-streams"}, {list_streams}},
     {report, {"--stream-quotas"}, {stream_quotas}},
     {report, {"--list-output"}, {list_output}},
     {report, {"--list-channels"}, {list_channels}},
-    {report, {"--list-resolutions"}, {}},
     {report, {"--list-available-resolutions"}, {available_resolutions}},
     {report, {"--list-inputs"}, {list_inputs}},
     {report,
@@ -515,7 +519,7 @@ bool matches(std::string_view text, std::string_view expected) {
            matches(text.substr(end), expected.substr(message + any_message.size()));
 }
 
-void check(const failure& failing, const std::string& snapshot) {
+void check(const std::vector<tool_run>& runs, const failure& failing, const std::string& snapshot) {
     for (const tool_run& each : runs) {
         const result expected = expected_of(each.sections, failing);
         const result got = each.tool(snapshot, each.arguments, {});
@@ -528,7 +532,8 @@ void check(const failure& failing, const std::string& snapshot) {
 }
 
 TEST(failure_matrix, without_a_failure) {
-    check(no_failure, full_snapshot);
+    check(runs_without_queries, no_failure, full_snapshot);
+    check(runs_with_queries, no_failure, full_snapshot);
 }
 
 TEST(failure_matrix, contains_every_kind_of_answer) {
@@ -562,7 +567,7 @@ TEST(failure_matrix, the_examples_contain_no_other_kind_of_answer) {
 class failure_matrix_of : public testing::TestWithParam<failure> {};
 
 TEST_P(failure_matrix_of, each_section_prints_what_the_model_prints) {
-    check(GetParam(), snapshot_with(GetParam()));
+    check(runs_with_queries, GetParam(), snapshot_with(GetParam()));
 }
 
 INSTANTIATE_TEST_SUITE_P(each_answer, failure_matrix_of, testing::ValuesIn(all_failures()),

@@ -198,6 +198,9 @@ OUTPUT_INFO = {**all_of(FLAG, "running", "vsdb"), "framerate": RATES, "aspect.ra
 OFTEN_ABSENT = {key for key in (*STREAM_INFO, *STREAM_DEBUG) if "[" in key} | {*MODE_INFO, *IDENTITIES, "input", "warp"}
 
 
+WITH_ESCAPES, WITHOUT_ESCAPES = json.JSONEncoder(), json.JSONEncoder(ensure_ascii=False)
+
+
 class Writer:
     """Writes a snapshot with random layout, escapes and comments."""
 
@@ -210,7 +213,7 @@ class Writer:
         return comment * self.draw.chance(self.comments) + ("\n" + " " * self.indent * level) * (self.indent >= 0)
 
     def string(self, text):
-        written = json.dumps(text, ensure_ascii=self.draw.chance(self.escapes))
+        written = (WITH_ESCAPES if self.draw.chance(self.escapes) else WITHOUT_ESCAPES).encode(text)
         return written.replace("/", "\\/") if self.draw.chance(self.escapes) else written
 
     def write(self, value, level=0):

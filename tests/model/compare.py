@@ -3,9 +3,10 @@
 
 usage: compare.py [--reader] REDIRECT_ETC_ORU FIRST COUNT BIN_DIR...
 
-Draws the seeds FIRST to FIRST + COUNT - 1 and runs the tools in each BIN_DIR. With --reader, compares also what
-examples/read_report.py reads from the reports of the first BIN_DIR with the model, the JSON Schema and the manual. A
-snapshot on which tools and model differ is kept in the working directory."""
+Draws the seeds FIRST to FIRST + COUNT - 1 and runs the tools in each BIN_DIR: in the first with drawn command lines,
+in the others with all switches. With --reader, compares also what examples/read_report.py reads from the reports of the
+first BIN_DIR with the model, the JSON Schema and the manual. A snapshot on which tools and model differ is kept in the
+working directory."""
 
 import collections
 import os
@@ -79,9 +80,10 @@ class Bench:
         messages = rb": [^:\n]*(: [^:\n]*)? not recorded|[^:\n]*'[^:\n]* finite[^\n]*"
         return text if self.ours else re.sub(messages, b": (its own words)", text)
 
-    def runs(self, seed, with_record):
-        """Runs both tools on the files of the seed. Yields the tool, its arguments, the expected run and the actual
-        run."""
+    def runs(self, seed, with_record, draws=True):
+        """Runs both tools on the files of the seed, with all switches and a drawn command line. Yields the tool, its
+        arguments, the expected run and the actual run. If not `draws`, a command line is drawn only if the run with all
+        switches ends early."""
         kind, text = generator.kind_of(seed), generator.snapshot(seed)
         record = generator.assertions(seed) if with_record else None
         self.put_record(record)
@@ -92,12 +94,14 @@ class Bench:
             for arguments in ([all_switches], generator.command_line(seed, tool)):
                 expected = model.run((tool, *arguments), text, record, unreachable)
                 yield tool, arguments, expected, self.run(tool, arguments, "C" if seed % 2 else "C.UTF-8")
+                if not draws and expected.status == 0:
+                    break
 
-    def differences(self, seed, with_record, reader=None):
+    def differences(self, seed, with_record, reader=None, draws=True):
         """Returns a text for each difference between the tools and the model on the files of the seed, and for each
         complaint about what the reader, if one is given, reads from the reports."""
         found, complaints = [], []
-        for tool, arguments, expected, got in self.runs(seed, with_record):
+        for tool, arguments, expected, got in self.runs(seed, with_record, draws):
             for output, by_model, by_tool in (
                     ("stdout", expected.stdout, got.stdout), ("stderr", expected.stderr, got.stderr),
                     ("status", b"%d" % expected.status, b"%d" % got.returncode)):
@@ -129,7 +133,7 @@ def comparison(bin_dirs, redirect, with_record, reader):
     def compare(seed):
         found = benches[0].differences(seed, with_record, reader)
         for bench in benches[1:]:
-            found += bench.differences(seed, with_record)
+            found += bench.differences(seed, with_record, draws=False)
         return found, reader and reader.take_counts(), reader and reader.reports.never_found
 
     return compare

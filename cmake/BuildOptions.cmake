@@ -24,11 +24,6 @@ if(CMAKE_BUILD_TYPE STREQUAL Release)
         message(WARNING "No link-time optimization, so the programs start slower: ${why}")
     endif()
 endif()
-# Our libraries also contain machine code: tests link them in a tenth of the time, and a program that
-# links the installed ones need be built neither with link-time optimization nor with our compiler.
-set(is_optimized_by_linker $<BOOL:$<TARGET_PROPERTY:INTERPROCEDURAL_OPTIMIZATION>>)
-add_compile_options($<${is_optimized_by_linker}:-ffat-lto-objects>)
-add_link_options($<${is_optimized_by_linker}:-ffat-lto-objects>)
 
 # 32-bit builds support files beyond 2 GiB. The size of time_t is that of the C++ library, which was built
 # already.
@@ -41,7 +36,11 @@ add_link_options(-Wl,--gc-sections -Wl,--as-needed)
 add_link_options(-Wl,--build-id=none)
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     add_link_options(-fuse-ld=lld)
-    # What does not change is not optimized again.
+    # Our libraries also contain machine code: tests link them in a tenth of the time. (From GCC, this
+    # would bring false warnings.) What does not change is not optimized again.
+    set(is_optimized_by_linker $<BOOL:$<TARGET_PROPERTY:INTERPROCEDURAL_OPTIMIZATION>>)
+    add_compile_options($<${is_optimized_by_linker}:-ffat-lto-objects>)
+    add_link_options($<${is_optimized_by_linker}:-ffat-lto-objects>)
     add_link_options($<${is_optimized_by_linker}:-Wl,--thinlto-cache-dir=${PROJECT_BINARY_DIR}/lto>)
     # ccache finds a precompiled header again only if it does not contain the headers' times.
     add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")

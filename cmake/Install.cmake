@@ -53,6 +53,14 @@ install(CODE "
          DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${directory}\")")
 
 if(ORU_CLIENT STREQUAL snapshot)
+    # The installed libraries also contain machine code: a program that links them need be built
+    # neither with link-time optimization nor with our compiler. From clang, all of ours contain it.
+    if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+        foreach(library oru qwire)
+            target_compile_options(${library} PRIVATE -ffat-lto-objects)
+            target_link_options(${library} INTERFACE -ffat-lto-objects)
+        endforeach()
+    endif()
     install(TARGETS oru qwire
             ARCHIVE COMPONENT client EXCLUDE_FROM_ALL
             LIBRARY COMPONENT client EXCLUDE_FROM_ALL)

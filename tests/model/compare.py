@@ -140,11 +140,12 @@ def comparison(bin_dirs, redirect, with_record, reader):
 
 
 def main():
-    arguments = sys.argv[1:]
-    reader = Reader() if arguments[:1] == ["--reader"] and arguments.pop(0) else None
+    has_reader = sys.argv[1:2] == ["--reader"]
+    arguments = sys.argv[1 + has_reader:]
     if len(arguments) < 4:
         sys.exit(__doc__)
     redirect, first, count, *bin_dirs = arguments
+    reader = Reader() if has_reader else None
     seeds = range(int(first), int(first) + int(count))
     with_record = Bench(bin_dirs[0], redirect).reads_records()
     if not with_record:
